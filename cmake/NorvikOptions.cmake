@@ -1,0 +1,37 @@
+# How every target of the project is compiled, and how the programs and the DLL are linked.
+
+# -O2 against -Os: see "Size or speed" in ARCHITECTURE.md.
+add_library(norvik_compile INTERFACE)
+target_compile_options(norvik_compile INTERFACE
+  -Os
+  -Wall -Wextra -Werror -Wformat=2 -Wshadow=local -Wnon-virtual-dtor
+  -fstack-protector-strong
+  -ffunction-sections -fdata-sections
+  # The same bytes from every folder and on every day.
+  -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=
+  -ffile-prefix-map=${CMAKE_BINARY_DIR}/=)
+target_compile_definitions(norvik_compile INTERFACE
+  WINVER=0x0601 _WIN32_WINNT=0x0601 NTDDI_VERSION=0x06010000 _WIN32_IE=0x0800)
+target_include_directories(norvik_compile INTERFACE ${CMAKE_SOURCE_DIR}/src)
+
+# The module's own code does without exceptions and type information: a host's process is not ours to unwind.
+add_library(norvik_module_compile INTERFACE)
+target_link_libraries(norvik_module_compile INTERFACE norvik_compile)
+target_compile_options(norvik_module_compile INTERFACE -fno-exceptions -fno-rtti)
+
+add_library(norvik_link INTERFACE)
+target_link_options(norvik_link INTERFACE
+  -static                       # nothing beside the system's own DLLs is needed at run time
+  -fstack-protector-strong
+  -Wl,--gc-sections
+  -Wl,--no-insert-timestamp
+  -Wl,--dynamicbase -Wl,--nxcompat
+  $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},8>:-Wl,--high-entropy-va>)
+
+# norvik_folder(NAME SOURCES ... USES ...): the static library of one folder below src/. USES names the folders and the
+# system libraries that it builds on.
+function(norvik_folder name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE norvik_module_compile PUBLIC ${ARG_USES})
+endfunction()

@@ -1,0 +1,9 @@
+# What the two widths share; NORVIK_TRIPLET names the tool chain.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_CXX_COMPILER ${NORVIK_TRIPLET}-g++-posix)   # the variant with std::mutex, which GoogleTest needs
+set(CMAKE_RC_COMPILER ${NORVIK_TRIPLET}-windres)
+set(CMAKE_FIND_ROOT_PATH /usr/${NORVIK_TRIPLET})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)

@@ -1,0 +1,86 @@
+# What the scripts share; sourced, with `set -euo pipefail` in force.
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+build=$root/build
+cd "$root"
+
+say() { printf '%s\n' "$*" >&2; }
+
+die() {
+  say "error: $*"
+  exit 1
+}
+
+# Everything that building, testing and the demo need, as Debian packages.
+readonly build_packages=(cmake ninja-build g++-mingw-w64-x86-64 g++-mingw-w64-i686 mingw-w64-tools libwine-dev python3)
+readonly wine_packages=(wine wine64)
+readonly test_packages=(libgtest-dev openssl)
+readonly lint_packages=(clang-format clang-tidy cppcheck)
+readonly demo_packages=(nginx-light)
+
+# need_packages NAME...: installs those that are missing, as root or through sudo.
+need_packages() {
+  local missing=() package
+  for package in "$@"; do
+    [ "$(dpkg-query -W -f '${db:Status-Abbrev}' "$package" 2>/dev/null)" = "ii " ] || missing+=("$package")
+  done
+  [ ${#missing[@]} -eq 0 ] && return
+  local as_root=()
+  if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || die "missing packages (${missing[*]}), and neither root nor sudo to install them"
+    as_root=(sudo)
+  fi
+  say "Installing ${missing[*]}"
+  mkdir -p "$build"
+  {
+    "${as_root[@]}" apt-get update &&
+      "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
+  } >"$build/packages.log" 2>&1 </dev/null || {
+    tail -n 20 "$build/packages.log" >&2
+    die "the packages could not be installed; the whole output is in build/packages.log"
+  }
+}
+
+# build_width x64|x86 [CMAKE ARGUMENT...]: configures when needed, and builds.
+build_width() {
+  local width=$1
+  shift
+  [ -f "build/$width/build.ninja" ] || rm -f "build/$width/CMakeCache.txt" # an interrupted first run
+  cmake --preset "$width" "$@" >"$build/configure-$width.log" 2>&1 || {
+    cat "$build/configure-$width.log" >&2
+    die "configuring $width failed"
+  }
+  cmake --build --preset "$width" >"$build/build-$width.log" 2>&1 || {
+    cat "$build/build-$width.log" >&2
+    die "building $width failed"
+  }
+}
+
+# use_wine: the environment of every Windows program, and the project's own prefix, made once.
+use_wine() {
+  export PATH=/usr/lib/wine:$PATH
+  export WINEPREFIX=$build/wine WINEARCH=win64 WINEDEBUG=${WINEDEBUG--all} WINEDLLOVERRIDES='mscoree,mshtml='
+  unset DISPLAY WAYLAND_DISPLAY
+  if [ ! -f "$WINEPREFIX/.ready" ]; then
+    say "Making the Wine prefix build/wine"
+    end_wine
+    rm -rf "$WINEPREFIX"
+    mkdir -p "$WINEPREFIX"
+    wineboot --init >"$build/wineboot.log" 2>&1 </dev/null || die "wineboot failed; see build/wineboot.log"
+    wineserver -w
+    touch "$WINEPREFIX/.ready"
+  fi
+}
+
+# keep_wine: one server for all programs of this script, ended with it.
+keep_wine() {
+  use_wine
+  trap end_wine EXIT
+  wineserver -p >/dev/null 2>&1 </dev/null
+}
+
+end_wine() {
+  if [ -d "$build/wine" ]; then
+    WINEPREFIX=$build/wine wineserver -k 2>/dev/null || true
+  fi
+}

@@ -1,0 +1,54 @@
+#include "common/FolderTree.h"
+
+#include "common/PathText.h"
+#include "common/SystemError.h"
+
+namespace {
+
+bool Exists(const char* path) {
+  return GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES;
+}
+
+// The path is cut at the boundary only for as long as this takes.
+HRESULT CreateFolderUpTo(char* path, char* boundary) {
+  const char boundaryCharacter = *boundary;
+  *boundary = '\0';
+  HRESULT hr = S_OK;
+  // Another process may be making the same folder: that it exists afterwards is what counts.
+  if (!Exists(path) && !CreateDirectoryA(path, nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
+    hr = ResultFromLastError();
+  *boundary = boundaryCharacter;
+  return hr;
+}
+
+}  // namespace
+
+HRESULT CreateFolderTree(const char* path) {
+  if (Exists(path))
+    return S_OK;
+
+  char fullPath[MAX_PATH];
+  const DWORD length = GetFullPathNameA(path, MAX_PATH, fullPath, nullptr);
+  // A path that does not fit is told by the length on some systems, by an error on others.
+  if (length >= MAX_PATH || (length == 0 && GetLastError() == ERROR_FILENAME_EXCED_RANGE))
+    return E_OUTOFMEMORY;
+  if (length == 0)
+    return ResultFromLastError();
+
+  // "C:\a\b" is walked from its start, "\\server\share\a" from behind its two backslashes; either way the first boundary
+  // ends what cannot be created.
+  const bool isNetworkPath = length < 2 || fullPath[1] != ':';
+  char* position = isNetworkPath && length >= 2 ? fullPath + 2 : fullPath;
+  for (bool firstBoundary = true;; firstBoundary = false) {
+    while (*position && *position != '\\' && *position != '/')
+      position += NextCharacter(position) - position;
+    if (!firstBoundary) {
+      const HRESULT hr = CreateFolderUpTo(fullPath, position);
+      if (FAILED(hr))
+        return hr;
+    }
+    if (!*position)
+      return S_OK;
+    ++position;
+  }
+}
