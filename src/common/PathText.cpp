@@ -1,6 +1,20 @@
 #include "common/PathText.h"
 
+#include <cstdint>
+
 #include "common/Text.h"
+
+namespace {
+
+int UpperCase(unsigned char character) {
+  if (character < 0x80)
+    return character >= 'a' && character <= 'z' ? character - ('a' - 'A') : character;
+  // A pointer below 64 KiB is taken for a character by the call, and comes back as one.
+  const auto upper = reinterpret_cast<std::uintptr_t>(CharUpperA(reinterpret_cast<char*>(std::uintptr_t{character})));
+  return static_cast<int>(upper & 0xFF);
+}
+
+}  // namespace
 
 const char* NextCharacter(const char* position) {
   if (IsDBCSLeadByte(static_cast<BYTE>(*position)) && position[1])
@@ -42,4 +56,22 @@ const char* BehindLastDot(const char* text) {
       found = position + 1;
   }
   return found ? found : position;
+}
+
+int CompareNoCase(const char* text, const char* other, std::size_t length) {
+  for (std::size_t i = 0; i < length; ++i) {
+    const auto a = static_cast<unsigned char>(text[i]);
+    const auto b = static_cast<unsigned char>(other[i]);
+    if (a == b) {
+      if (IsDBCSLeadByte(a) && i + 1 < length) {
+        ++i;
+        if (text[i] != other[i])
+          return static_cast<unsigned char>(text[i]) < static_cast<unsigned char>(other[i]) ? -1 : 1;
+      }
+      continue;
+    }
+    if (IsDBCSLeadByte(a) || IsDBCSLeadByte(b) || UpperCase(a) != UpperCase(b))
+      return UpperCase(a) < UpperCase(b) ? -1 : 1;
+  }
+  return 0;
 }

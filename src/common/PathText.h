@@ -20,3 +20,8 @@ const char* BehindLastSeparator(const char* text);
 
 // The text behind the last dot of `text`, dots before a separator included; its terminator when there is no dot.
 const char* BehindLastDot(const char* text);
+
+// Compares the first `length` bytes of two texts, which both have them, without regard to case: negative, zero or positive.
+// The case of a character is the ANSI code page's, character by character and whatever the language; the two bytes of a
+// double-byte character are compared as they are.
+int CompareNoCase(const char* text, const char* other, std::size_t length);

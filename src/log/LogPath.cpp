@@ -34,7 +34,7 @@ const char* FinalComponent(const wchar_t* name, char (&buffer)[MAX_PATH]) {
 }
 
 void ChooseFolder(char (&path)[MAX_PATH]) {
-  if (FAILED(SHGetFolderPathA(nullptr, CSIDL_LOCAL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, path)))
+  if (SHGetFolderPathA(nullptr, CSIDL_LOCAL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, path) != S_OK)
     std::strcpy(path, kFallbackFolder);
   if (std::strlen(path) + kLogFolderRoom <= MAX_PATH)
     PathAppendA(path, kLogFolder);

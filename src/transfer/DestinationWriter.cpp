@@ -1,0 +1,90 @@
+#include "transfer/DestinationWriter.h"
+
+#include <wininet.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "transfer/CookieText.h"
+
+namespace {
+
+constexpr std::size_t kFirstCookieCapacity = 4096;
+
+}  // namespace
+
+bool DestinationWriter::Create(DWORD attributes) {
+  if (!isCookie) {
+    file = FileHandle(CreateFileA(name, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, attributes, nullptr));
+    isCreated = static_cast<bool>(file);
+    return isCreated;
+  }
+  cookieValue = AllocateText(kFirstCookieCapacity);
+  cookieCapacity = kFirstCookieCapacity;
+  isCreated = cookieValue != nullptr;
+  if (!isCreated)
+    SetLastError(ERROR_OUTOFMEMORY);
+  return isCreated;
+}
+
+bool DestinationWriter::Write(const void* bytes, DWORD count) {
+  if (isCookie)
+    return AppendToCookie(bytes, count);
+  DWORD written = 0;
+  if (!WriteFile(file.Get(), bytes, count, &written, nullptr))
+    return false;
+  if (written == count)
+    return true;
+  SetLastError(ERROR_WRITE_FAULT);
+  return false;
+}
+
+bool DestinationWriter::AppendToCookie(const void* bytes, DWORD count) {
+  const std::size_t needed = cookieLength + count + 1;
+  if (needed > cookieCapacity) {
+    const std::size_t capacity = std::max(needed, cookieCapacity * 2);
+    OwnedText grown = AllocateText(capacity);
+    if (!grown) {
+      SetLastError(ERROR_OUTOFMEMORY);
+      return false;
+    }
+    std::memcpy(grown.get(), cookieValue.get(), cookieLength);
+    cookieValue = std::move(grown);
+    cookieCapacity = capacity;
+  }
+  std::memcpy(cookieValue.get() + cookieLength, bytes, count);
+  cookieLength += count;
+  cookieValue[cookieLength] = '\0';
+  return true;
+}
+
+bool DestinationWriter::SetTime(const FILETIME& newTime) {
+  if (isCookie) {
+    cookieExpiry = newTime;
+    return true;
+  }
+  return SetFileTime(file.Get(), &newTime, &newTime, &newTime) != FALSE;
+}
+
+bool DestinationWriter::Close() {
+  if (!isCreated)
+    return true;
+  if (isCookie)
+    return SetCookie();
+  file.Close();
+  return true;
+}
+
+bool DestinationWriter::SetCookie() {
+  const OwnedText text = BuildCookieText(cookieValue.get(), cookieExpiry);
+  cookieValue.reset();
+  return text && InternetSetCookieA(name, nullptr, text.get());
+}
+
+void DestinationWriter::Delete() {
+  if (isCookie || !isCreated || DeleteFileA(name))
+    return;
+  // A file with the read-only attribute resists; it got the attribute when it was created.
+  SetFileAttributesA(name, FILE_ATTRIBUTE_NORMAL);
+  DeleteFileA(name);
+}

@@ -1,0 +1,26 @@
+#include "transfer/FileUtilities.h"
+
+#include "common/FolderTree.h"
+#include "common/Handles.h"
+#include "common/SystemError.h"
+#include "log/LogFile.h"
+
+namespace {
+
+constexpr char kSourceFile[] = "FileUtilities";
+
+}  // namespace
+
+HRESULT CreatePath(const char* path) { return CreateFolderTree(path); }
+
+HRESULT GetFileWriteTime(const char* path, FILETIME& time) {
+  time = {};
+  const FileHandle file(CreateFileA(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file)
+    return Failed(HERE, ResultFromLastError(), "Unable to read '%s'.", path);
+  FILETIME written;
+  if (!GetFileTime(file.Get(), nullptr, nullptr, &written))
+    return Failed(HERE, ResultFromLastError(), "File Time for '%s' failed.", path);
+  time = written;
+  return S_OK;
+}

@@ -1,0 +1,192 @@
+#include "transfer/Transfer.h"
+
+#include <shlwapi.h>
+#include <wininet.h>
+
+#include <cstring>
+
+#include "common/Handles.h"
+#include "common/SystemError.h"
+#include "common/Text.h"
+#include "log/LogFile.h"
+#include "transfer/ByteSource.h"
+#include "transfer/DestinationWriter.h"
+#include "transfer/DocumentHead.h"
+#include "transfer/URLText.h"
+
+namespace {
+
+constexpr char kSourceFile[] = "FileUtilities";
+
+constexpr DWORD kChunkBytes = 4096;
+constexpr char kAgent[] = "Norvik";
+
+// Always from the server, and nothing of it is left in the browser's cache.
+constexpr DWORD kOpenFlags = INTERNET_FLAG_RELOAD | INTERNET_FLAG_NO_CACHE_WRITE;
+
+struct InternetHandleTraits {
+  using Handle = HINTERNET;
+  static Handle Invalid() { return nullptr; }
+  static void Close(Handle handle) { InternetCloseHandle(handle); }
+};
+using InternetHandle = UniqueHandle<InternetHandleTraits>;
+
+class WebSource : public ByteSource {
+ public:
+  HRESULT Open(const char* url) {
+    session = InternetHandle(InternetOpenA(kAgent, INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0));
+    if (!session)
+      return Traced(HERE, ResultFromLastError());
+    connection = InternetHandle(InternetOpenUrlA(session.Get(), url, nullptr, 0, kOpenFlags, 0));
+    if (!connection)
+      return Failed(HERE, ResultFromLastError(), "Opening '%s' failed.", url);
+    return S_OK;
+  }
+
+  bool Read(void* buffer, DWORD size, DWORD& count) override {
+    count = 0;
+    return InternetReadFile(connection.Get(), buffer, size, &count) != FALSE;
+  }
+
+ private:
+  InternetHandle session;
+  InternetHandle connection;
+};
+
+class LocalSource : public ByteSource {
+ public:
+  HRESULT Open(const char* path) {
+    file = FileHandle(CreateFileA(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file)
+      return Failed(HERE, ResultFromLastError(), "Opening '%s' failed.", path);
+    return S_OK;
+  }
+
+  bool Read(void* buffer, DWORD size, DWORD& count) override {
+    count = 0;
+    return ReadFile(file.Get(), buffer, size, &count, nullptr) != FALSE;
+  }
+
+ private:
+  FileHandle file;
+};
+
+// What a transfer was asked for, beside its source.
+struct Order {
+  const char* sourceName;
+  const char* destinationName;
+  DWORD attributes;
+  const FILETIME* time;
+  DWORD flags;
+  const char* notFoundText;  // never empty; null when the source is not searched
+
+  bool IsComplete() const { return sourceName && *sourceName && destinationName && *destinationName; }
+};
+
+// The bytes of one chunk, with the end of the chunk before it in front of them, so that a text that stands across the border
+// is found too. The search takes the bytes as text: a zero byte ends it.
+class SearchedChunk {
+ public:
+  explicit SearchedChunk(const char* notFoundText)
+      : sought(notFoundText), carryBytes(notFoundText ? std::strlen(notFoundText) : 0) {}
+
+  bool Allocate() {
+    buffer = AllocateText(carryBytes + kChunkBytes + 1);
+    return buffer != nullptr;
+  }
+
+  char* Bytes() const { return buffer.get() + carryBytes; }
+
+  // True when the text stands in the first `count` bytes or in the carried end with them. Else carries their end over.
+  bool HoldsNotFoundText(DWORD count) {
+    if (carryBytes == 0)
+      return false;
+    Bytes()[count] = '\0';
+    if (StrStrA(buffer[0] ? buffer.get() : Bytes(), sought))
+      return true;
+    if (count > carryBytes) {
+      std::memcpy(buffer.get(), Bytes() + count - carryBytes, carryBytes);
+    } else {
+      buffer[0] = '\0';
+      LogInfo(HERE, "Read in too few bytes to check for 'not found'.");
+    }
+    return false;
+  }
+
+ private:
+  const char* sought;
+  std::size_t carryBytes;
+  OwnedText buffer;
+};
+
+HRESULT CopyBytes(ByteSource& source, DestinationWriter& destination, const Order& order, SearchedChunk& chunk) {
+  for (;;) {
+    DWORD count = 0;
+    if (!source.Read(chunk.Bytes(), kChunkBytes, count))
+      return Failed(HERE, ResultFromLastError(), "Reading '%s' failed.", order.sourceName);
+    if (count == 0)
+      return S_OK;
+    if (chunk.HoldsNotFoundText(count))
+      return Failed(HERE, kNotFoundResult, "Source URL '%s' not found.", order.sourceName);
+    if (!destination.Write(chunk.Bytes(), count))
+      return Failed(HERE, ResultFromLastError(), "Writing '%s' failed.", order.destinationName);
+  }
+}
+
+HRESULT Fill(ByteSource& source, DestinationWriter& destination, const Order& order) {
+  SearchedChunk chunk(order.notFoundText);
+  if (!chunk.Allocate())
+    return Failed(HERE, E_OUTOFMEMORY, "Copy buffer creation failed.");
+  if (order.flags & kTransferXMLDocument) {
+    const HRESULT hr = PrepareDocumentHead(source, destination, order.flags, order.notFoundText);
+    if (FAILED(hr)) {
+      LogErrorTrace(HERE, S_OK);
+      return hr;
+    }
+  }
+  const HRESULT hr = CopyBytes(source, destination, order, chunk);
+  if (SUCCEEDED(hr) && order.time && !destination.SetTime(*order.time))
+    return Failed(HERE, ResultFromLastError(), "Writing '%s' failed.", order.destinationName);
+  return hr;
+}
+
+HRESULT TransferFrom(ByteSource& source, const Order& order) {
+  DestinationWriter destination(order.destinationName, (order.flags & kTransferCookie) != 0);
+  if (!destination.Create(order.attributes))
+    return Failed(HERE, ResultFromLastError(), "Creating '%s' failed.", order.destinationName);
+  HRESULT hr = Fill(source, destination, order);
+  if (!destination.Close() && SUCCEEDED(hr))
+    hr = Failed(HERE, ResultFromLastError(), "Writing '%s' failed.", order.destinationName);
+  if (FAILED(hr))
+    destination.Delete();
+  return hr;
+}
+
+}  // namespace
+
+HRESULT FetchURL(const char* source, const char* destination, DWORD attributes, const FILETIME* time, DWORD flags,
+                 const char* notFoundText) {
+  if (source && IsWebURL(source))
+    return DownloadURL(source, destination, attributes, time, flags, notFoundText);
+  return CopyLocalFile(source, destination, attributes, time, flags);
+}
+
+HRESULT DownloadURL(const char* source, const char* destination, DWORD attributes, const FILETIME* time, DWORD flags,
+                    const char* notFoundText) {
+  const bool isSearched = notFoundText && *notFoundText;
+  const Order order = {source, destination, attributes, time, flags, isSearched ? notFoundText : nullptr};
+  if (!order.IsComplete())
+    return Traced(HERE, E_INVALIDARG);
+  WebSource web;
+  const HRESULT hr = web.Open(source);
+  return FAILED(hr) ? hr : TransferFrom(web, order);
+}
+
+HRESULT CopyLocalFile(const char* source, const char* destination, DWORD attributes, const FILETIME* time, DWORD flags) {
+  const Order order = {source, destination, attributes, time, flags, nullptr};
+  if (!order.IsComplete())
+    return Traced(HERE, E_INVALIDARG);
+  LocalSource local;
+  const HRESULT hr = local.Open(source);
+  return FAILED(hr) ? hr : TransferFrom(local, order);
+}

@@ -1,0 +1,197 @@
+// Documents as a whole: created, loaded with validation, saved.
+
+#include <wrl/client.h>
+
+#include <cstring>
+
+#include "common/Handles.h"
+#include "log/LogFile.h"
+#include "xml/XMLUtilities.h"
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+constexpr char kSourceFile[] = "XMLUtilities";
+
+// The document class of MSXML 2, by its own identifier and no other.
+constexpr CLSID kDocumentClass = {0xF6D90F11, 0x9C73, 0x11D3, {0xB3, 0x2E, 0x00, 0xC0, 0x4F, 0x99, 0x0B, 0xB4}};
+
+constexpr std::size_t kReasonBytes = 1024;
+
+// What the parser has to say about a document; a reason that is too long for the buffer is left out.
+struct ParseError {
+  LONG line = 0;
+  char reason[kReasonBytes] = "";
+};
+
+ParseError ReadParseError(IXMLDOMParseError* error) {
+  ParseError read;
+  if (!error)
+    return read;
+  BString reason;
+  if (SUCCEEDED(error->get_reason(reason.Receive())) && SysStringLen(reason.Get()) * 2 + 1 < kReasonBytes && !reason.IsEmpty()) {
+    if (WideCharToMultiByte(CP_ACP, 0, reason.Get(), -1, read.reason, kReasonBytes, nullptr, nullptr) <= 0)
+      read.reason[0] = '\0';
+  }
+  if (FAILED(error->get_line(&read.line)))
+    read.line = 0;
+  return read;
+}
+
+HRESULT Refused(const char* name, HRESULT loadResult, IXMLDOMParseError* parseError) {
+  const HRESULT hr = FAILED(loadResult) ? loadResult : E_FAIL;
+  const ParseError error = ReadParseError(parseError);
+  return Failed(HERE, hr, "XML Parsing Error in '%s'\r\n\tline %d: %s.", name, static_cast<int>(error.line), error.reason);
+}
+
+// Validates a loaded document once more where a parser has not done so while it was loading. Where it has, the answer is the
+// same. A document without a document type has nothing to be validated against.
+HRESULT Validate(IXMLDOMDocument2* document, ComPtr<IXMLDOMParseError>& error) {
+  ComPtr<IXMLDOMDocumentType> documentType;
+  if (FAILED(document->get_doctype(&documentType)) || !documentType)
+    return S_OK;
+  return document->validate(&error);
+}
+
+// A parser that does not take a setting would not validate: that is a failed load.
+HRESULT Prepare(IXMLDOMDocument2* document, LONG fromFile) {
+  HRESULT hr = document->put_resolveExternals(VARIANT_TRUE);
+  if (SUCCEEDED(hr))
+    hr = document->put_async(VARIANT_FALSE);
+  if (SUCCEEDED(hr))
+    hr = document->put_preserveWhiteSpace(fromFile ? VARIANT_FALSE : VARIANT_TRUE);
+  if (SUCCEEDED(hr))
+    hr = document->put_validateOnParse(fromFile ? VARIANT_TRUE : VARIANT_FALSE);
+  return hr;
+}
+
+HRESULT LoadFrom(IXMLDOMDocument2* document, const BString& name, LONG fromFile, VARIANT_BOOL* isLoaded) {
+  const HRESULT hr = Prepare(document, fromFile);
+  if (FAILED(hr))
+    return hr;
+  if (!fromFile)
+    return document->loadXML(name.Get(), isLoaded);
+  VARIANT source;
+  VariantInit(&source);
+  source.vt = VT_BSTR;
+  source.bstrVal = name.Get();
+  return document->load(source, isLoaded);
+}
+
+// The number of places where one element's end is directly followed by the next one's beginning.
+std::size_t CountJoints(const char* text) {
+  std::size_t count = 0;
+  for (const char* joint = std::strstr(text, "><"); joint; joint = std::strstr(joint + 1, "><"))
+    ++count;
+  return count;
+}
+
+OwnedText BreakLines(const char* text) {
+  OwnedText broken = AllocateText(std::strlen(text) + 2 * CountJoints(text) + 1);
+  if (!broken)
+    return nullptr;
+  char* end = broken.get();
+  for (; *text; ++text) {
+    *end++ = *text;
+    if (text[0] == '>' && text[1] == '<') {
+      *end++ = '\r';
+      *end++ = '\n';
+    }
+  }
+  *end = '\0';
+  return broken;
+}
+
+OwnedText Utf8Text(const BString& text) {
+  const int bytes = WideCharToMultiByte(CP_UTF8, 0, text.Get(), -1, nullptr, 0, nullptr, nullptr);
+  if (bytes <= 0)
+    return nullptr;
+  OwnedText utf8 = AllocateText(static_cast<std::size_t>(bytes));
+  if (utf8)
+    WideCharToMultiByte(CP_UTF8, 0, text.Get(), -1, utf8.get(), bytes, nullptr, nullptr);
+  return utf8;
+}
+
+void SavePretty(IXMLDOMDocument2* document, const char* fileName) {
+  BString xml;
+  const HRESULT hr = document->get_xml(xml.Receive());
+  if (FAILED(hr) || !xml) {
+    LogErrorTrace(HERE, FAILED(hr) ? hr : E_POINTER);
+    return;
+  }
+  const OwnedText utf8 = Utf8Text(xml);
+  const OwnedText text = utf8 ? BreakLines(utf8.get()) : nullptr;
+  if (!text) {
+    LogErrorTrace(HERE, E_OUTOFMEMORY);
+    return;
+  }
+  const FileHandle file(CreateFileA(fileName, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  DWORD written = 0;
+  if (file)
+    WriteFile(file.Get(), text.get(), static_cast<DWORD>(std::strlen(text.get())), &written, nullptr);  // as documented
+}
+
+void SaveAsItIs(IXMLDOMDocument2* document, const char* fileName) {
+  const BString name = WideText(fileName);
+  if (!name) {
+    LogErrorTrace(HERE, E_OUTOFMEMORY);
+    return;
+  }
+  VARIANT destination;
+  VariantInit(&destination);
+  destination.vt = VT_BSTR;
+  destination.bstrVal = name.Get();
+  const HRESULT hr = document->save(destination);
+  if (FAILED(hr))
+    LogErrorW(HERE, hr, L"%s", name.Get());
+}
+
+}  // namespace
+
+HRESULT CreateXMLDocument(IXMLDOMDocument2** document) {
+  if (!document)
+    return Traced(HERE, E_INVALIDARG);
+  *document = nullptr;
+  const HRESULT hr = CoCreateInstance(kDocumentClass, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IXMLDOMDocument2),
+                                      reinterpret_cast<void**>(document));
+  if (FAILED(hr))
+    return Failed(HERE, hr, "Loading the Microsoft XML Parser Library failed.");
+  return hr;
+}
+
+HRESULT LoadXMLDocument(const char* name, IXMLDOMDocument2* document, LONG fromFile) {
+  if (!name || !*name || !document)
+    return Traced(HERE, E_INVALIDARG);
+  const BString wideName = WideText(name);
+  if (!wideName)
+    return Failed(HERE, E_OUTOFMEMORY, "%s", name);
+
+  VARIANT_BOOL isLoaded = VARIANT_FALSE;
+  HRESULT hr = LoadFrom(document, wideName, fromFile, &isLoaded);
+  if (FAILED(hr))
+    LogErrorW(HERE, hr, L"%s", wideName.Get());
+  if (FAILED(hr) || !isLoaded) {
+    ComPtr<IXMLDOMParseError> error;
+    document->get_parseError(&error);  // without one the message has no line and no reason
+    return Refused(name, hr, error.Get());
+  }
+
+  if (fromFile) {
+    ComPtr<IXMLDOMParseError> error;
+    const HRESULT validity = Validate(document, error);
+    if (validity != S_OK)
+      return Refused(name, validity, error.Get());
+  }
+  return hr;
+}
+
+HRESULT SaveXMLDocument(IXMLDOMDocument2* document, const char* fileName, LONG pretty) {
+  if (!document || !fileName || !*fileName)
+    return Traced(HERE, E_INVALIDARG);
+  if (pretty)
+    SavePretty(document, fileName);
+  else
+    SaveAsItIs(document, fileName);
+  return S_OK;
+}
