@@ -48,14 +48,19 @@ const char* BehindLastSeparator(const char* text) {
   return found;
 }
 
-const char* BehindLastDot(const char* text) {
+const char* LastDot(const char* text) {
   const char* found = nullptr;
   const char* position = text;
   for (; *position; position = NextCharacter(position)) {
     if (*position == '.')
-      found = position + 1;
+      found = position;
   }
   return found ? found : position;
+}
+
+const char* BehindLastDot(const char* text) {
+  const char* const dot = LastDot(text);
+  return *dot ? dot + 1 : dot;
 }
 
 int CompareNoCase(const char* text, const char* other, std::size_t length) {

@@ -18,6 +18,9 @@ std::size_t LengthWithoutTrailingSeparator(const char* text, std::size_t length)
 // The text behind the last separator of `text`; null when it holds none.
 const char* BehindLastSeparator(const char* text);
 
+// The last dot of `text`, dots before a separator included; its terminator when there is no dot.
+const char* LastDot(const char* text);
+
 // The text behind the last dot of `text`, dots before a separator included; its terminator when there is no dot.
 const char* BehindLastDot(const char* text);
 

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "common/ListItem.h"
+#include "common/Windows.h"
+#include "permissions/Permissions.h"
+
+// A command of a manifest. Commands are kept in one chain and run in its order.
+class CCommand : public CListItem {
+ public:
+  // By identity: 0 for the same object, else -1 or 1 as this one lies lower or higher in memory.
+  int Compare(const CListItem* other) const override;
+
+  // True for "CCommand", whatever the command.
+  bool IsKindOf(const char* name) const override;
+
+  // Carries the command out. `context` is the number that the executer was made with. `navigateURL` (may be null) is an empty
+  // place for the URL that a browser is to go to; only a command that opens its file in a browser fills it, and the string
+  // belongs to the caller.
+  // S_OK when it was carried out, S_FALSE when there was nothing to do, else the failure.
+  [[nodiscard]] virtual HRESULT Execute(DWORD context, const CPermissions* permissions, BSTR* navigateURL) = 0;
+};

@@ -1,0 +1,106 @@
+#include "engine/CopyCommand.h"
+
+#include "common/PathText.h"
+#include "log/LogFile.h"
+#include "transfer/Transfer.h"
+#include "transfer/URLText.h"
+
+namespace {
+
+constexpr char kSourceFile[] = "CopyCommand";
+
+HRESULT CommandFailed(int line, HRESULT hr) {
+  return Failed(line, kSourceFile, hr, "'Copy' command failed.");
+}
+
+}  // namespace
+
+CCopyCommand::CCopyCommand(IXMLDOMNode* node, HRESULT* result) {
+  if (!node) {
+    readingCode = Failed(HERE, E_INVALIDARG, "Missing 'CopyNode' XML node parameter.");
+  } else {
+    readingCode = Read(node);
+    if (FAILED(readingCode))
+      LogErrorTrace(HERE, readingCode);
+  }
+  if (result)
+    *result = readingCode;
+}
+
+void CCopyCommand::Dump() const { LogText("CopyCommand"); }
+
+FolderKind CCopyCommand::GetDestinationKind() const {
+  return destination ? destination->GetKind() : FolderKind::InternetCache;
+}
+
+void CCopyCommand::SetWrittenFile(const char* writtenFile) {
+  fileName.reset();
+  folder.reset();
+  if (writtenFile && GetDestinationKind() != FolderKind::Cookie)
+    SplitURL(writtenFile, folder, fileName, nullptr);  // a full file name always has a separator
+}
+
+HRESULT CCopyCommand::Execute(DWORD /*context*/, const CPermissions* permissions, BSTR* /*navigateURL*/) {
+  if (!source)
+    return Failed(HERE, E_UNEXPECTED, "'Copy' command missing source URL.");
+  if (!destination)
+    return Failed(HERE, E_UNEXPECTED, "'Copy' command missing destination folder.");
+  if (!fileName)
+    return Failed(HERE, E_UNEXPECTED, "'Copy' command missing destination file.");
+  if (!permissions)
+    return Failed(HERE, E_INVALIDARG, "'Copy' command missing 'Permissions' parameter.");
+  sourceText.reset();
+  folder.reset();
+
+  HRESULT hr = CheckPermissions(*permissions);
+  if (FAILED(hr))
+    return CommandFailed(__LINE__, hr);
+  hr = destination->CreateFolder();
+  if (FAILED(hr))
+    return CommandFailed(__LINE__, hr);
+  OwnedText destinationFile;
+  hr = destination->GetDestinationFile(source.get(), &destinationFile);
+  if (FAILED(hr))
+    return CommandFailed(__LINE__, hr);
+
+  bool isLeftAlone = false;
+  if (destination->FileExists(destinationFile.get())) {
+    hr = HandleExistingFile(policy, destinationFile.get(), force, time);
+    if (hr == kCancelledResult)
+      return Failed(HERE, hr, "File exists. 'Copy' command canceled.");
+    if (FAILED(hr))
+      return CommandFailed(__LINE__, hr);
+    isLeftAlone = hr == S_FALSE;
+  }
+  sourceText = CopyText(source->GetURL());
+  SetWrittenFile(destinationFile.get());
+  if (isLeftAlone)
+    return S_FALSE;
+
+  hr = Fetch(destinationFile.get());
+  if (FAILED(hr))
+    return CommandFailed(__LINE__, hr);
+  hr = destination->CommitToCache(source.get(), destinationFile.get());
+  if (FAILED(hr))
+    return Traced(HERE, hr);
+  hr = permissions->CheckWrittenFile(destinationFile.get());
+  return FAILED(hr) ? Traced(HERE, hr) : hr;
+}
+
+HRESULT CCopyCommand::CheckPermissions(const CPermissions& permissions) const {
+  HRESULT hr = permissions.IsSourceURLPermitted(source.get());
+  if (SUCCEEDED(hr))
+    hr = permissions.IsDestinationPermitted(destination.get());
+  if (SUCCEEDED(hr))
+    hr = permissions.IsExtensionPermitted(GetCheckedExtension());
+  return hr;
+}
+
+// A cookie's file name field holds the extension itself.
+const char* CCopyCommand::GetCheckedExtension() const {
+  return GetDestinationKind() == FolderKind::Cookie ? fileName.get() : BehindLastDot(fileName.get());
+}
+
+HRESULT CCopyCommand::Fetch(const char* destinationFile) const {
+  return FetchURL(source->GetLocation(), destinationFile, fileAttributes, time.AsFileTime(), transferFlags, notFoundText.get());
+}

@@ -1,0 +1,74 @@
+#include "engine/Execute.h"
+
+#include <new>
+
+#include "common/ModulePath.h"
+#include "engine/Command.h"
+#include "engine/Manifest.h"
+#include "log/LogFile.h"
+#include "transfer/DocumentType.h"
+
+namespace {
+
+constexpr char kSourceFile[] = "Execute";
+constexpr wchar_t kPermitFileName[] = L"permit.xml";
+
+}  // namespace
+
+CExecuter::CExecuter(DWORD executerContext, HRESULT* result) : context(executerContext) {
+  SetLogFileName(kPermitFileName);
+  initialized = CoInitialize(nullptr);  // a thread of another apartment kind serves as well
+  const HRESULT hr = ReadPermissions();
+  BuildSystemLines(GetModuleFolder());
+  if (result)
+    *result = hr;
+}
+
+// The lines are everybody's: an executer that outlives this one goes without them until another one is made.
+CExecuter::~CExecuter() {
+  FreeSystemLines();
+  permissions.reset();
+  if (SUCCEEDED(initialized))
+    CoUninitialize();
+}
+
+HRESULT CExecuter::ReadPermissions() {
+  HRESULT hr = S_OK;
+  permissions.reset(new (std::nothrow) CPermissions(context, kPermitFileName, &hr));
+  if (!permissions)
+    return FailedW(HERE, E_OUTOFMEMORY, L"Failed to create permissions from '%s'.", kPermitFileName);
+  if (FAILED(hr)) {
+    permissions.reset();
+    return FailedW(HERE, hr, L"An error occured while reading permissions from '%s'.  Destroying permissions.",
+                   kPermitFileName);
+  }
+  return hr;
+}
+
+HRESULT CExecuter::Run(const wchar_t* manifestURL, BSTR* navigateURL) {
+  if (!permissions)
+    return Failed(HERE, E_UNEXPECTED, "Missing permissions.");
+  SetLogFileName(manifestURL);
+  HRESULT hr = permissions->IsManifestURLPermitted(manifestURL);
+  if (FAILED(hr))
+    return FailedW(HERE, hr, L"Manifest URL '%s' is not permitted.", manifestURL);
+
+  CManifest* const allocated = new (std::nothrow) CManifest(context, manifestURL, &hr);
+  const std::unique_ptr<CManifest> manifest(allocated);
+  if (!manifest)
+    return FailedW(HERE, E_OUTOFMEMORY, L"Failed to create a manifest from %s.", manifestURL);
+  if (SUCCEEDED(hr))
+    hr = manifest->Read(permissions.get());
+  if (FAILED(hr))
+    return hr;
+
+  hr = S_OK;
+  for (CListIterator commands = manifest->CommandIterator(); commands.HasMore();) {
+    const HRESULT commandResult = static_cast<CCommand*>(commands.Next())->Execute(context, permissions.get(), navigateURL);
+    if (FAILED(commandResult)) {
+      LogErrorTrace(HERE, commandResult);
+      hr = S_FALSE;
+    }
+  }
+  return hr;
+}
