@@ -16,6 +16,7 @@ constexpr char kSourceFile[] = "XMLUtilities";
 
 // The document class of MSXML 2, by its own identifier and no other.
 constexpr CLSID kDocumentClass = {0xF6D90F11, 0x9C73, 0x11D3, {0xB3, 0x2E, 0x00, 0xC0, 0x4F, 0x99, 0x0B, 0xB4}};
+constexpr IID kDocumentInterface = {0x2933BF95, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
 
 constexpr std::size_t kReasonBytes = 1024;
 
@@ -153,7 +154,7 @@ HRESULT CreateXMLDocument(IXMLDOMDocument2** document) {
   if (!document)
     return Traced(HERE, E_INVALIDARG);
   *document = nullptr;
-  const HRESULT hr = CoCreateInstance(kDocumentClass, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IXMLDOMDocument2),
+  const HRESULT hr = CoCreateInstance(kDocumentClass, nullptr, CLSCTX_INPROC_SERVER, kDocumentInterface,
                                       reinterpret_cast<void**>(document));
   if (FAILED(hr))
     return Failed(HERE, hr, "Loading the Microsoft XML Parser Library failed.");

@@ -23,7 +23,7 @@ HRESULT GetDocumentElement(IXMLDOMDocument2* document, ComPtr<IXMLDOMElement>& e
 // knows it all the same. A parser that lists it never gets here.
 HRESULT GetDefaultedAttribute(IXMLDOMNode* node, const wchar_t* name, BString& text) {
   ComPtr<IXMLDOMElement> element;
-  if (FAILED(node->QueryInterface(__uuidof(IXMLDOMElement), reinterpret_cast<void**>(element.GetAddressOf()))))
+  if (FAILED(node->QueryInterface(IID_IXMLDOMElement, reinterpret_cast<void**>(element.GetAddressOf()))))
     return E_FAIL;
   const BString attributeName(SysAllocString(name));
   if (!attributeName)

@@ -1,0 +1,136 @@
+#include "control/Registration.h"
+
+#include <wrl/client.h>
+
+#include "common/ModulePath.h"
+#include "common/Text.h"
+#include "control/Module.h"
+#include "control/RegistryTable.h"
+#include "control/norvik_h.h"
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+constexpr UINT kScriptResource = 100;
+constexpr wchar_t kScriptType[] = L"REGISTRY";
+constexpr WORD kLibraryMajor = 1;
+constexpr WORD kLibraryMinor = 0;
+constexpr SYSKIND kSystem = sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32;
+
+constexpr CLSID kRegistrarClass = {0x44EC053A, 0x400F, 0x11D0, {0x9D, 0xCD, 0x00, 0xA0, 0xC9, 0x03, 0x91, 0xD3}};
+constexpr IID kRegistrarInterface = {0x44EC053B, 0x400F, 0x11D0, {0x9D, 0xCD, 0x00, 0xA0, 0xC9, 0x03, 0x91, 0xD3}};
+
+// The registrar of the system's atl.dll, which carries out registration scripts. No header declares it; the order of its
+// methods is that of its interface.
+struct IRegistrar : public IUnknown {
+  virtual HRESULT STDMETHODCALLTYPE AddReplacement(const wchar_t* key, const wchar_t* item) = 0;
+  virtual HRESULT STDMETHODCALLTYPE ClearReplacements() = 0;
+  virtual HRESULT STDMETHODCALLTYPE ResourceRegisterSz(const wchar_t* file, const wchar_t* id, const wchar_t* type) = 0;
+  virtual HRESULT STDMETHODCALLTYPE ResourceUnregisterSz(const wchar_t* file, const wchar_t* id, const wchar_t* type) = 0;
+  virtual HRESULT STDMETHODCALLTYPE FileRegister(const wchar_t* file) = 0;
+  virtual HRESULT STDMETHODCALLTYPE FileUnregister(const wchar_t* file) = 0;
+  virtual HRESULT STDMETHODCALLTYPE StringRegister(const wchar_t* script) = 0;
+  virtual HRESULT STDMETHODCALLTYPE StringUnregister(const wchar_t* script) = 0;
+  virtual HRESULT STDMETHODCALLTYPE ResourceRegister(const wchar_t* file, UINT id, const wchar_t* type) = 0;
+  virtual HRESULT STDMETHODCALLTYPE ResourceUnregister(const wchar_t* file, UINT id, const wchar_t* type) = 0;
+};
+
+// The registrar is a COM object, and an installer that calls the entry points may not have initialised COM.
+class ComApartment {
+ public:
+  ComApartment() : initialized(CoInitialize(nullptr)) {}
+  ~ComApartment() {
+    if (SUCCEEDED(initialized))
+      CoUninitialize();
+  }
+  ComApartment(const ComApartment&) = delete;
+  ComApartment& operator=(const ComApartment&) = delete;
+
+ private:
+  HRESULT initialized;
+};
+
+// Scripts put their texts in single quotes; one inside a path is written twice.
+bool DoubleQuotes(const wchar_t* path, wchar_t (&quoted)[2 * MAX_PATH]) {
+  std::size_t length = 0;
+  for (; *path; ++path) {
+    if (length + 3 > 2 * MAX_PATH)
+      return false;
+    if (*path == L'\'')
+      quoted[length++] = L'\'';
+    quoted[length++] = *path;
+  }
+  quoted[length] = L'\0';
+  return true;
+}
+
+using ScriptAction = HRESULT (STDMETHODCALLTYPE IRegistrar::*)(const wchar_t* file, UINT id, const wchar_t* type);
+
+HRESULT RunScript(const wchar_t* modulePath, ScriptAction action) {
+  wchar_t quotedPath[2 * MAX_PATH];
+  if (!DoubleQuotes(modulePath, quotedPath))
+    return E_FAIL;
+  ComPtr<IRegistrar> registrar;
+  HRESULT hr = CoCreateInstance(kRegistrarClass, nullptr, CLSCTX_INPROC_SERVER, kRegistrarInterface,
+                                reinterpret_cast<void**>(registrar.GetAddressOf()));
+  if (SUCCEEDED(hr))
+    hr = registrar->AddReplacement(L"MODULE", quotedPath);
+  if (SUCCEEDED(hr))
+    hr = (registrar.Get()->*action)(modulePath, kScriptResource, kScriptType);
+  return hr;
+}
+
+HRESULT RegisterLibrary(const wchar_t* path) {
+  ComPtr<ITypeLib> library;
+  const HRESULT hr = LoadTypeLib(path, &library);
+  return FAILED(hr) ? hr : RegisterTypeLib(library.Get(), const_cast<wchar_t*>(path), nullptr);
+}
+
+bool IsLibraryRegistered() {
+  BString path;
+  return SUCCEEDED(QueryPathOfRegTypeLib(LIBID_NORVIKLib, kLibraryMajor, kLibraryMinor, LOCALE_NEUTRAL, path.Receive()));
+}
+
+HRESULT UnregisterLibrary() {
+  const HRESULT hr = UnRegisterTypeLib(LIBID_NORVIKLib, kLibraryMajor, kLibraryMinor, LOCALE_NEUTRAL, kSystem);
+  return FAILED(hr) && !IsLibraryRegistered() ? S_OK : hr;
+}
+
+HRESULT RegisterFromTable() {
+  const HRESULT hr = WriteRegistryTable();
+  if (FAILED(hr))
+    return hr;
+  const BString path = WideText(GetModulePath());
+  return path ? RegisterLibrary(path.Get()) : E_OUTOFMEMORY;
+}
+
+}  // namespace
+
+HRESULT RegisterServer() {
+  const ComApartment apartment;
+  wchar_t path[MAX_PATH];
+  if (GetModuleWidePath(path)) {
+    HRESULT hr = RunScript(path, &IRegistrar::ResourceRegister);
+    if (SUCCEEDED(hr))
+      hr = RegisterLibrary(path);
+    if (SUCCEEDED(hr))
+      return hr;
+  }
+  return RegisterFromTable();
+}
+
+HRESULT UnregisterServer() {
+  const ComApartment apartment;
+  wchar_t path[MAX_PATH];
+  if (GetModuleWidePath(path)) {
+    HRESULT hr = RunScript(path, &IRegistrar::ResourceUnregister);
+    if (SUCCEEDED(hr))
+      hr = UnregisterLibrary();
+    if (SUCCEEDED(hr))
+      return hr;
+  }
+  const HRESULT deleted = DeleteRegistryTable();
+  const HRESULT unregistered = UnregisterLibrary();
+  return FAILED(deleted) ? deleted : unregistered;
+}
