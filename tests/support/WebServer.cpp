@@ -1,0 +1,235 @@
+#include "support/WebServer.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <sstream>
+
+#include "common/Windows.h"
+
+#include <winsock2.h>
+
+namespace {
+
+const char kVariable[] = "NORVIK_TEST_SERVER";
+
+// The number of one of the server's ports, from "name=port name=port ..." in the environment.
+int PortOf(const std::string& name) {
+  const char* const variable = std::getenv(kVariable);
+  std::istringstream words(variable ? variable : "");
+  std::string word;
+  while (words >> word) {
+    if (!word.compare(0, name.size() + 1, name + "="))
+      return std::atoi(word.c_str() + name.size() + 1);
+  }
+  ADD_FAILURE() << kVariable << " names no port '" << name
+                << "': start this program with scripts/run-windows-program --server";
+  return 0;
+}
+
+std::string ToHex(const std::string& text) {
+  static const char digits[] = "0123456789abcdef";
+  std::string hex;
+  for (const unsigned char c : text) {
+    hex += digits[c >> 4];
+    hex += digits[c & 15];
+  }
+  return hex;
+}
+
+std::string FromHex(const std::string& hex) {
+  std::string text;
+  for (std::size_t i = 0; i + 1 < hex.size(); i += 2)
+    text += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+  return text;
+}
+
+// A connection to the control port, closed with the object.
+class ControlConnection {
+ public:
+  ControlConnection() {
+    WSADATA data;
+    WSAStartup(MAKEWORD(2, 2), &data);
+    handle = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(static_cast<u_short>(PortOf("control")));
+    if (connect(handle, reinterpret_cast<const sockaddr*>(&address), sizeof(address)))
+      ADD_FAILURE() << "cannot connect to the test server, error " << WSAGetLastError();
+  }
+  ~ControlConnection() {
+    closesocket(handle);
+    WSACleanup();
+  }
+  ControlConnection(const ControlConnection&) = delete;
+  ControlConnection& operator=(const ControlConnection&) = delete;
+
+  void Send(const std::string& text) {
+    std::size_t sent = 0;
+    while (sent < text.size()) {
+      const int count = send(handle, text.data() + sent, static_cast<int>(text.size() - sent), 0);
+      if (count <= 0) {
+        ADD_FAILURE() << "cannot send to the test server, error " << WSAGetLastError();
+        return;
+      }
+      sent += count;
+    }
+  }
+
+  std::string ReceiveAll() {
+    std::string text;
+    char block[4096];
+    int count;
+    while ((count = recv(handle, block, sizeof(block), 0)) > 0)
+      text.append(block, count);
+    if (count < 0)
+      ADD_FAILURE() << "no reply from the test server, error " << WSAGetLastError();
+    return text;
+  }
+
+ private:
+  SOCKET handle = INVALID_SOCKET;
+};
+
+std::string Command(const std::string& command) {
+  const DWORD error = GetLastError();
+  ControlConnection connection;
+  connection.Send(command + "\n");
+  const std::string reply = connection.ReceiveAll();
+  SetLastError(error);
+  return reply;
+}
+
+std::string UrlAt(const char* scheme, const char* port, const std::string& path) {
+  return std::string(scheme) + "://localhost:" + std::to_string(PortOf(port)) + path;
+}
+
+Request ParseRequest(const std::string& line) {
+  Request request;
+  std::istringstream words(line);
+  std::string path;
+  words >> request.port >> request.method >> path;
+  request.path = FromHex(path);
+  std::string name, value;
+  while (words >> name >> value)
+    request.headers.emplace_back(FromHex(name), FromHex(value));
+  return request;
+}
+
+}  // namespace
+
+Response Response::Raw() {
+  Response response;
+  response.hasHead = false;
+  return response;
+}
+
+Response& Response::Status(const std::string& codeAndReason) {
+  status = codeAndReason;
+  return *this;
+}
+
+Response& Response::Header(const std::string& name, const std::string& value) {
+  headers += name + ": " + value + "\r\n";
+  return *this;
+}
+
+Response& Response::Redirect(const std::string& location) {
+  return Status("302 Found").Header("Location", location);
+}
+
+Response& Response::Length(unsigned long long bytes) {
+  length = bytes;
+  isLengthGiven = true;
+  return *this;
+}
+
+Response& Response::NoLength() {
+  hasLength = false;
+  return *this;
+}
+
+Response& Response::Body(const std::string& bytes) {
+  steps += " send:" + ToHex(bytes);
+  length += isLengthGiven ? 0 : bytes.size();
+  return *this;
+}
+
+Response& Response::Repeat(const std::string& pattern, unsigned long long bytes) {
+  steps += " repeat:" + ToHex(pattern) + ":" + std::to_string(bytes);
+  length += isLengthGiven ? 0 : bytes;
+  return *this;
+}
+
+Response& Response::Chunk(const std::string& bytes) {
+  isChunked = true;
+  std::ostringstream size;
+  size << std::hex << bytes.size();
+  return Body(size.str() + "\r\n" + bytes + "\r\n");
+}
+
+Response& Response::Hold() {
+  steps += " hold";
+  return *this;
+}
+
+Response& Response::Reset() {
+  steps += " reset";
+  return *this;
+}
+
+std::string Response::Head() const {
+  std::string head = "HTTP/1.1 " + status + "\r\n" + headers;
+  if (isChunked)
+    head += "Transfer-Encoding: chunked\r\n";
+  else if (hasLength)
+    head += "Content-Length: " + std::to_string(length) + "\r\n";
+  return head + "Connection: close\r\n\r\n";
+}
+
+std::string Response::Steps() const {
+  return (hasHead ? " send:" + ToHex(Head()) : "") + steps + (isChunked ? " send:" + ToHex("0\r\n\r\n") : "");
+}
+
+std::string Request::Header(const std::string& name) const {
+  for (const auto& [key, value] : headers) {
+    if (!lstrcmpiA(key.c_str(), name.c_str()))
+      return value;
+  }
+  return std::string();
+}
+
+WebServer::WebServer() { Command("clear"); }
+
+std::string WebServer::Url(const std::string& path) const { return UrlAt("http", "http", path); }
+
+std::string WebServer::RefusedUrl(const std::string& path) const { return UrlAt("http", "refused", path); }
+
+void WebServer::Answer(const std::string& path, const Response& response) {
+  Command("answer " + ToHex(path) + response.Steps());
+}
+
+std::vector<Request> WebServer::Requests() const {
+  std::vector<Request> requests;
+  std::istringstream lines(Command("requests"));
+  std::string line;
+  while (std::getline(lines, line))
+    requests.push_back(ParseRequest(line));
+  return requests;
+}
+
+std::vector<std::string> WebServer::Asked() const {
+  std::vector<std::string> asked;
+  for (const Request& request : Requests())
+    asked.push_back(request.method + " " + request.path);
+  return asked;
+}
+
+void WebServer::AwaitHold(const std::string& path) const {
+  EXPECT_EQ("yes", Command("held " + ToHex(path))) << "no answer for " << path << " stands at a Hold";
+}
+
+void WebServer::Release(const std::string& path) const {
+  EXPECT_NE("0", Command("release " + ToHex(path))) << "no answer for " << path << " stands at a Hold";
+}

@@ -1,0 +1,219 @@
+"""A web server for tests that does what a test scripted, lies included, and remembers what it was asked for.
+
+Usage: webserver.py. Listens on 127.0.0.1, on ports that the system picks, and prints them as one line of `name=port` words:
+
+  control   takes commands, see below
+  http      serves the scripted answers
+  refused   nobody listens here: connecting fails
+
+It ends when its standard input closes, and when its parent is gone.
+
+A command is one line of words on a connection of its own; the reply is what comes until the connection closes. HEX is text
+in hexadecimal.
+
+  answer HEX(path) STEP...   what a request for the path gets from now on; a path without an answer gets status 404
+  requests                   replies one line for each request: port name, method, HEX(path), then HEX(name) HEX(value) of
+                             each header
+  held HEX(path)             waits until an answer for the path is held; replies "yes", or "no" after half a minute
+  release HEX(path)          lets the answers go on that are held for the path now; replies their number
+  clear                      forgets answers and requests, and resets the connections that are still served
+
+The steps of an answer are carried out in order, then the connection is closed:
+
+  send:HEX           sends the bytes
+  repeat:HEX:COUNT   sends COUNT bytes that repeat the given ones
+  hold               waits for a release
+  reset              resets the connection
+"""
+
+import os
+import select
+import socket
+import struct
+import sys
+import threading
+
+HELD_SECONDS = 30
+BLOCK_BYTES = 65536
+NOT_FOUND = b"HTTP/1.1 404 Not Found\r\nContent-Length: 9\r\nConnection: close\r\n\r\nnot found"
+
+
+class Cleared(Exception):
+    """The script was cleared while it was being carried out."""
+
+
+class Script:
+    """What the test asked for and what was seen, shared by all connections."""
+
+    def __init__(self):
+        self.changed = threading.Condition()
+        self.run = 0
+        self.answers = {}
+        self.requests = []
+        self.held = {}
+
+    def clear(self):
+        with self.changed:
+            self.run += 1
+            self.answers = {}
+            self.requests = []
+            self.held = {}
+            self.changed.notify_all()
+
+    def set_answer(self, path, steps):
+        with self.changed:
+            self.answers[path] = steps
+
+    def take_request(self, run, port, method, path, headers):
+        """Records the request and returns the steps of its answer."""
+        with self.changed:
+            if run != self.run:
+                raise Cleared
+            self.requests.append((port, method, path, headers))
+            return self.answers.get(path, ["send:" + NOT_FOUND.hex()])
+
+    def hold(self, run, path):
+        mark = object()
+        with self.changed:
+            if run == self.run:
+                self.held.setdefault(path, []).append(mark)
+                self.changed.notify_all()
+            self.changed.wait_for(lambda: run != self.run or mark not in self.held.get(path, []))
+            if run != self.run:
+                raise Cleared
+
+    def wait_until_held(self, path):
+        with self.changed:
+            return bool(self.changed.wait_for(lambda: self.held.get(path), HELD_SECONDS))
+
+    def release(self, path):
+        with self.changed:
+            count = len(self.held.pop(path, []))
+            self.changed.notify_all()
+            return count
+
+
+def listen(serve):
+    """Opens a listening socket whose connections are served on threads of their own; returns its port."""
+    listener = socket.create_server(("127.0.0.1", 0), backlog=64)
+
+    def accept():
+        while True:
+            connection, _ = listener.accept()
+            connection.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
+            threading.Thread(target=serve, args=(connection,), daemon=True).start()
+
+    threading.Thread(target=accept, daemon=True).start()
+    return listener.getsockname()[1]
+
+
+def read_until(connection, end):
+    data = b""
+    while end not in data:
+        block = connection.recv(BLOCK_BYTES)
+        if not block:
+            raise ConnectionError("closed before the end of the request")
+        data += block
+    return data[: data.index(end)]
+
+
+def reset(connection):
+    connection.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+    connection.close()
+
+
+def send_repeated(connection, pattern, count):
+    block = pattern * (BLOCK_BYTES // len(pattern) + 1)
+    while count > 0:
+        connection.sendall(block[:count])
+        count -= len(block)
+
+
+def carry_out(script, run, path, steps, connection):
+    for step in steps:
+        name, *words = step.split(":")
+        if name == "send":
+            connection.sendall(bytes.fromhex(words[0]))
+        elif name == "repeat":
+            send_repeated(connection, bytes.fromhex(words[0]), int(words[1]))
+        elif name == "hold":
+            script.hold(run, path)
+        elif name == "reset":
+            raise ConnectionResetError
+
+
+def answer_request(script, port, connection):
+    run = script.run
+    try:
+        lines = read_until(connection, b"\r\n\r\n").decode("latin-1").split("\r\n")
+        method, path, _ = lines[0].split(" ", 2)
+        headers = [tuple(line.split(": ", 1)) for line in lines[1:]]
+        steps = script.take_request(run, port, method, path, headers)
+        carry_out(script, run, path, steps, connection)
+        connection.close()
+    except (OSError, Cleared):
+        reset(connection)
+
+
+def to_hex(text):
+    return text.encode("latin-1").hex()
+
+
+def requests_text(script):
+    with script.changed:
+        requests = list(script.requests)
+    lines = []
+    for port, method, path, headers in requests:
+        words = [port, method, to_hex(path)]
+        for name, value in headers:
+            words += [to_hex(name), to_hex(value)]
+        lines.append(" ".join(words) + "\n")
+    return "".join(lines)
+
+
+def command_reply(script, name, words):
+    path = bytes.fromhex(words[0]).decode("latin-1") if words else ""
+    if name == "answer":
+        script.set_answer(path, words[1:])
+        return ""
+    if name == "requests":
+        return requests_text(script)
+    if name == "held":
+        return "yes" if script.wait_until_held(path) else "no"
+    if name == "release":
+        return str(script.release(path))
+    if name == "clear":
+        script.clear()
+        return ""
+    return "unknown command " + name
+
+
+def answer_command(script, connection):
+    with connection:
+        name, *words = read_until(connection, b"\n").decode("ascii").split()
+        connection.sendall(command_reply(script, name, words).encode("ascii"))
+
+
+def wait_for_end():
+    parent = os.getppid()
+    while os.getppid() == parent:
+        ready, _, _ = select.select([sys.stdin], [], [], 1)
+        if ready and not os.read(sys.stdin.fileno(), BLOCK_BYTES):
+            return
+
+
+def main():
+    script = Script()
+    nobody = socket.socket()
+    nobody.bind(("127.0.0.1", 0))
+    ports = {
+        "control": listen(lambda connection: answer_command(script, connection)),
+        "http": listen(lambda connection: answer_request(script, "http", connection)),
+        "refused": nobody.getsockname()[1],
+    }
+    print(*(f"{name}={port}" for name, port in ports.items()), flush=True)
+    wait_for_end()
+
+
+if __name__ == "__main__":
+    main()
