@@ -204,6 +204,14 @@ WebServer::WebServer() { Command("clear"); }
 
 std::string WebServer::Url(const std::string& path) const { return UrlAt("http", "http", path); }
 
+std::string WebServer::SecureUrl(const std::string& path) const { return UrlAt("https", "good", path); }
+
+std::string WebServer::UntrustedUrl(const std::string& path) const { return UrlAt("https", "untrusted", path); }
+
+std::string WebServer::ExpiredUrl(const std::string& path) const { return UrlAt("https", "expired", path); }
+
+std::string WebServer::WrongNameUrl(const std::string& path) const { return UrlAt("https", "wrong-name", path); }
+
 std::string WebServer::RefusedUrl(const std::string& path) const { return UrlAt("http", "refused", path); }
 
 void WebServer::Answer(const std::string& path, const Response& response) {

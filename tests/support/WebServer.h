@@ -58,7 +58,7 @@ class Response {
 };
 
 struct Request {
-  std::string port;  // "http", ...: the name of the server's port
+  std::string port;  // "http", "good", "untrusted", "expired" or "wrong-name"
   std::string method;
   std::string path;  // with the query
   std::vector<std::pair<std::string, std::string>> headers;
@@ -75,7 +75,15 @@ class WebServer {
 
   // The URL of a path that begins with a slash.
   std::string Url(const std::string& path) const;
-  std::string RefusedUrl(const std::string& path) const;  // nobody listens there
+
+  // The same over TLS: with a certificate that is in order, or with one that is refused for one reason.
+  std::string SecureUrl(const std::string& path) const;
+  std::string UntrustedUrl(const std::string& path) const;
+  std::string ExpiredUrl(const std::string& path) const;
+  std::string WrongNameUrl(const std::string& path) const;
+
+  // Nobody listens there.
+  std::string RefusedUrl(const std::string& path) const;
 
   void Answer(const std::string& path, const Response& response);
 

@@ -57,4 +57,20 @@ TEST(WebServerTest, APathWithoutAnAnswerIsNotFound) {
   EXPECT_EQ(404u, Get(server.Url("/nothing")).status);
 }
 
+TEST(WebServerTest, ACertificateOfTheTrustedAuthorityIsAccepted) {
+  WebServer server;
+  server.Answer("/a.txt", Response().Body("hello"));
+  const Download download = Get(server.SecureUrl("/a.txt"));
+  EXPECT_EQ(0u, download.openError);
+  EXPECT_EQ("hello", download.body);
+}
+
+TEST(WebServerTest, CertificatesThatAreNotInOrderAreRefusedBeforeAnythingIsAskedFor) {
+  WebServer server;
+  EXPECT_EQ(DWORD{ERROR_INTERNET_INVALID_CA}, Get(server.UntrustedUrl("/a.txt")).openError);
+  EXPECT_EQ(DWORD{ERROR_INTERNET_SEC_CERT_DATE_INVALID}, Get(server.ExpiredUrl("/a.txt")).openError);
+  EXPECT_EQ(DWORD{ERROR_INTERNET_SEC_CERT_CN_INVALID}, Get(server.WrongNameUrl("/a.txt")).openError);
+  EXPECT_EQ(0u, server.Requests().size());
+}
+
 }  // namespace

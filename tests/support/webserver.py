@@ -1,9 +1,11 @@
 """A web server for tests that does what a test scripted, lies included, and remembers what it was asked for.
 
-Usage: webserver.py. Listens on 127.0.0.1, on ports that the system picks, and prints them as one line of `name=port` words:
+Usage: webserver.py CERTIFICATES. CERTIFICATES is a folder that make-certificates made. Listens on 127.0.0.1, on ports that the system picks, and prints them as one line of `name=port` words:
 
   control   takes commands, see below
   http      serves the scripted answers
+  good, untrusted, expired, wrong-name
+            the same over TLS, each with the certificate of that name
   refused   nobody listens here: connecting fails
 
 It ends when its standard input closes, and when its parent is gone.
@@ -26,13 +28,16 @@ The steps of an answer are carried out in order, then the connection is closed:
   reset              resets the connection
 """
 
+import functools
 import os
 import select
 import socket
+import ssl
 import struct
 import sys
 import threading
 
+CERTIFICATES = ["good", "untrusted", "expired", "wrong-name"]
 HELD_SECONDS = 30
 BLOCK_BYTES = 65536
 NOT_FOUND = b"HTTP/1.1 404 Not Found\r\nContent-Length: 9\r\nConnection: close\r\n\r\nnot found"
@@ -142,15 +147,28 @@ def carry_out(script, run, path, steps, connection):
             raise ConnectionResetError
 
 
-def answer_request(script, port, connection):
+def close(connection):
+    """Closes a connection in order, over TLS with the notice that nothing was cut off."""
+    if isinstance(connection, ssl.SSLSocket):
+        connection.settimeout(0)
+        try:
+            connection.unwrap()
+        except (OSError, ValueError):
+            pass  # the notice is sent, and the other side has not answered it
+    connection.close()
+
+
+def answer_request(script, port, tls, connection):
     run = script.run
     try:
+        if tls:
+            connection = tls.wrap_socket(connection, server_side=True)
         lines = read_until(connection, b"\r\n\r\n").decode("latin-1").split("\r\n")
         method, path, _ = lines[0].split(" ", 2)
         headers = [tuple(line.split(": ", 1)) for line in lines[1:]]
         steps = script.take_request(run, port, method, path, headers)
         carry_out(script, run, path, steps, connection)
-        connection.close()
+        close(connection)
     except (OSError, Cleared):
         reset(connection)
 
@@ -204,13 +222,17 @@ def wait_for_end():
 
 def main():
     script = Script()
-    nobody = socket.socket()
-    nobody.bind(("127.0.0.1", 0))
     ports = {
         "control": listen(lambda connection: answer_command(script, connection)),
-        "http": listen(lambda connection: answer_request(script, "http", connection)),
-        "refused": nobody.getsockname()[1],
+        "http": listen(functools.partial(answer_request, script, "http", None)),
     }
+    for name in CERTIFICATES:
+        tls = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+        tls.load_cert_chain(f"{sys.argv[1]}/{name}.pem")
+        ports[name] = listen(functools.partial(answer_request, script, name, tls))
+    nobody = socket.socket()
+    nobody.bind(("127.0.0.1", 0))
+    ports["refused"] = nobody.getsockname()[1]
     print(*(f"{name}={port}" for name, port in ports.items()), flush=True)
     wait_for_end()
 
