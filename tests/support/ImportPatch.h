@@ -29,7 +29,8 @@ class ImportPatch {
 //   PATCH_IMPORT(diskFull, WriteFile, FailWith(FALSE, ERROR_DISK_FULL));
 //
 // The code under test is linked into the test program, so the program's own import table is patched; a module handle can be
-// given for a loaded DLL. A handler that calls the patched function itself gets the original.
+// given for a loaded DLL. A handler that calls the patched function itself gets the original,
+// or the handler of the patch that was made before it.
 template <class Tag, class Function>
 class ImportedFunction;
 
@@ -50,8 +51,11 @@ class ImportedFunction<Tag, Result(WINAPI*)(Arguments...)> {
   }
 
  private:
+  // The same function serves all patches of one Tag, so a call from inside a handler looks for the patch below it.
   static Result WINAPI Call(Arguments... arguments) {
-    ImportedFunction* const self = active;
+    ImportedFunction* self = active;
+    while (self->isInside && self->previous)
+      self = self->previous;
     const auto original = reinterpret_cast<Function>(self->patch->Original());
     if (self->isInside)
       return original(arguments...);

@@ -6,26 +6,11 @@
 #include <sstream>
 
 #include "common/Windows.h"
-
-#include <winsock2.h>
+#include "support/Socket.h"
 
 namespace {
 
 const char kVariable[] = "NORVIK_TEST_SERVER";
-
-// The number of one of the server's ports, from "name=port name=port ..." in the environment.
-int PortOf(const std::string& name) {
-  const char* const variable = std::getenv(kVariable);
-  std::istringstream words(variable ? variable : "");
-  std::string word;
-  while (words >> word) {
-    if (!word.compare(0, name.size() + 1, name + "="))
-      return std::atoi(word.c_str() + name.size() + 1);
-  }
-  ADD_FAILURE() << kVariable << " names no port '" << name
-                << "': start this program with scripts/run-windows-program --server";
-  return 0;
-}
 
 std::string ToHex(const std::string& text) {
   static const char digits[] = "0123456789abcdef";
@@ -44,65 +29,21 @@ std::string FromHex(const std::string& hex) {
   return text;
 }
 
-// A connection to the control port, closed with the object.
-class ControlConnection {
- public:
-  ControlConnection() {
-    WSADATA data;
-    WSAStartup(MAKEWORD(2, 2), &data);
-    handle = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<u_short>(PortOf("control")));
-    if (connect(handle, reinterpret_cast<const sockaddr*>(&address), sizeof(address)))
-      ADD_FAILURE() << "cannot connect to the test server, error " << WSAGetLastError();
-  }
-  ~ControlConnection() {
-    closesocket(handle);
-    WSACleanup();
-  }
-  ControlConnection(const ControlConnection&) = delete;
-  ControlConnection& operator=(const ControlConnection&) = delete;
-
-  void Send(const std::string& text) {
-    std::size_t sent = 0;
-    while (sent < text.size()) {
-      const int count = send(handle, text.data() + sent, static_cast<int>(text.size() - sent), 0);
-      if (count <= 0) {
-        ADD_FAILURE() << "cannot send to the test server, error " << WSAGetLastError();
-        return;
-      }
-      sent += count;
-    }
-  }
-
-  std::string ReceiveAll() {
-    std::string text;
-    char block[4096];
-    int count;
-    while ((count = recv(handle, block, sizeof(block), 0)) > 0)
-      text.append(block, count);
-    if (count < 0)
-      ADD_FAILURE() << "no reply from the test server, error " << WSAGetLastError();
-    return text;
-  }
-
- private:
-  SOCKET handle = INVALID_SOCKET;
-};
-
+// Keeps the thread's last error, so that a handler of a patched call may use the server.
 std::string Command(const std::string& command) {
   const DWORD error = GetLastError();
-  ControlConnection connection;
-  connection.Send(command + "\n");
-  const std::string reply = connection.ReceiveAll();
+  std::string reply;
+  if (const int port = WebServer::Port("control")) {
+    LocalConnection connection(port);
+    connection.Send(command + "\n");
+    reply = connection.ReceiveAll();
+  }
   SetLastError(error);
   return reply;
 }
 
 std::string UrlAt(const char* scheme, const char* port, const std::string& path) {
-  return std::string(scheme) + "://localhost:" + std::to_string(PortOf(port)) + path;
+  return std::string(scheme) + "://localhost:" + std::to_string(WebServer::Port(port)) + path;
 }
 
 Request ParseRequest(const std::string& line) {
@@ -201,6 +142,19 @@ std::string Request::Header(const std::string& name) const {
 }
 
 WebServer::WebServer() { Command("clear"); }
+
+int WebServer::Port(const std::string& name) {
+  const char* const variable = std::getenv(kVariable);
+  std::istringstream words(variable ? variable : "");
+  std::string word;
+  while (words >> word) {
+    if (!word.compare(0, name.size() + 1, name + "="))
+      return std::atoi(word.c_str() + name.size() + 1);
+  }
+  ADD_FAILURE() << kVariable << " names no port '" << name
+                << "': start this program with scripts/run-windows-program --server";
+  return 0;
+}
 
 std::string WebServer::Url(const std::string& path) const { return UrlAt("http", "http", path); }
 

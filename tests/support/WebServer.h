@@ -39,6 +39,8 @@ class Response {
 
   Response& Chunk(const std::string& bytes);
   Response& Hold();
+
+  // Bytes that the client has not received yet may be lost.
   Response& Reset();
 
   // The answer as the words of a command for the server.
@@ -72,6 +74,9 @@ struct Request {
 class WebServer {
  public:
   WebServer();
+
+  // The number of one of the server's ports: "http", "good", ... as the requests name them.
+  static int Port(const std::string& name);
 
   // The URL of a path that begins with a slash.
   std::string Url(const std::string& path) const;
