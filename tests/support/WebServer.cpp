@@ -49,12 +49,13 @@ std::string UrlAt(const char* scheme, const char* port, const std::string& path)
 Request ParseRequest(const std::string& line) {
   Request request;
   std::istringstream words(line);
-  std::string path;
+  std::string path, header;
   words >> request.port >> request.method >> path;
   request.path = FromHex(path);
-  std::string name, value;
-  while (words >> name >> value)
-    request.headers.emplace_back(FromHex(name), FromHex(value));
+  while (words >> header) {
+    const std::size_t colon = header.find(':');
+    request.headers.emplace_back(FromHex(header.substr(0, colon)), FromHex(header.substr(colon + 1)));
+  }
   return request;
 }
 

@@ -140,15 +140,17 @@ TEST(WebServerTest, ReleasingWhatIsNotHeldFailsTheTest) {
 TEST(WebServerTest, TheRequestsAreRemembered) {
   WebServer server;
   LocalConnection connection(WebServer::Port("http"));
-  connection.Send("HEAD /a.asp?x=1%202&y HTTP/1.0\r\nHost: h\r\nUser-Agent: an agent: one\r\n\r\n");
+  connection.Send("HEAD /a.asp?x=1%202&y HTTP/1.0\r\nHost: h\r\nX-Empty:\r\nUser-Agent: a client: one\r\n\r\n");
   connection.ReceiveAll();
   Asked().ReceiveAll();
   const std::vector<Request> requests = server.Requests();
   ASSERT_EQ(2u, requests.size());
+  ASSERT_EQ(3u, requests[0].headers.size());
+  EXPECT_EQ("X-Empty", requests[0].headers[1].first);
   EXPECT_EQ("http", requests[0].port);
   EXPECT_EQ("HEAD", requests[0].method);
   EXPECT_EQ("/a.asp?x=1%202&y", requests[0].path);
-  EXPECT_EQ("an agent: one", requests[0].Header("user-agent"));
+  EXPECT_EQ("a client: one", requests[0].Header("user-agent"));
   EXPECT_EQ("", requests[0].Header("Accept"));
   EXPECT_EQ((std::vector<std::string>{"HEAD /a.asp?x=1%202&y", "GET /a"}), server.Asked());
 }

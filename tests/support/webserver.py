@@ -14,8 +14,8 @@ A command is one line of words on a connection of its own; the reply is what com
 in hexadecimal.
 
   answer HEX(path) STEP...   what a request for the path gets from now on; a path without an answer gets status 404
-  requests                   replies one line for each request: port name, method, HEX(path), then HEX(name) HEX(value) of
-                             each header
+  requests                   replies one line for each request: port name, method, HEX(path), then HEX(name):HEX(value)
+                             for each header
   held HEX(path)             waits until an answer for the path is held; replies "yes", or "no" after half a minute
   release HEX(path)          lets the answers go on that are held for the path now; replies their number
   clear                      forgets answers and requests, and resets the connections that are still served
@@ -113,13 +113,15 @@ def listen(serve):
 
 
 def read_until(connection, end):
-    data = b""
-    while end not in data:
+    data = bytearray()
+    searched = 0
+    while (at := data.find(end, searched)) < 0:
+        searched = max(0, len(data) - len(end))
         block = connection.recv(BLOCK_BYTES)
         if not block:
             raise ConnectionError("closed before the end of the request")
         data += block
-    return data[: data.index(end)]
+    return data[:at]
 
 
 def reset(connection):
@@ -162,14 +164,15 @@ def answer_request(script, port, tls, connection):
     run = script.run
     try:
         if tls:
-            connection = tls.wrap_socket(connection, server_side=True)
+            connection = tls.wrap_socket(connection, server_side=True, do_handshake_on_connect=False)
+            connection.do_handshake()
         lines = read_until(connection, b"\r\n\r\n").decode("latin-1").split("\r\n")
         method, path, _ = lines[0].split(" ", 2)
-        headers = [tuple(line.split(": ", 1)) for line in lines[1:]]
+        headers = [(name, value.strip()) for name, _, value in (line.partition(":") for line in lines[1:])]
         steps = script.take_request(run, port, method, path, headers)
         carry_out(script, run, path, steps, connection)
         close(connection)
-    except (OSError, Cleared):
+    except (OSError, ValueError, Cleared):
         reset(connection)
 
 
@@ -183,8 +186,7 @@ def requests_text(script):
     lines = []
     for port, method, path, headers in requests:
         words = [port, method, to_hex(path)]
-        for name, value in headers:
-            words += [to_hex(name), to_hex(value)]
+        words += [f"{to_hex(name)}:{to_hex(value)}" for name, value in headers]
         lines.append(" ".join(words) + "\n")
     return "".join(lines)
 
