@@ -5,6 +5,7 @@
 #include "common/ModulePath.h"
 #include "common/Text.h"
 #include "control/Module.h"
+#include "control/Registrar.h"
 #include "control/RegistryTable.h"
 #include "control/norvik_h.h"
 
@@ -17,24 +18,6 @@ constexpr wchar_t kScriptType[] = L"REGISTRY";
 constexpr WORD kLibraryMajor = 1;
 constexpr WORD kLibraryMinor = 0;
 constexpr SYSKIND kSystem = sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32;
-
-constexpr CLSID kRegistrarClass = {0x44EC053A, 0x400F, 0x11D0, {0x9D, 0xCD, 0x00, 0xA0, 0xC9, 0x03, 0x91, 0xD3}};
-constexpr IID kRegistrarInterface = {0x44EC053B, 0x400F, 0x11D0, {0x9D, 0xCD, 0x00, 0xA0, 0xC9, 0x03, 0x91, 0xD3}};
-
-// The registrar of the system's atl.dll, which carries out registration scripts. No header declares it; the order of its
-// methods is that of its interface.
-struct IRegistrar : public IUnknown {
-  virtual HRESULT STDMETHODCALLTYPE AddReplacement(const wchar_t* key, const wchar_t* item) = 0;
-  virtual HRESULT STDMETHODCALLTYPE ClearReplacements() = 0;
-  virtual HRESULT STDMETHODCALLTYPE ResourceRegisterSz(const wchar_t* file, const wchar_t* id, const wchar_t* type) = 0;
-  virtual HRESULT STDMETHODCALLTYPE ResourceUnregisterSz(const wchar_t* file, const wchar_t* id, const wchar_t* type) = 0;
-  virtual HRESULT STDMETHODCALLTYPE FileRegister(const wchar_t* file) = 0;
-  virtual HRESULT STDMETHODCALLTYPE FileUnregister(const wchar_t* file) = 0;
-  virtual HRESULT STDMETHODCALLTYPE StringRegister(const wchar_t* script) = 0;
-  virtual HRESULT STDMETHODCALLTYPE StringUnregister(const wchar_t* script) = 0;
-  virtual HRESULT STDMETHODCALLTYPE ResourceRegister(const wchar_t* file, UINT id, const wchar_t* type) = 0;
-  virtual HRESULT STDMETHODCALLTYPE ResourceUnregister(const wchar_t* file, UINT id, const wchar_t* type) = 0;
-};
 
 // The registrar is a COM object, and an installer that calls the entry points may not have initialised COM.
 class ComApartment {
