@@ -50,9 +50,10 @@ HRESULT Refused(const char* name, HRESULT loadResult, IXMLDOMParseError* parseEr
 // same. A document without a document type has nothing to be validated against.
 HRESULT Validate(IXMLDOMDocument2* document, ComPtr<IXMLDOMParseError>& error) {
   ComPtr<IXMLDOMDocumentType> documentType;
-  if (FAILED(document->get_doctype(&documentType)) || !documentType)
-    return S_OK;
-  return document->validate(&error);
+  const HRESULT hr = document->get_doctype(&documentType);
+  if (FAILED(hr))
+    return hr;
+  return documentType ? document->validate(&error) : S_OK;
 }
 
 // A parser that does not take a setting would not validate: that is a failed load.
@@ -109,8 +110,8 @@ OwnedText Utf8Text(const BString& text) {
   if (bytes <= 0)
     return nullptr;
   OwnedText utf8 = AllocateText(static_cast<std::size_t>(bytes));
-  if (utf8)
-    WideCharToMultiByte(CP_UTF8, 0, text.Get(), -1, utf8.get(), bytes, nullptr, nullptr);
+  if (!utf8 || WideCharToMultiByte(CP_UTF8, 0, text.Get(), -1, utf8.get(), bytes, nullptr, nullptr) <= 0)
+    return nullptr;
   return utf8;
 }
 
