@@ -1,0 +1,35 @@
+"""How the build compiles a file, read from the build folder's compile_commands.json."""
+
+import json
+import pathlib
+import shlex
+
+from cached_jobs import ROOT
+
+
+class Compilation:
+    """The compiler and the arguments that matter to a reader of the file: macros, include folders, language, warnings."""
+
+    def __init__(self, entry):
+        words = shlex.split(entry["command"])
+        self.file = pathlib.Path(entry["file"]).resolve()
+        self.compiler = words[0]
+        self.arguments = []
+        words = iter(words[1:])
+        for word in words:
+            if word in ("-o", "-c"):
+                next(words)
+            elif not word.startswith("-ffile-prefix-map"):
+                self.arguments.append(word)
+
+    def include_folders(self):
+        return tuple(pathlib.Path(word[2:]) for word in self.arguments if word.startswith("-I"))
+
+
+def compilations(width, *folders):
+    """The compilations of the files below the given folders of the project, in the order of their names."""
+    path = ROOT / "build" / width / "compile_commands.json"
+    entries = map(Compilation, json.loads(path.read_text()))
+    wanted = [ROOT / folder for folder in folders]
+    return sorted((entry for entry in entries if any(folder in entry.file.parents for folder in wanted)),
+                  key=lambda entry: entry.file)
