@@ -72,9 +72,15 @@ def run(check, jobs):
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         results = pool.map(lambda job: run_job(stamps, job), due)
         outputs = [output for output in results if output is not None]
-    for output in outputs:
-        print(output.rstrip())
+    for message in dict.fromkeys(message for output in outputs for message in messages_of(output)):
+        print(message)  # what several files say about one header is said once
     return not outputs
+
+
+def messages_of(output):
+    """The messages of a compiler or a checker, each with the lines that belong to it, and with paths from the root on."""
+    lines = output.replace(f"{ROOT}/", "").rstrip()
+    return re.split(r"\n(?=\S+:\d+:\d+: (?:error|warning): )", lines)
 
 
 def stamp_of(stamps, job):

@@ -1,4 +1,5 @@
 # What the scripts share; sourced, with `set -euo pipefail` in force.
+# shellcheck shell=bash disable=SC2034,SC2164  # the lists are used where this is sourced, and so is `set -e`
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build=$root/build
@@ -15,7 +16,7 @@ die() {
 readonly build_packages=(cmake ninja-build g++-mingw-w64-x86-64 g++-mingw-w64-i686 mingw-w64-tools libwine-dev python3)
 readonly wine_packages=(wine wine64)
 readonly test_packages=(libgtest-dev openssl)
-readonly lint_packages=(clang-format clang-tidy cppcheck)
+readonly lint_packages=(clang-format clang-tidy cppcheck shellcheck)
 readonly demo_packages=(nginx-light)
 
 # need_packages NAME...: installs those that are missing, as root or through sudo.
