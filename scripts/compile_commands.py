@@ -27,9 +27,10 @@ class Compilation:
 
 
 def compilations(width, *folders):
-    """The compilations of the files below the given folders of the project, in the order of their names."""
+    """The compilations of the C++ files below the given folders of the project, in the order of their names."""
     path = ROOT / "build" / width / "compile_commands.json"
     entries = map(Compilation, json.loads(path.read_text()))
     wanted = [ROOT / folder for folder in folders]
-    return sorted((entry for entry in entries if any(folder in entry.file.parents for folder in wanted)),
+    return sorted((entry for entry in entries
+                   if entry.file.suffix == ".cpp" and any(folder in entry.file.parents for folder in wanted)),
                   key=lambda entry: entry.file)
