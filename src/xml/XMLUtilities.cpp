@@ -2,6 +2,9 @@
 
 #include <wrl/client.h>
 
+#include <utility>
+
+#include "common/Handles.h"
 #include "log/LogFile.h"
 
 using Microsoft::WRL::ComPtr;
@@ -19,6 +22,13 @@ HRESULT GetDocumentElement(IXMLDOMDocument2* document, ComPtr<IXMLDOMElement>& e
   return S_OK;
 }
 
+// Clears what a variant holds at the end of its scope.
+struct VariantTraits {
+  using Handle = VARIANT*;
+  static Handle Invalid() { return nullptr; }
+  static void Close(Handle variant) { VariantClear(variant); }
+};
+
 // Not every parser lists an attribute that has its value only from the document type; asked for it by name, the element
 // knows it all the same. A parser that lists it never gets here.
 HRESULT GetDefaultedAttribute(IXMLDOMNode* node, const wchar_t* name, BString& text) {
@@ -30,12 +40,11 @@ HRESULT GetDefaultedAttribute(IXMLDOMNode* node, const wchar_t* name, BString& t
     return Traced(HERE, E_OUTOFMEMORY);
   VARIANT value;
   VariantInit(&value);
+  const UniqueHandle<VariantTraits> owner(&value);
   const HRESULT hr = element->getAttribute(attributeName.Get(), &value);
-  if (hr != S_OK || value.vt != VT_BSTR || !value.bstrVal) {
-    VariantClear(&value);
+  if (hr != S_OK || value.vt != VT_BSTR || !value.bstrVal)
     return E_FAIL;
-  }
-  text = BString(value.bstrVal);
+  text = BString(std::exchange(value.bstrVal, nullptr));
   return S_OK;
 }
 
