@@ -7,7 +7,7 @@ int CCommand::Compare(const CListItem* other) const {
   const CListItem* const self = this;
   if (self == other)
     return 0;
-  return std::less<const CListItem*>()(self, other) ? -1 : 1;
+  return std::less<>()(self, other) ? -1 : 1;
 }
 
 bool CCommand::IsKindOf(const char* name) const {

@@ -119,20 +119,20 @@ HRESULT CCopyCommand::ReadDestination(IXMLDOMNode* node) {
     BString text;
     if (FAILED(GetNodeTextW(node, query.pattern, text)))
       continue;
-    auto* const folder = new (std::nothrow) CDestinationFolder(query.kind, text.Get(), &hr);
-    hr = TakeFolder(folder, hr, destination);
-    if (destination || !folder)
+    auto* const made = new (std::nothrow) CDestinationFolder(query.kind, text.Get(), &hr);
+    hr = TakeFolder(made, hr, destination);
+    if (destination || !made)
       return hr;
   }
   const bool isCookie = NodeExists(node, L"Destination/Cookie");
   if (isCookie) {
-    auto* const folder = new (std::nothrow) CDestinationFolder(FolderKind::Cookie, &hr);
-    hr = TakeFolder(folder, hr, destination);
-    if (destination || !folder)
+    auto* const made = new (std::nothrow) CDestinationFolder(FolderKind::Cookie, &hr);
+    hr = TakeFolder(made, hr, destination);
+    if (destination || !made)
       return hr;
   }
-  auto* const folder = new (std::nothrow) CDestinationFolder(FolderKind::InternetCache, &hr);
-  return TakeFolder(folder, hr, destination);
+  auto* const made = new (std::nothrow) CDestinationFolder(FolderKind::InternetCache, &hr);
+  return TakeFolder(made, hr, destination);
 }
 
 void CCopyCommand::ReadFileName(IXMLDOMNode* node) {
