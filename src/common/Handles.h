@@ -1,8 +1,8 @@
 #pragma once
 
-#include <utility>
-
 #include "common/Windows.h"
+
+#include <utility>
 
 // Move-only owners of system handles. Closing keeps the thread's last error, so that a failure can still be reported after
 // its handle is gone.

@@ -2,9 +2,9 @@
 // `new (std::nothrow)`; the plain forms exist because the language links them, and end the process rather than
 // hand out null to code that does not look.
 
-#include <new>
-
 #include "common/Windows.h"
+
+#include <new>
 
 namespace {
 
@@ -29,13 +29,33 @@ void Free(void* memory) noexcept {
 
 }  // namespace
 
-void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept { return Allocate(bytes); }
-void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept { return Allocate(bytes); }
-void* operator new(std::size_t bytes) { return AllocateOrEnd(bytes); }
-void* operator new[](std::size_t bytes) { return AllocateOrEnd(bytes); }
-void operator delete(void* memory) noexcept { Free(memory); }
-void operator delete[](void* memory) noexcept { Free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { Free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { Free(memory); }
-void operator delete(void* memory, const std::nothrow_t&) noexcept { Free(memory); }
-void operator delete[](void* memory, const std::nothrow_t&) noexcept { Free(memory); }
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+  return Allocate(bytes);
+}
+void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
+  return Allocate(bytes);
+}
+void* operator new(std::size_t bytes) {
+  return AllocateOrEnd(bytes);
+}
+void* operator new[](std::size_t bytes) {
+  return AllocateOrEnd(bytes);
+}
+void operator delete(void* memory) noexcept {
+  Free(memory);
+}
+void operator delete[](void* memory) noexcept {
+  Free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  Free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+  Free(memory);
+}
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
+  Free(memory);
+}
+void operator delete[](void* memory, const std::nothrow_t&) noexcept {
+  Free(memory);
+}

@@ -32,6 +32,10 @@ void SetModulePath(const char* path) {
   RecordFolder();
 }
 
-const char* GetModulePath() { return modulePath; }
+const char* GetModulePath() {
+  return modulePath;
+}
 
-const char* GetModuleFolder() { return moduleFolder; }
+const char* GetModuleFolder() {
+  return moduleFolder;
+}

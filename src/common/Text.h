@@ -1,10 +1,10 @@
 #pragma once
 
+#include "common/Windows.h"
+
 #include <cstddef>
 #include <memory>
 #include <utility>
-
-#include "common/Windows.h"
 
 // Narrow text is in the ANSI code page; owned narrow text is null when it could not be allocated.
 using OwnedText = std::unique_ptr<char[]>;

@@ -10,12 +10,18 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* /*reserve
   return TRUE;
 }
 
-STDAPI DllCanUnloadNow() { return IsModuleInUse() ? S_FALSE : S_OK; }
+STDAPI DllCanUnloadNow() {
+  return IsModuleInUse() ? S_FALSE : S_OK;
+}
 
 STDAPI DllGetClassObject(REFCLSID classId, REFIID interfaceId, void** object) {
   return GetClassObject(classId, interfaceId, object);
 }
 
-STDAPI DllRegisterServer() { return RegisterServer(); }
+STDAPI DllRegisterServer() {
+  return RegisterServer();
+}
 
-STDAPI DllUnregisterServer() { return UnregisterServer(); }
+STDAPI DllUnregisterServer() {
+  return UnregisterServer();
+}

@@ -19,8 +19,14 @@ bool GetModuleWidePath(wchar_t (&path)[MAX_PATH]) {
   return length > 0 && length < MAX_PATH;
 }
 
-void LockModule() { InterlockedIncrement(&moduleUses); }
+void LockModule() {
+  InterlockedIncrement(&moduleUses);
+}
 
-void UnlockModule() { InterlockedDecrement(&moduleUses); }
+void UnlockModule() {
+  InterlockedDecrement(&moduleUses);
+}
 
-bool IsModuleInUse() { return moduleUses != 0; }
+bool IsModuleInUse() {
+  return moduleUses != 0;
+}

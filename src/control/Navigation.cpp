@@ -1,3 +1,5 @@
+#include "control/Navigation.h"
+
 #include "common/Windows.h"
 
 #include <exdisp.h>
@@ -5,7 +7,7 @@
 #include <servprov.h>
 #include <wrl/client.h>
 
-#include "control/Navigation.h"
+#include "common/Variant.h"
 #include "log/LogFile.h"
 
 using Microsoft::WRL::ComPtr;
@@ -15,7 +17,9 @@ namespace {
 constexpr char kSourceFile[] = "axNorvik";
 
 // SID_SWebBrowserApp: the service goes by the identifier of its interface.
-const GUID& WebBrowserAppService() { return __uuidof(IWebBrowserApp); }
+const GUID& WebBrowserAppService() {
+  return __uuidof(IWebBrowserApp);
+}
 
 // A step that hands out nothing and calls it success has failed as well.
 template <class Interface>
@@ -35,13 +39,13 @@ HRESULT FindBrowser(IObjectWithSite* sitedControl, ComPtr<IWebBrowserApp>& brows
   if (FAILED(hr))
     return hr;
   ComPtr<IUnknown> service;
-  hr = StepResult(services->QueryService(WebBrowserAppService(), __uuidof(IUnknown),
-                                         reinterpret_cast<void**>(service.GetAddressOf())),
-                  service);
+  hr = StepResult(
+      services->QueryService(WebBrowserAppService(), __uuidof(IUnknown), reinterpret_cast<void**>(service.GetAddressOf())),
+      service);
   if (FAILED(hr))
     return hr;
-  return StepResult(service->QueryInterface(__uuidof(IWebBrowserApp), reinterpret_cast<void**>(browser.GetAddressOf())),
-                    browser);
+  return StepResult(
+      service->QueryInterface(__uuidof(IWebBrowserApp), reinterpret_cast<void**>(browser.GetAddressOf())), browser);
 }
 
 }  // namespace
@@ -50,8 +54,11 @@ HRESULT NavigateBrowser(IObjectWithSite* sitedControl, BSTR url) {
   ComPtr<IWebBrowserApp> browser;
   HRESULT hr = FindBrowser(sitedControl, browser);
   if (SUCCEEDED(hr)) {
-    VARIANT flags = {}, targetFrame = {}, postData = {}, headers = {};
-    hr = browser->Navigate(url, &flags, &targetFrame, &postData, &headers);
+    Variant flags;
+    Variant targetFrame;
+    Variant postData;
+    Variant headers;
+    hr = browser->Navigate(url, &flags.Get(), &targetFrame.Get(), &postData.Get(), &headers.Get());
   }
   if (FAILED(hr))
     LogErrorW(HERE, hr, L"ActiveX control failed to navigate browser to URL '%s'.", url);

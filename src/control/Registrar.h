@@ -2,8 +2,8 @@
 
 #include "common/Windows.h"
 
-// The registrar of the system's atl.dll, which carries out registration scripts. No header of the tool chain declares it; the
-// order of its methods is that of its interface.
+// The registrar of the system's atl.dll, which carries out registration scripts. No header of the tool chain declares it;
+// the order of its methods is that of its interface.
 //
 // Not in an unnamed namespace: nothing in the module implements the interface, and a compiler that can see all of a class
 // takes a class that nobody implements for one that is never called.

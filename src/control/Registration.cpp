@@ -14,6 +14,7 @@ using Microsoft::WRL::ComPtr;
 namespace {
 
 constexpr UINT kScriptResource = 100;
+constexpr std::size_t kQuotedPathSize = std::size_t{2} * MAX_PATH;
 constexpr wchar_t kScriptType[] = L"REGISTRY";
 constexpr WORD kLibraryMajor = 1;
 constexpr WORD kLibraryMinor = 0;
@@ -35,10 +36,10 @@ class ComApartment {
 };
 
 // Scripts put their texts in single quotes; one inside a path is written twice.
-bool DoubleQuotes(const wchar_t* path, wchar_t (&quoted)[2 * MAX_PATH]) {
+bool DoubleQuotes(const wchar_t* path, wchar_t (&quoted)[kQuotedPathSize]) {
   std::size_t length = 0;
   for (; *path; ++path) {
-    if (length + 3 > 2 * MAX_PATH)
+    if (length + 3 > kQuotedPathSize)
       return false;
     if (*path == L'\'')
       quoted[length++] = L'\'';
@@ -51,7 +52,7 @@ bool DoubleQuotes(const wchar_t* path, wchar_t (&quoted)[2 * MAX_PATH]) {
 using ScriptAction = HRESULT (STDMETHODCALLTYPE IRegistrar::*)(const wchar_t* file, UINT id, const wchar_t* type);
 
 HRESULT RunScript(const wchar_t* modulePath, ScriptAction action) {
-  wchar_t quotedPath[2 * MAX_PATH];
+  wchar_t quotedPath[kQuotedPathSize];
   if (!DoubleQuotes(modulePath, quotedPath))
     return E_FAIL;
   ComPtr<IRegistrar> registrar;
@@ -64,10 +65,10 @@ HRESULT RunScript(const wchar_t* modulePath, ScriptAction action) {
   return hr;
 }
 
-HRESULT RegisterLibrary(const wchar_t* path) {
+HRESULT RegisterLibrary(wchar_t* path) {
   ComPtr<ITypeLib> library;
   const HRESULT hr = LoadTypeLib(path, &library);
-  return FAILED(hr) ? hr : RegisterTypeLib(library.Get(), const_cast<wchar_t*>(path), nullptr);
+  return FAILED(hr) ? hr : RegisterTypeLib(library.Get(), path, nullptr);
 }
 
 bool IsLibraryRegistered() {

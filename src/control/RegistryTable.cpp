@@ -1,5 +1,7 @@
 #include "control/RegistryTable.h"
 
+#include <shlwapi.h>
+
 #include <cstring>
 
 #include "common/Handles.h"
@@ -8,31 +10,33 @@
 
 namespace {
 
-// "{C}" in a key, and the values kClassId and kLibraryId, stand for identifiers written in braces.
-constexpr char kClassId[] = "{C}";
-constexpr char kLibraryId[] = "{L}";
+// These two stand for identifiers written in braces, kClassId as a root for the key of that name below "CLSID" as well.
+constexpr char kClassId[] = "{CLSID}";
+constexpr char kLibraryId[] = "{LIBID}";
 constexpr char kClassName[] = "Quorvane ActiveX Control";
+constexpr char kProgId[] = "Norvik.AXNorvik";
+constexpr char kVersionedProgId[] = "Norvik.AXNorvik.1";
 
 struct Row {
-  const char* key;
+  const char* root;
+  const char* subkey;     // null for the root itself
   const char* valueName;  // null for the key's default value
   const char* value;      // null or empty for a key without one
-  DWORD flag;
 };
 
 constexpr Row kRows[] = {
-    {"CLSID\\{C}", nullptr, kClassName, 1},
-    {"CLSID\\{C}\\InProcServer32", nullptr, "", 1},
-    {"CLSID\\{C}\\InProcServer32", "ThreadingModel", "Apartment", 1},
-    {"CLSID\\{C}\\ProgID", nullptr, "Norvik.AXNorvik.1", 1},
-    {"CLSID\\{C}\\Programmable", nullptr, nullptr, 1},
-    {"CLSID\\{C}\\TypeLib", nullptr, kLibraryId, 1},
-    {"CLSID\\{C}\\VersionIndependentProgID", nullptr, "Norvik.AXNorvik", 1},
-    {"Norvik.AXNorvik", nullptr, kClassName, 1},
-    {"Norvik.AXNorvik\\CLSID", nullptr, kClassId, 1},
-    {"Norvik.AXNorvik\\CurVer", nullptr, "Norvik.AXNorvik.1", 1},
-    {"Norvik.AXNorvik.1", nullptr, kClassName, 1},
-    {"Norvik.AXNorvik.1\\CLSID", nullptr, kClassId, 1},
+    {kClassId, nullptr, nullptr, kClassName},
+    {kClassId, "InProcServer32", nullptr, ""},
+    {kClassId, "InProcServer32", "ThreadingModel", "Apartment"},
+    {kClassId, "ProgID", nullptr, kVersionedProgId},
+    {kClassId, "Programmable", nullptr, nullptr},
+    {kClassId, "TypeLib", nullptr, kLibraryId},
+    {kClassId, "VersionIndependentProgID", nullptr, kProgId},
+    {kProgId, nullptr, nullptr, kClassName},
+    {kProgId, "CLSID", nullptr, kClassId},
+    {kProgId, "CurVer", nullptr, kVersionedProgId},
+    {kVersionedProgId, nullptr, nullptr, kClassName},
+    {kVersionedProgId, "CLSID", nullptr, kClassId},
 };
 constexpr int kRowCount = static_cast<int>(sizeof(kRows) / sizeof(kRows[0]));
 
@@ -52,28 +56,21 @@ void FormatIdentifier(const GUID& identifier, char (&text)[kIdentifierSize]) {
   WideCharToMultiByte(CP_ACP, 0, wide, -1, text, kIdentifierSize, nullptr, nullptr);
 }
 
-void FormatKey(const Row& row, char (&key)[kKeySize]) {
-  const char* const mark = std::strstr(row.key, kClassId);
-  if (!mark) {
-    lstrcpynA(key, row.key, kKeySize);
-    return;
-  }
-  char identifier[kIdentifierSize];
-  FormatIdentifier(CLSID_AXNorvik, identifier);
-  lstrcpynA(key, row.key, static_cast<int>(mark - row.key) + 1);
-  lstrcatA(key, identifier);
-  lstrcatA(key, mark + std::strlen(kClassId));
+// `text` itself, or the identifier that it stands for, which `buffer` then holds.
+const char* Expand(const char* text, char (&buffer)[kIdentifierSize]) {
+  if (text == kClassId)
+    FormatIdentifier(CLSID_AXNorvik, buffer);
+  else if (text == kLibraryId)
+    FormatIdentifier(LIBID_NORVIKLib, buffer);
+  else
+    return text;
+  return buffer;
 }
 
-// The text of a row's value; `identifier` holds it when it is one.
-const char* FindValue(const Row& row, char (&identifier)[kIdentifierSize]) {
-  if (row.value == kClassId)
-    FormatIdentifier(CLSID_AXNorvik, identifier);
-  else if (row.value == kLibraryId)
-    FormatIdentifier(LIBID_NORVIKLib, identifier);
-  else
-    return row.value;
-  return identifier;
+void FormatKey(const Row& row, char (&key)[kKeySize]) {
+  char identifier[kIdentifierSize];
+  wnsprintfA(key, kKeySize, "%s%s%s%s", row.root == kClassId ? "CLSID\\" : "", Expand(row.root, identifier),
+             row.subkey ? "\\" : "", row.subkey ? row.subkey : "");
 }
 
 // `isCreated` tells after a failure too whether there is a key to be taken away.
@@ -87,11 +84,11 @@ LONG WriteRow(const Row& row, bool& isCreated) {
     return error;
   const RegistryKey key(created);
   char identifier[kIdentifierSize];
-  const char* const value = FindValue(row, identifier);
+  const char* const value = Expand(row.value, identifier);
   if (!value || !*value)
     return ERROR_SUCCESS;
-  return RegSetValueExA(key.Get(), row.valueName, 0, REG_SZ, reinterpret_cast<const BYTE*>(value),
-                        static_cast<DWORD>(std::strlen(value)) + 1);
+  return RegSetValueExA(
+      key.Get(), row.valueName, 0, REG_SZ, reinterpret_cast<const BYTE*>(value), static_cast<DWORD>(std::strlen(value)) + 1);
 }
 
 // Deletes the keys of the first `count` rows, the last one first, so that every key is empty when its turn comes.
@@ -121,4 +118,6 @@ HRESULT WriteRegistryTable() {
   return S_OK;
 }
 
-HRESULT DeleteRegistryTable() { return DeleteRows(kRowCount); }
+HRESULT DeleteRegistryTable() {
+  return DeleteRows(kRowCount);
+}

@@ -47,25 +47,31 @@ HRESULT CAXNorvik::Initialize() {
   return S_OK;
 }
 
+void* CAXNorvik::FindInterface(REFIID interfaceId) {
+  if (interfaceId == __uuidof(IUnknown) || interfaceId == IID_IAXNorvik || interfaceId == __uuidof(IDispatch))
+    return static_cast<IAXNorvik*>(this);
+  if (interfaceId == __uuidof(IObjectWithSite))
+    return static_cast<IObjectWithSite*>(this);
+  if (interfaceId == IID_IObjectSafety)
+    return static_cast<IObjectSafety*>(this);
+  if (interfaceId == __uuidof(IPersistPropertyBag))
+    return static_cast<IPersistPropertyBag*>(this);
+  return nullptr;
+}
+
 STDMETHODIMP CAXNorvik::QueryInterface(REFIID interfaceId, void** object) {
   if (!object)
     return E_POINTER;
-  *object = nullptr;
-  if (interfaceId == __uuidof(IUnknown) || interfaceId == IID_IAXNorvik || interfaceId == __uuidof(IDispatch))
-    *object = static_cast<IAXNorvik*>(this);
-  else if (interfaceId == __uuidof(IObjectWithSite))
-    *object = static_cast<IObjectWithSite*>(this);
-  else if (interfaceId == IID_IObjectSafety)
-    *object = static_cast<IObjectSafety*>(this);
-  else if (interfaceId == __uuidof(IPersistPropertyBag))
-    *object = static_cast<IPersistPropertyBag*>(this);
-  else
+  *object = FindInterface(interfaceId);
+  if (!*object)
     return E_NOINTERFACE;
   AddRef();
   return S_OK;
 }
 
-STDMETHODIMP_(ULONG) CAXNorvik::AddRef() { return static_cast<ULONG>(InterlockedIncrement(&references)); }
+STDMETHODIMP_(ULONG) CAXNorvik::AddRef() {
+  return static_cast<ULONG>(InterlockedIncrement(&references));
+}
 
 STDMETHODIMP_(ULONG) CAXNorvik::Release() {
   const LONG left = InterlockedDecrement(&references);
@@ -176,7 +182,9 @@ STDMETHODIMP CAXNorvik::get_LogDebug(VARIANT_BOOL* pVal) {
   return S_OK;
 }
 
-STDMETHODIMP CAXNorvik::put_LogDebug(VARIANT_BOOL pVal) { return SetEnableLogDebug(pVal); }
+STDMETHODIMP CAXNorvik::put_LogDebug(VARIANT_BOOL pVal) {
+  return SetEnableLogDebug(pVal);
+}
 
 // IObjectWithSite
 
@@ -201,22 +209,17 @@ STDMETHODIMP CAXNorvik::GetSite(REFIID interfaceId, void** object) {
 
 // IObjectSafety
 
-bool CAXNorvik::HasInterface(REFIID interfaceId) {
-  ComPtr<IUnknown> found;
-  return SUCCEEDED(QueryInterface(interfaceId, reinterpret_cast<void**>(found.GetAddressOf())));
-}
-
 STDMETHODIMP CAXNorvik::GetInterfaceSafetyOptions(REFIID interfaceId, DWORD* supported, DWORD* enabled) {
   if (!supported || !enabled)
     return E_POINTER;
-  const bool isKnown = HasInterface(interfaceId);
+  const bool isKnown = FindInterface(interfaceId) != nullptr;
   *supported = isKnown ? kSupportedSafety : 0;
   *enabled = isKnown ? safetyOptions : 0;
   return isKnown ? S_OK : E_NOINTERFACE;
 }
 
 STDMETHODIMP CAXNorvik::SetInterfaceSafetyOptions(REFIID interfaceId, DWORD mask, DWORD enabled) {
-  if (!HasInterface(interfaceId))
+  if (!FindInterface(interfaceId))
     return E_NOINTERFACE;
   if (mask & ~kSupportedSafety)
     return E_FAIL;
@@ -233,7 +236,9 @@ STDMETHODIMP CAXNorvik::GetClassID(CLSID* classId) {
   return S_OK;
 }
 
-STDMETHODIMP CAXNorvik::InitNew() { return S_OK; }
+STDMETHODIMP CAXNorvik::InitNew() {
+  return S_OK;
+}
 
 STDMETHODIMP CAXNorvik::Load(IPropertyBag* bag, IErrorLog* errors) {
   if (!executer)

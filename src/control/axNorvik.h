@@ -1,14 +1,14 @@
 #pragma once
 
-#include <memory>
-
-#include "common/Text.h"
 #include "common/Windows.h"
 
 #include <objsafe.h>
 #include <ocidl.h>
 #include <wrl/client.h>
 
+#include <memory>
+
+#include "common/Text.h"
 #include "control/Module.h"
 #include "control/norvik_h.h"
 #include "engine/Execute.h"
@@ -40,9 +40,9 @@ class CAXNorvik : public IAXNorvik, public IObjectWithSite, public IObjectSafety
   // The run's result (S_FALSE: a command failed) or, once there was something to navigate to, the navigation's.
   STDMETHODIMP Execute(BSTR bstrManifestURL) override;
 
-  // Runs the manifest and hands the URL that it yields to the caller, who owns the string; `*pbstrNavigateURL` is overwritten
-  // only when there is one. S_OK; S_FALSE when a command failed; E_INVALIDARG without a manifest URL; E_UNEXPECTED without
-  // an engine; else why the manifest could not be run.
+  // Runs the manifest and hands the URL that it yields to the caller, who owns the string; `*pbstrNavigateURL` is
+  // overwritten only when there is one. S_OK; S_FALSE when a command failed; E_INVALIDARG without a manifest URL;
+  // E_UNEXPECTED without an engine; else why the manifest could not be run.
   STDMETHODIMP ExecuteNavigate(BSTR bstrManifestURL, BSTR* pbstrNavigateURL) override;
   STDMETHODIMP SetEnableLogDebug(VARIANT_BOOL bEnabled) override;
   STDMETHODIMP get_ManifestURL(BSTR* pVal) override;
@@ -72,7 +72,8 @@ class CAXNorvik : public IAXNorvik, public IObjectWithSite, public IObjectSafety
   HRESULT LoadProperties(IPropertyBag* bag, IErrorLog* errors);
   HRESULT RunPageManifest();
   HRESULT LoadTypeInfo();
-  bool HasInterface(REFIID interfaceId);
+  // The interface without a reference; null when the control does not have it.
+  void* FindInterface(REFIID interfaceId);
 
   ModuleReference module;
   LONG references = 0;

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "common/ListItem.h"
 #include "common/Windows.h"
+
+#include "common/ListItem.h"
 #include "permissions/Permissions.h"
 
 // A command of a manifest. Commands are kept in one chain and run in its order.
@@ -13,9 +14,8 @@ class CCommand : public CListItem {
   // True for "CCommand", whatever the command.
   bool IsKindOf(const char* name) const override;
 
-  // Carries the command out. `context` is the number that the executer was made with. `navigateURL` (may be null) is an empty
-  // place for the URL that a browser is to go to; only a command that opens its file in a browser fills it, and the string
-  // belongs to the caller.
-  // S_OK when it was carried out, S_FALSE when there was nothing to do, else the failure.
+  // Carries the command out. `context` is the number that the executer was made with. `navigateURL` (may be null) is an
+  // empty place for the URL that a browser is to go to; only a command that opens its file in a browser fills it, and the
+  // string belongs to the caller. S_OK when it was carried out, S_FALSE when there was nothing to do, else the failure.
   [[nodiscard]] virtual HRESULT Execute(DWORD context, const CPermissions* permissions, BSTR* navigateURL) = 0;
 };

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "common/ListItem.h"
 #include "common/Windows.h"
+
+#include "common/ListItem.h"
 #include "engine/Command.h"
 #include "xml/XMLUtilities.h"
 

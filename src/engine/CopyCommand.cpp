@@ -27,7 +27,9 @@ CCopyCommand::CCopyCommand(IXMLDOMNode* node, HRESULT* result) {
     *result = readingCode;
 }
 
-void CCopyCommand::Dump() const { LogText("CopyCommand"); }
+void CCopyCommand::Dump() const {
+  LogText("CopyCommand");
+}
 
 FolderKind CCopyCommand::GetDestinationKind() const {
   return destination ? destination->GetKind() : FolderKind::InternetCache;
@@ -102,5 +104,6 @@ const char* CCopyCommand::GetCheckedExtension() const {
 }
 
 HRESULT CCopyCommand::Fetch(const char* destinationFile) const {
-  return FetchURL(source->GetLocation(), destinationFile, fileAttributes, time.AsFileTime(), transferFlags, notFoundText.get());
+  return FetchURL(
+      source->GetLocation(), destinationFile, fileAttributes, time.AsFileTime(), transferFlags, notFoundText.get());
 }

@@ -177,7 +177,8 @@ void CCopyCommand::ReadFileTime(IXMLDOMNode* node) {
 void CCopyCommand::ReadExpireTime(IXMLDOMNode* node) {
   const bool isCookie = GetDestinationKind() == FolderKind::Cookie;
   OwnedText text;
-  if (SUCCEEDED(GetNodeText(node, isCookie ? L"Destination/Cookie/ExpireTime" : L"Destination/InternetCache/ExpireTime", text)))
+  if (SUCCEEDED(
+          GetNodeText(node, isCookie ? L"Destination/Cookie/ExpireTime" : L"Destination/InternetCache/ExpireTime", text)))
     time.SetText(text.get());
 }
 

@@ -39,8 +39,8 @@ HRESULT CExecuter::ReadPermissions() {
     return FailedW(HERE, E_OUTOFMEMORY, L"Failed to create permissions from '%s'.", kPermitFileName);
   if (FAILED(hr)) {
     permissions.reset();
-    return FailedW(HERE, hr, L"An error occured while reading permissions from '%s'.  Destroying permissions.",
-                   kPermitFileName);
+    return FailedW(
+        HERE, hr, L"An error occured while reading permissions from '%s'.  Destroying permissions.", kPermitFileName);
   }
   return hr;
 }

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "common/Windows.h"
+
 #include <memory>
 
-#include "common/Windows.h"
 #include "permissions/Permissions.h"
 
-// The engine's entry: reads the permission file once, when it is made, and then runs manifests under it. One executer lives as
-// long as its control, on the control's thread, and holds COM initialised there.
+// The engine's entry: reads the permission file once, when it is made, and then runs manifests under it. One executer lives
+// as long as its control, on the control's thread, and holds COM initialised there.
 class CExecuter {
  public:
   // `executerContext` is handed to every command and never looked at. `result` (may be null): S_OK, or the failure of the
@@ -16,8 +17,8 @@ class CExecuter {
   CExecuter(const CExecuter&) = delete;
   CExecuter& operator=(const CExecuter&) = delete;
 
-  // Runs the manifest of that URL: all its commands, whether or not those before them failed. The log is switched to the file
-  // named after the manifest. `navigateURL` (may be null) is an empty place for the URL that a browser is to go to; the
+  // Runs the manifest of that URL: all its commands, whether or not those before them failed. The log is switched to the
+  // file named after the manifest. `navigateURL` (may be null) is an empty place for the URL that a browser is to go to; the
   // string belongs to the caller.
   // S_OK; S_FALSE when a command failed; E_UNEXPECTED without permissions; else why the manifest could not be run.
   [[nodiscard]] HRESULT Run(const wchar_t* manifestURL, BSTR* navigateURL);

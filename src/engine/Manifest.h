@@ -1,14 +1,15 @@
 #pragma once
 
+#include "common/Windows.h"
+
+#include <wrl/client.h>
+
 #include <memory>
 
 #include "common/ListItem.h"
-#include "common/Windows.h"
 #include "permissions/Permissions.h"
 #include "transfer/SourceURL.h"
 #include "xml/XMLUtilities.h"
-
-#include <wrl/client.h>
 
 // One manifest on its way from a URL to a chain of commands: every `Copy` in document order, then the `Open`.
 class CManifest {

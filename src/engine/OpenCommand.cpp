@@ -35,7 +35,9 @@ COpenCommand::COpenCommand(IXMLDOMNode* node, HRESULT* result) : CCopyCommand(no
     *result = hr;
 }
 
-void COpenCommand::Dump() const { LogText("OpenCommand"); }
+void COpenCommand::Dump() const {
+  LogText("OpenCommand");
+}
 
 HRESULT COpenCommand::ReadBrowser(IXMLDOMNode* node) {
   BString value;

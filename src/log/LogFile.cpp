@@ -172,9 +172,9 @@ void WriteTrace(const char* level, int line, const char* sourceFile, HRESULT hr,
 }  // namespace
 
 // The nine calls differ in level, code and width only; each has to start its own argument list.
-#define WRITE_LINE(writer, level, hr, format) \
-  va_list arguments;                          \
-  va_start(arguments, format);                \
+#define WRITE_LINE(writer, level, hr, format)       \
+  va_list arguments;                                \
+  va_start(arguments, format);                      \
   writer(level, line, file, hr, format, arguments); \
   va_end(arguments)
 
@@ -246,6 +246,10 @@ void SetLogFileName(const wchar_t* name) {
   SetLastError(error);
 }
 
-void SetDebugLogging(LONG value) { debugLogging = value; }
+void SetDebugLogging(LONG value) {
+  debugLogging = value;
+}
 
-LONG GetDebugLogging() { return debugLogging; }
+LONG GetDebugLogging() {
+  return debugLogging;
+}

@@ -16,7 +16,8 @@ struct KindName {
   FolderKind kind;
 };
 
-// The order of the list, whatever the order of the document. A valid file has no Cookie element; it is asked for all the same.
+// The order of the list, whatever the order of the document. A valid file has no Cookie element; it is asked for all the
+// same.
 constexpr KindName kKindNames[] = {
     {L"Personal", FolderKind::Personal},
     {L"Documents", FolderKind::Documents},

@@ -1,13 +1,14 @@
 #pragma once
 
+#include "common/Windows.h"
+
+#include <wrl/client.h>
+
 #include <memory>
 
 #include "common/ListItem.h"
 #include "common/Text.h"
-#include "common/Windows.h"
 #include "xml/XMLUtilities.h"
-
-#include <wrl/client.h>
 
 // What the lists of permitted URLs, extensions and folders have in common: how they are read, searched and shown. The log
 // lines name the source file of the list's owner.

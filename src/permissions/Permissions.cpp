@@ -63,7 +63,8 @@ HRESULT CPermissions::ReadPermitFile(const CSourceURL* permitURL, IXMLDOMDocumen
     return Traced(HERE, hr);
 
   const char* const location = permitURL->GetLocation();
-  hr = FetchURL(location, localFile.get(), FILE_ATTRIBUTE_NORMAL, nullptr, kTransferXMLDocument | kTransferPermitFile, nullptr);
+  hr = FetchURL(
+      location, localFile.get(), FILE_ATTRIBUTE_NORMAL, nullptr, kTransferXMLDocument | kTransferPermitFile, nullptr);
   if (FAILED(hr))
     return Failed(HERE, hr, "Failed to copy '%s' to '%s'.", location, localFile.get());
   hr = cache->CommitToCache(permitURL, localFile.get());
@@ -146,6 +147,10 @@ HRESULT CPermissions::IsDestinationPermitted(const CDestinationFolder* folder) c
   return hr;
 }
 
-HRESULT CPermissions::CheckSignature(const char* /*localFile*/) const { return S_OK; }
+HRESULT CPermissions::CheckSignature(const char* /*localFile*/) const {
+  return S_OK;
+}
 
-HRESULT CPermissions::CheckWrittenFile(const char* /*localFile*/) const { return S_OK; }
+HRESULT CPermissions::CheckWrittenFile(const char* /*localFile*/) const {
+  return S_OK;
+}

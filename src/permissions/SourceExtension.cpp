@@ -46,4 +46,6 @@ bool CSourceExtension::IsKindOf(const char* name) const {
   return name && !std::strcmp(name, kClassName);
 }
 
-void CSourceExtension::Dump() const { LogText(extension.get()); }
+void CSourceExtension::Dump() const {
+  LogText(extension.get());
+}

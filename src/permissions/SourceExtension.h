@@ -1,8 +1,9 @@
 #pragma once
 
+#include "common/Windows.h"
+
 #include "common/ListItem.h"
 #include "common/Text.h"
-#include "common/Windows.h"
 
 // One file extension, exactly as it was given: not trimmed, no dot removed, no case folded. In the chain of permitted
 // extensions, Compare tells whether another is equal to this one as a whole, without regard to case.

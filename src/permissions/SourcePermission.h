@@ -1,8 +1,9 @@
 #pragma once
 
+#include "common/Windows.h"
+
 #include <memory>
 
-#include "common/Windows.h"
 #include "permissions/SourceExtension.h"
 #include "transfer/SourceURL.h"
 #include "xml/XMLUtilities.h"

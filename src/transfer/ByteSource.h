@@ -7,7 +7,7 @@ class ByteSource {
  public:
   virtual ~ByteSource() = default;
 
-  // Reads up to `size` bytes; `count` is 0 at the end of the data. False after a failure, with the reason in the thread's last
-  // error.
+  // Reads up to `size` bytes; `count` is 0 at the end of the data. False after a failure, with the reason in the thread's
+  // last error.
   virtual bool Read(void* buffer, DWORD size, DWORD& count) = 0;
 };

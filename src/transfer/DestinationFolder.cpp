@@ -74,7 +74,9 @@ bool CDestinationFolder::IsKindOf(const char* name) const {
   return name && !std::strcmp(name, kClassName);
 }
 
-void CDestinationFolder::Dump() const { LogText(path.get()); }
+void CDestinationFolder::Dump() const {
+  LogText(path.get());
+}
 
 int CDestinationFolder::Compare(const CListItem* other) const {
   const bool isFolder = other && other->IsKindOf(kClassName);

@@ -1,14 +1,15 @@
 #pragma once
 
+#include "common/Windows.h"
+
 #include "common/ListItem.h"
 #include "common/Text.h"
-#include "common/Windows.h"
 #include "transfer/FileUtilities.h"
 #include "transfer/SourceURL.h"
 
 // Where a file goes: a folder on disk, resolved when the object is made, or one of the two stores that the system keeps
-// itself, the cookie store and the Internet cache. In the chain of permitted destinations, Compare tells whether this path is
-// a prefix of another's; the kinds are not compared.
+// itself, the cookie store and the Internet cache. In the chain of permitted destinations, Compare tells whether this path
+// is a prefix of another's; the kinds are not compared.
 class CDestinationFolder : public CListItem {
  public:
   // `result` (may be null) is the code of the resolution (FileUtilities.h), or E_OUTOFMEMORY. After a failure the object is
@@ -35,14 +36,14 @@ class CDestinationFolder : public CListItem {
   // Creates the folder and all above it; nothing for the two stores.
   [[nodiscard]] HRESULT CreateFolder() const;
 
-  // The full name under which a file from `source` is to be stored: in a folder, the source's own file name (the folder itself
-  // when it has none); in the Internet cache, a new file of the cache's choosing; as a cookie, the source's URL.
-  // S_OK, E_UNEXPECTED, E_INVALIDARG, E_OUTOFMEMORY or the cache's code; `fileName` is null after a failure, and when the name
-  // that the cache chose could not be copied (S_OK).
+  // The full name under which a file from `source` is to be stored: in a folder, the source's own file name (the folder
+  // itself when it has none); in the Internet cache, a new file of the cache's choosing; as a cookie, the source's URL.
+  // S_OK, E_UNEXPECTED, E_INVALIDARG, E_OUTOFMEMORY or the cache's code; `fileName` is null after a failure, and when the
+  // name that the cache chose could not be copied (S_OK).
   [[nodiscard]] HRESULT GetDestinationFile(const CSourceURL* source, OwnedText* fileName) const;
 
-  // Registers `localFile` in the Internet cache for `source`, to expire after one hour. S_OK without doing anything unless the
-  // kind is InternetCache; E_UNEXPECTED, E_INVALIDARG or the cache's code.
+  // Registers `localFile` in the Internet cache for `source`, to expire after one hour. S_OK without doing anything unless
+  // the kind is InternetCache; E_UNEXPECTED, E_INVALIDARG or the cache's code.
   [[nodiscard]] HRESULT CommitToCache(const CSourceURL* source, const char* localFile) const;
 
  private:

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "common/Windows.h"
+
 #include "common/Handles.h"
 #include "common/Text.h"
-#include "common/Windows.h"
 
 // What a transfer writes to: a file, or a cookie that is set when the writer is closed. Operations answer false after a
 // failure and leave the reason in the thread's last error.

@@ -46,6 +46,10 @@ void FreeSystemLines() {
   permitLine.Close();
 }
 
-const char* GetManifestSystemLine() { return manifestLine.Get(); }
+const char* GetManifestSystemLine() {
+  return manifestLine.Get();
+}
 
-const char* GetPermitSystemLine() { return permitLine.Get(); }
+const char* GetPermitSystemLine() {
+  return permitLine.Get();
+}

@@ -2,8 +2,8 @@
 
 #include "common/Windows.h"
 
-// The document types that the module carries. A document that comes from outside is validated against these and never against
-// what it declares itself.
+// The document types that the module carries. A document that comes from outside is validated against these and never
+// against what it declares itself.
 
 // The whole document type declarations, to be written in place of a document's own; line feeds between their lines and one
 // behind the last.

@@ -11,7 +11,9 @@ constexpr char kSourceFile[] = "FileUtilities";
 
 }  // namespace
 
-HRESULT CreatePath(const char* path) { return CreateFolderTree(path); }
+HRESULT CreatePath(const char* path) {
+  return CreateFolderTree(path);
+}
 
 HRESULT GetFileWriteTime(const char* path, FILETIME& time) {
   time = {};

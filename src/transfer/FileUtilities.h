@@ -1,7 +1,8 @@
 #pragma once
 
-#include "common/Text.h"
 #include "common/Windows.h"
+
+#include "common/Text.h"
 
 // Folders and file times. Their log lines, and those of the transfer, name the source file FileUtilities.
 
@@ -26,8 +27,8 @@ enum class FolderKind : LONG {
 // Resolves a kind and the text of its element to a folder without a trailing backslash (a drive's root keeps its own).
 // The text is the folder itself for Path (the module's folder when empty), a subfolder for Temp, VantorUser, Personal,
 // Documents, LocalVantorData, CommonVantorData and VantorData, and not used for the others.
-// S_OK; S_FALSE when neither the special folder nor the temporary folder could be had and "C:\" stands in; E_INVALIDARG for a
-// kind that is none; E_OUTOFMEMORY when the path does not fit into 260 characters; else the system's code. `path` is null
+// S_OK; S_FALSE when neither the special folder nor the temporary folder could be had and "C:\" stands in; E_INVALIDARG for
+// a kind that is none; E_OUTOFMEMORY when the path does not fit into 260 characters; else the system's code. `path` is null
 // after a failure.
 [[nodiscard]] HRESULT ResolveFolder(FolderKind kind, const char* text, OwnedText& path);
 

@@ -39,7 +39,9 @@ bool CSourceURL::IsKindOf(const char* name) const {
   return name && !std::strcmp(name, kClassName);
 }
 
-void CSourceURL::Dump() const { LogText(correctedURL.get()); }
+void CSourceURL::Dump() const {
+  LogText(correctedURL.get());
+}
 
 const char* CSourceURL::GetExtension() const {
   return fileName ? BehindLastDot(fileName.get()) : "";

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "common/Windows.h"
+
 #include "common/ListItem.h"
 #include "common/Text.h"
-#include "common/Windows.h"
 
 // What a URL was made for. The class keeps it and never looks at it.
 enum class SourceRole : DWORD { PermittedEntry = 0, Command = 1, Manifest = 2 };

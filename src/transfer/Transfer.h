@@ -20,8 +20,8 @@ constexpr HRESULT kNotFoundResult = static_cast<HRESULT>(0x80070002);
 //
 // S_OK; E_INVALIDARG for an empty or missing name; the system's error as a result code; kNotFoundResult; E_FAIL for an XML
 // document with a head that is none. Whatever the failure, no file is left at the destination once it was created.
-[[nodiscard]] HRESULT FetchURL(const char* source, const char* destination, DWORD attributes, const FILETIME* time, DWORD flags,
-                               const char* notFoundText);
+[[nodiscard]] HRESULT FetchURL(const char* source, const char* destination, DWORD attributes, const FILETIME* time,
+                               DWORD flags, const char* notFoundText);
 
 // The two ways of FetchURL.
 [[nodiscard]] HRESULT DownloadURL(const char* source, const char* destination, DWORD attributes, const FILETIME* time,

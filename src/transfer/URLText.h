@@ -1,14 +1,15 @@
 #pragma once
 
-#include "common/Text.h"
 #include "common/Windows.h"
+
+#include "common/Text.h"
 
 // URLs as text. A URL is web when it begins with "http:" or "https:" in any case; every other one names a local file.
 bool IsWebURL(const char* url);
 
 // The corrected form of a URL, a path or a bare file name; null when out of memory. A web URL gets its scheme in lower case,
-// everything else becomes "file://" and a path, where a bare name lies in the module's folder. A text that begins with "file:"
-// loses its first seven characters, whatever they are. Nothing else is changed: no escaping, no turning of slashes.
+// everything else becomes "file://" and a path, where a bare name lies in the module's folder. A text that begins with
+// "file:" loses its first seven characters, whatever they are. Nothing else is changed: no escaping, no turning of slashes.
 OwnedText CorrectURL(const char* url);
 
 // Splits a corrected URL, or a full file name, at its last separator (`\`, `/` or `:`). `folder` is the text before it, less

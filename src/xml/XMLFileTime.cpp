@@ -39,8 +39,8 @@ WORD Field(int number) {
 }
 
 // Adds an offset to a file time half by half, without a carry between the halves; `negate` turns the sign of each half by
-// itself first. The result is 2^32 units off whenever there would have been a carry; manifests in use count on the times that
-// come out, so it stays.
+// itself first. The result is 2^32 units off whenever there would have been a carry; manifests in use count on the times
+// that come out, so it stays.
 void AddHalves(FILETIME& time, LONGLONG offset, bool negate) {
   DWORD low = static_cast<DWORD>(offset);
   DWORD high = static_cast<DWORD>(offset >> 32);

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "common/Text.h"
 #include "common/Windows.h"
 
-// A moment in time, in UTC, as manifests write it: a date, optionally followed by the letter T and a time of day that ends in
-// a zone designator, in the manner of ISO 8601 (2002-06-25, 2002-06-25T15:45:00-08:00, 20020625T154500-0800, ...Z).
+#include "common/Text.h"
+
+// A moment in time, in UTC, as manifests write it: a date, optionally followed by the letter T and a time of day that ends
+// in a zone designator, in the manner of ISO 8601 (2002-06-25, 2002-06-25T15:45:00-08:00, 20020625T154500-0800, ...Z).
 // Problems of a text are logged and never returned: the value keeps what was read before them, and is empty (file time zero)
 // when no valid moment came out.
 class CXMLFileTime {

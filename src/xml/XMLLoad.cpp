@@ -31,7 +31,8 @@ ParseError ReadParseError(IXMLDOMParseError* error) {
   if (!error)
     return read;
   BString reason;
-  if (SUCCEEDED(error->get_reason(reason.Receive())) && SysStringLen(reason.Get()) * 2 + 1 < kReasonBytes && !reason.IsEmpty()) {
+  if (SUCCEEDED(error->get_reason(reason.Receive())) && SysStringLen(reason.Get()) * 2 + 1 < kReasonBytes &&
+      !reason.IsEmpty()) {
     if (WideCharToMultiByte(CP_ACP, 0, reason.Get(), -1, read.reason, kReasonBytes, nullptr, nullptr) <= 0)
       read.reason[0] = '\0';
   }
@@ -155,8 +156,8 @@ HRESULT CreateXMLDocument(IXMLDOMDocument2** document) {
   if (!document)
     return Traced(HERE, E_INVALIDARG);
   *document = nullptr;
-  const HRESULT hr = CoCreateInstance(kDocumentClass, nullptr, CLSCTX_INPROC_SERVER, kDocumentInterface,
-                                      reinterpret_cast<void**>(document));
+  const HRESULT hr = CoCreateInstance(
+      kDocumentClass, nullptr, CLSCTX_INPROC_SERVER, kDocumentInterface, reinterpret_cast<void**>(document));
   if (FAILED(hr))
     return Failed(HERE, hr, "Loading the Microsoft XML Parser Library failed.");
   return hr;

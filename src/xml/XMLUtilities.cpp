@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "common/Handles.h"
+#include "common/Variant.h"
 #include "log/LogFile.h"
 
 using Microsoft::WRL::ComPtr;
@@ -22,13 +22,6 @@ HRESULT GetDocumentElement(IXMLDOMDocument2* document, ComPtr<IXMLDOMElement>& e
   return S_OK;
 }
 
-// Clears what a variant holds at the end of its scope.
-struct VariantTraits {
-  using Handle = VARIANT*;
-  static Handle Invalid() { return nullptr; }
-  static void Close(Handle variant) { VariantClear(variant); }
-};
-
 // Not every parser lists an attribute that has its value only from the document type; asked for it by name, the element
 // knows it all the same. A parser that lists it never gets here.
 HRESULT GetDefaultedAttribute(IXMLDOMNode* node, const wchar_t* name, BString& text) {
@@ -38,13 +31,11 @@ HRESULT GetDefaultedAttribute(IXMLDOMNode* node, const wchar_t* name, BString& t
   const BString attributeName(SysAllocString(name));
   if (!attributeName)
     return Traced(HERE, E_OUTOFMEMORY);
-  VARIANT value;
-  VariantInit(&value);
-  const UniqueHandle<VariantTraits> owner(&value);
-  const HRESULT hr = element->getAttribute(attributeName.Get(), &value);
-  if (hr != S_OK || value.vt != VT_BSTR || !value.bstrVal)
+  Variant value;
+  const HRESULT hr = element->getAttribute(attributeName.Get(), &value.Get());
+  if (hr != S_OK || value.Get().vt != VT_BSTR || !value.Get().bstrVal)
     return E_FAIL;
-  text = BString(std::exchange(value.bstrVal, nullptr));
+  text = value.TakeString();
   return S_OK;
 }
 

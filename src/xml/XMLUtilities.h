@@ -1,9 +1,10 @@
 #pragma once
 
-#include "common/Text.h"
 #include "common/Windows.h"
 
 #include <msxml2.h>
+
+#include "common/Text.h"
 
 // Access to the platform's XML parser. Every operation logs its failures and returns a result code; out-parameters are
 // cleared first and filled only on success. Interface pointers that are handed out belong to the caller.
@@ -15,15 +16,15 @@
 // failed.".
 [[nodiscard]] HRESULT CreateXMLDocument(IXMLDOMDocument2** document);
 
-// Loads and parses a document synchronously. With `fromFile` (any value but 0) `name` is a path or URL in the ANSI code page,
-// and the document is validated against its document type; else `name` is the document itself, which is only parsed.
+// Loads and parses a document synchronously. With `fromFile` (any value but 0) `name` is a path or URL in the ANSI code
+// page, and the document is validated against its document type; else `name` is the document itself, which is only parsed.
 // S_OK; E_INVALIDARG without a name or document; E_OUTOFMEMORY; the load's own failure; E_FAIL for a document that does not
 // parse or is not valid, which is logged with the parser's line and reason.
 [[nodiscard]] HRESULT LoadXMLDocument(const char* name, IXMLDOMDocument2* document, LONG fromFile);
 
 // Writes the document to a file. `pretty` (any value but 0) writes UTF-8 without a byte-order mark and with a line end
-// between elements that follow each other directly. E_INVALIDARG without a document or name, else S_OK: a file that cannot be
-// written shows in the log only.
+// between elements that follow each other directly. E_INVALIDARG without a document or name, else S_OK: a file that cannot
+// be written shows in the log only.
 HRESULT SaveXMLDocument(IXMLDOMDocument2* document, const char* fileName, LONG pretty);
 
 // The first node below `node` that matches `pattern`. `found` may be null to ask only whether there is one.
