@@ -110,7 +110,11 @@ TEST(XMLFileTimeTest, ARefusedConversionIsLoggedWithTheSystemsCode) {
   const LogCapture log;
   CXMLFileTime time;
   {
-    PATCH_IMPORT(refuses, SystemTimeToFileTime, FailWith(FALSE, ERROR_ARITHMETIC_OVERFLOW));
+    PATCH_IMPORT(refuses, SystemTimeToFileTime, [](auto, const SYSTEMTIME*, FILETIME* out) {
+      *out = Ticks(1);
+      SetLastError(ERROR_ARITHMETIC_OVERFLOW);
+      return FALSE;
+    });
     time.SetText("2002-06-25%s");
   }
   EXPECT_EQ("empty", Show(time));
