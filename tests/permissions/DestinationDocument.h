@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/Windows.h"
+
 #include <shlobj.h>
 
 #include <string>

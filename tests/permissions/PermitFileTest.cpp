@@ -1,5 +1,7 @@
 #include "support/PermitFile.h"
 
+#include "common/Windows.h"
+
 #include <gtest/gtest.h>
 #include <wininet.h>
 

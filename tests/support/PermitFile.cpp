@@ -1,5 +1,7 @@
 #include "support/PermitFile.h"
 
+#include "common/Windows.h"
+
 #include <wininet.h>
 
 #include "common/ModulePath.h"
@@ -68,7 +70,9 @@ std::string PermitFile::Body() const {
   return "<VantorPermissions version=\"1.0\">\r\n" + Source() + Destination() + "</VantorPermissions>\r\n";
 }
 
-std::string PermitFile::Content() const { return kHead + Body(); }
+std::string PermitFile::Content() const {
+  return kHead + Body();
+}
 
 void PermitFile::Write(const std::string& bytes) const {
   WriteWholeFile(Path(), bytes);

@@ -7,8 +7,8 @@
 #include "support/Files.h"
 #include "support/HResult.h"
 
-// A permission file "permit.xml" in a temporary folder of its own, which counts as the module's folder for the lifetime of the
-// object. Entries are written as they are given, trailing separators included:
+// A permission file "permit.xml" in a temporary folder of its own, which counts as the module's folder for the lifetime of
+// the object. Entries are written as they are given, trailing separators included:
 //
 //   PermitFile permit;
 //   permit.URL("http://host/apps/").Extension("exe").Folder("Temp").Folder("Path", "C:\\Apps");
