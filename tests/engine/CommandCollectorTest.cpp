@@ -228,7 +228,7 @@ TEST_P(CommandCollectorTest, ACommandThatCannotBeAllocatedEndsTheChain) {
   const auto document = ParseXml("<m>" + GoodElement("http://h/1.txt") + GoodElement("http://h/2.txt") + "</m>");
   const LogCapture log(false);
   HRESULT hr = S_OK;
-  HeapFailure failure = HeapFailure::OfSize(GetParam().commandSize, 2);
+  HeapFailure failure = HeapFailure::OneOfSize(GetParam().commandSize, 2);
   failure.Run([&] { hr = GetParam().collect(document.Get(), &chain); });
   EXPECT_EQ(1, failure.Failures());
   EXPECT_HRESULT(GetParam().ResultOf(E_OUTOFMEMORY), hr);

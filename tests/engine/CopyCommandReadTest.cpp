@@ -1,7 +1,6 @@
 // How a `Copy` element is read.
 
 #include <gtest/gtest.h>
-#include <shlobj.h>
 
 #include "engine/CopyCommand.h"
 #include "engine/EngineFixture.h"
@@ -10,6 +9,8 @@
 #include "support/HResult.h"
 #include "support/LogCapture.h"
 #include "transfer/Transfer.h"
+
+#include <shlobj.h>
 
 namespace {
 

@@ -5,6 +5,8 @@
 #include "support/HResult.h"
 #include "support/LogCapture.h"
 
+#include <wininet.h>
+
 std::string CopyElement(const std::string& source, const std::string& destination, const std::string& rest) {
   return "<Copy><Source>" + source + "</Source><Destination>" + destination + "</Destination>" + rest + "</Copy>";
 }
@@ -21,7 +23,7 @@ std::string ManifestText(const std::string& commands) {
 
 CopyFixture::CopyFixture() {
   permit.URL(source.Path() + "\\").URL("http://server/d/").Extension("txt").Extension("exe").Extension("htm");
-  permit.Folder("InternetCache").Folder("Path", destination.Path()).Folder("Temp");
+  permit.Folder("InternetCache").Folder("Path", destination.Path());
   permissions = permit.Read();
 }
 
@@ -33,6 +35,20 @@ std::string CopyFixture::WriteSource(const std::string& name, const std::string&
 std::string CopyFixture::WriteDestination(const std::string& name, const std::string& content) const {
   WriteWholeFile(Destination(name), content);
   return Destination(name);
+}
+
+std::string CachedFile(const std::string& url) {
+  alignas(INTERNET_CACHE_ENTRY_INFOA) char buffer[4096];
+  DWORD size = sizeof(buffer);
+  auto* const entry = reinterpret_cast<INTERNET_CACHE_ENTRY_INFOA*>(buffer);
+  return GetUrlCacheEntryInfoA(url.c_str(), entry, &size) ? entry->lpszLocalFileName : "";
+}
+
+std::vector<std::string> FirstLines(const LogCapture& log) {
+  std::vector<std::string> lines;
+  for (const std::string& message : log.Messages())
+    lines.push_back(message.substr(0, message.find("\r\n")));
+  return lines;
 }
 
 std::vector<std::string> DumpChain(const CListItem* chain) {

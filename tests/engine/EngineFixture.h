@@ -7,6 +7,7 @@
 #include "common/ListItem.h"
 #include "permissions/Permissions.h"
 #include "support/Files.h"
+#include "support/LogCapture.h"
 #include "support/PermitFile.h"
 #include "support/XmlDocuments.h"
 
@@ -21,8 +22,8 @@ std::string OpenElement(const std::string& attributes, const std::string& source
 // A manifest as it stands on a server: with a declaration and a document type of its own.
 std::string ManifestText(const std::string& commands);
 
-// A source folder and a destination folder, both permitted together with the extensions txt, exe and htm, the Temp folder and
-// the Internet cache.
+// A source folder and a destination folder, both permitted together with the extensions txt, exe and htm and the
+// Internet cache.
 class CopyFixture {
  public:
   CopyFixture();
@@ -41,7 +42,13 @@ class CopyFixture {
   std::unique_ptr<CPermissions> permissions;
 };
 
-// What the chain's items write into the log, one text each.
+// The file that the Internet cache holds for a URL; empty when it holds none.
+std::string CachedFile(const std::string& url);
+
+// The first line of each of the log's messages: refusals list below theirs what would be permitted.
+std::vector<std::string> FirstLines(const LogCapture& log);
+
+// What the chain's items write into the log, one text each. Not for use beside another LogCapture.
 std::vector<std::string> DumpChain(const CListItem* chain);
 
 FILETIME FileTimeOf(WORD year, WORD month, WORD day, WORD hour = 0, WORD minute = 0, WORD second = 0);

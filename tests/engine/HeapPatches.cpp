@@ -22,15 +22,17 @@ HeapBalance::HeapBalance()
   outstanding = 0;
 }
 
-HeapFailure HeapFailure::OfSize(std::size_t bytes, int first) { return HeapFailure(bytes, first, false); }
+HeapFailure HeapFailure::OfSize(std::size_t bytes) { return HeapFailure(bytes, 0); }
 
-HeapFailure HeapFailure::OfNumber(int number) { return HeapFailure(0, number, true); }
+HeapFailure HeapFailure::OneOfSize(std::size_t bytes, int number) { return HeapFailure(bytes, number); }
+
+HeapFailure HeapFailure::OfNumber(int number) { return HeapFailure(0, number); }
 
 bool HeapFailure::Fails(std::size_t size) {
   if (bytes != 0 && size != bytes)
     return false;
   ++seen;
-  return single ? seen == first : seen >= first;
+  return number == 0 || seen == number;
 }
 
 void HeapFailure::Run(const std::function<void()>& code) {

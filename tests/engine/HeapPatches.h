@@ -20,11 +20,14 @@ class HeapBalance {
   ImportedFunction<struct HeapFreeImport, decltype(&::HeapFree)> frees;
 };
 
-// Lets allocations fail while `Run` runs: those of one size, or one by its number.
+// Lets allocations fail while `Run` runs: those of one size, or a single one.
 class HeapFailure {
  public:
-  // The allocations of `bytes` bytes, from the `first` of them (counted from 1) on.
-  static HeapFailure OfSize(std::size_t bytes, int first = 1);
+  // All allocations of `bytes` bytes.
+  static HeapFailure OfSize(std::size_t bytes);
+
+  // The one of them with that number, counted from 1.
+  static HeapFailure OneOfSize(std::size_t bytes, int number);
 
   // The allocation of that number, counted from 1.
   static HeapFailure OfNumber(int number);
@@ -36,13 +39,11 @@ class HeapFailure {
   int Failures() const { return failures; }
 
  private:
-  HeapFailure(std::size_t failingBytes, int firstNumber, bool isSingle)
-      : bytes(failingBytes), first(firstNumber), single(isSingle) {}
+  HeapFailure(std::size_t failingBytes, int failingNumber) : bytes(failingBytes), number(failingNumber) {}
   bool Fails(std::size_t size);
 
   std::size_t bytes;  // 0 for any
-  int first;
-  bool single;
+  int number;         // 0 for all
   int seen = 0;
   int failures = 0;
 };

@@ -1,0 +1,222 @@
+// `Copy` commands whose destination is a store that the system keeps itself: the Internet cache and the cookie store.
+
+#include <gtest/gtest.h>
+
+#include "engine/CopyCommand.h"
+#include "engine/EngineFixture.h"
+#include "engine/HeapPatches.h"
+#include "support/HResult.h"
+#include "support/LogCapture.h"
+
+#include <shlobj.h>
+#include <wininet.h>
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+std::string Text(const char* text) { return text ? text : "(null)"; }
+
+class CopyCommandCacheTest : public testing::Test {
+ protected:
+  CopyCommandCacheTest() : source(fixture.WriteSource("a.txt", "new")) { Read("<InternetCache/>"); }
+  ~CopyCommandCacheTest() override { DeleteUrlCacheEntryA(source.c_str()); }
+
+  void Read(const std::string& destination) {
+    command = std::make_unique<CCopyCommand>(ParseElement(CopyElement(source, destination)).Get(), nullptr);
+  }
+  HRESULT Run() { return command->Execute(0, fixture.permissions.get(), nullptr); }
+  std::string WrittenFile() const { return Text(command->GetFolder()) + "\\" + Text(command->GetFileName()); }
+
+  const CopyFixture fixture;
+  const std::string source;
+  std::unique_ptr<CCopyCommand> command;
+};
+
+TEST_F(CopyCommandCacheTest, TheFileIsAnEntryOfTheCache) {
+  const LogCapture log(false);
+  EXPECT_HRESULT(S_OK, Run());
+  EXPECT_EQ("", log.Text());
+  EXPECT_EQ(WrittenFile(), CachedFile(source));
+  EXPECT_EQ("new", ReadWholeFile(WrittenFile()));
+  EXPECT_EQ("file://" + source, Text(command->GetSourceText()));
+}
+
+TEST_F(CopyCommandCacheTest, AnEntryOfTheRunBeforeIsReplacedWhateverThePolicy) {
+  Read("<InternetCache/><IfFileExists><Cancel/></IfFileExists>");
+  EXPECT_HRESULT(S_OK, Run());
+  WriteWholeFile(source, "newer");
+  EXPECT_HRESULT(S_OK, Run());
+  EXPECT_EQ("newer", ReadWholeFile(CachedFile(source)));
+  EXPECT_EQ(WrittenFile(), CachedFile(source));
+}
+
+TEST_F(CopyCommandCacheTest, TheCacheIsNotAskedForExistingFiles) {
+  PATCH_IMPORT(files, GetFileAttributesA, [](auto original, LPCSTR path) {
+    ADD_FAILURE() << "asks for " << path;
+    return original(path);
+  });
+  EXPECT_HRESULT(S_OK, Run());
+}
+
+TEST_F(CopyCommandCacheTest, AnEntryThatCannotBeMadeIsAFailure) {
+  const LogCapture log;
+  PATCH_IMPORT(entries, CreateUrlCacheEntryA, FailWith(FALSE, ERROR_DISK_FULL));
+  EXPECT_HRESULT(static_cast<HRESULT>(0x80070070), Run());
+  EXPECT_EQ("ERROR 0x80070070 'Copy' command failed.", log.Messages().back());
+  EXPECT_EQ(nullptr, command->GetFolder());
+}
+
+TEST_F(CopyCommandCacheTest, AnEntryThatCannotBeCommittedIsTraced) {
+  const LogCapture log;
+  PATCH_IMPORT(entries, CommitUrlCacheEntryA, FailWith(FALSE, ERROR_DISK_FULL));
+  EXPECT_HRESULT(static_cast<HRESULT>(0x80070070), Run());
+  EXPECT_EQ("ERROR 0x80070070 Unable to commit cache entry.\r\n\tURL: '" + source + "'\r\n\tPath: '" + WrittenFile() + "'",
+            log.Messages().back());
+  ASSERT_FALSE(log.Entries().empty());
+  EXPECT_EQ("", log.Entries().back().message);
+  EXPECT_EQ("CopyCommand", log.Entries().back().file);
+  EXPECT_HRESULT(static_cast<HRESULT>(0x80070070), log.Entries().back().code);
+}
+
+TEST_F(CopyCommandCacheTest, AMissingSourceIsNotCommitted) {
+  ASSERT_TRUE(DeleteFileA(source.c_str()));
+  PATCH_IMPORT(entries, CommitUrlCacheEntryA, [](auto, auto...) -> BOOL {
+    ADD_FAILURE() << "was committed";
+    return FALSE;
+  });
+  EXPECT_HRESULT(static_cast<HRESULT>(0x80070002), Run());
+  EXPECT_EQ("", CachedFile(source));
+}
+
+TEST_F(CopyCommandCacheTest, ACacheThatIsNotPermittedGetsNothing) {
+  PermitFile permit;
+  permit.URL(fixture.source.Path() + "\\").Extension("txt").Folder("Path", "C:\\elsewhere");
+  const auto permissions = permit.Read();
+  PATCH_IMPORT(entries, CreateUrlCacheEntryA, [](auto, auto...) -> BOOL {
+    ADD_FAILURE() << "an entry was made";
+    return FALSE;
+  });
+  EXPECT_HRESULT(E_ACCESSDENIED, command->Execute(0, permissions.get(), nullptr));
+}
+
+TEST_F(CopyCommandCacheTest, ANameOfTheCacheThatCannotBeKeptIsAFailure) {
+  const LogCapture log(false);
+  HRESULT hr = E_UNEXPECTED;
+  const int failures = FailEachAllocation([&] { Read("<InternetCache/>"); }, [&] { hr = Run(); },
+                                          [&](int number) {
+                                            EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY || hr == E_INVALIDARG)
+                                                << number << ": " << std::hex << hr;
+                                          });
+  EXPECT_LT(3, failures);
+  EXPECT_HRESULT(S_OK, hr);
+}
+
+// What InternetSetCookieA was told.
+struct SetCookie {
+  std::string url;
+  bool hasName = false;
+  std::string data;
+};
+
+class CopyCommandCookieTest : public testing::Test {
+ protected:
+  CopyCommandCookieTest() : source(fixture.WriteSource("cookie.txt", "a=b")) {
+    const CDestinationFolder cookies(FolderKind::Cookie, nullptr);
+    permit.URL(fixture.source.Path() + "\\").Extension("txt").Folder("Path", cookies.GetPath());
+    permissions = permit.Read();
+  }
+
+  void Read(const std::string& cookie) {
+    command = std::make_unique<CCopyCommand>(ParseElement(CopyElement(source, cookie)).Get(), nullptr);
+  }
+
+  HRESULT Run() {
+    PATCH_IMPORT(cookies, InternetSetCookieA, [this](auto, LPCSTR url, LPCSTR name, LPCSTR data) {
+      calls.push_back({url, name != nullptr, data});
+      return TRUE;
+    });
+    return command->Execute(0, permissions.get(), nullptr);
+  }
+
+  const CopyFixture fixture;
+  const std::string source;
+  PermitFile permit;
+  std::unique_ptr<CPermissions> permissions;
+  std::unique_ptr<CCopyCommand> command;
+  std::vector<SetCookie> calls;
+};
+
+TEST_F(CopyCommandCookieTest, TheBytesAreTheCookiesData) {
+  Read("<Cookie/>");
+  const LogCapture log(false);
+  EXPECT_HRESULT(S_OK, Run());
+  ASSERT_EQ(1u, calls.size());
+  EXPECT_EQ("file://" + source, calls[0].url);
+  EXPECT_FALSE(calls[0].hasName);
+  EXPECT_EQ("a=b", calls[0].data);
+  EXPECT_EQ("", log.Text());
+}
+
+TEST_F(CopyCommandCookieTest, TheCookieExpiresWhenItsTimeSaysSo) {
+  Read("<Cookie><ExpireTime>2030-01-05T00:00:00Z</ExpireTime></Cookie>");
+  EXPECT_HRESULT(S_OK, Run());
+  ASSERT_EQ(1u, calls.size());
+  EXPECT_EQ("a=b; expires = Sat, 05-Jan-2030 00:00:00 GMT", calls[0].data);
+}
+
+TEST_F(CopyCommandCookieTest, NoFileIsRecorded) {
+  Read("<Cookie/>");
+  ASSERT_HRESULT(S_OK, Run());
+  EXPECT_EQ("file://" + source, Text(command->GetSourceText()));
+  EXPECT_EQ("(null)", Text(command->GetFileName()));
+  EXPECT_EQ("(null)", Text(command->GetFolder()));
+}
+
+// The name whose extension is checked went with the first run.
+TEST_F(CopyCommandCookieTest, ASecondRunHasNoFileName) {
+  Read("<Cookie/>");
+  ASSERT_HRESULT(S_OK, Run());
+  const LogCapture log;
+  EXPECT_HRESULT(E_UNEXPECTED, Run());
+  EXPECT_EQ(Texts{"ERROR 0x8000ffff 'Copy' command missing destination file."}, log.Messages());
+  EXPECT_EQ(1u, calls.size());
+}
+
+TEST_F(CopyCommandCookieTest, NeitherAFolderNorAnExistingFileIsLookedFor) {
+  Read("<Cookie/>");
+  PATCH_IMPORT(files, GetFileAttributesA, [](auto original, LPCSTR path) {
+    ADD_FAILURE() << "asks for " << path;
+    return original(path);
+  });
+  PATCH_IMPORT(folders, CreateDirectoryA, [](auto, LPCSTR path, auto) -> BOOL {
+    ADD_FAILURE() << "makes " << path;
+    return FALSE;
+  });
+  EXPECT_HRESULT(S_OK, Run());
+}
+
+TEST_F(CopyCommandCookieTest, ItsExtensionIsCheckedAsAWhole) {
+  Read("<Cookie><Extension>b.txt</Extension></Cookie>");
+  const LogCapture log(false);
+  EXPECT_HRESULT(E_ACCESSDENIED, Run());
+  EXPECT_EQ("ERROR 0x80070005 Extension 'b.txt' is not permitted.", FirstLines(log).at(0));
+  EXPECT_TRUE(calls.empty());
+}
+
+TEST_F(CopyCommandCookieTest, AStoreThatIsNotPermittedGetsNothing) {
+  Read("<Cookie/>");
+  EXPECT_HRESULT(E_ACCESSDENIED, command->Execute(0, fixture.permissions.get(), nullptr));
+  EXPECT_TRUE(calls.empty());
+}
+
+TEST_F(CopyCommandCookieTest, ACookieThatCannotBeSetIsAFailure) {
+  Read("<Cookie/>");
+  const LogCapture log(false);
+  PATCH_IMPORT(cookies, InternetSetCookieA, FailWith(FALSE, ERROR_INTERNET_INVALID_URL));
+  EXPECT_HRESULT(static_cast<HRESULT>(0x80072EE5), command->Execute(0, permissions.get(), nullptr));
+  EXPECT_EQ((Texts{"ERROR 0x80072ee5 Writing 'file://" + source + "' failed.", "ERROR 0x80072ee5 'Copy' command failed."}),
+            log.Messages());
+}
+
+}  // namespace
