@@ -23,7 +23,9 @@ class Compilation:
                 self.arguments.append(word)
 
     def include_folders(self):
-        return tuple(pathlib.Path(word[2:]) for word in self.arguments if word.startswith("-I"))
+        attached = [word[2:] for word in self.arguments if word.startswith("-I")]
+        separate = [folder for word, folder in zip(self.arguments, self.arguments[1:]) if word == "-isystem"]
+        return tuple(map(pathlib.Path, attached + separate))
 
 
 def compilations(width, *folders):
