@@ -19,31 +19,35 @@ readonly test_packages=(libgtest-dev openssl)
 readonly lint_packages=(clang-format clang-tidy cppcheck shellcheck)
 readonly demo_packages=(nginx-light)
 
-# need_packages NAME...: installs those that are missing, as root or through sudo.
+# as_root COMMAND...: as root or through sudo.
+as_root() {
+  if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+# need_packages NAME...: installs those that are missing. A package that brings a service does not start it: the two
+# variables keep systemd's systemctl and the older init scripts from starting anything, for the installation only.
 need_packages() {
   local missing=() package
   for package in "$@"; do
     [ "$(dpkg-query -W -f '${db:Status-Abbrev}' "$package" 2>/dev/null)" = "ii " ] || missing+=("$package")
   done
   [ ${#missing[@]} -eq 0 ] && return
-  local as_root=()
-  if [ "$(id -u)" -ne 0 ]; then
-    command -v sudo >/dev/null || die "missing packages (${missing[*]}), and neither root nor sudo to install them"
-    as_root=(sudo)
-  fi
+  [ "$(id -u)" -eq 0 ] || command -v sudo >/dev/null ||
+    die "missing packages (${missing[*]}), and neither root nor sudo to install them"
   say "Installing ${missing[*]}"
   mkdir -p "$build"
   {
-    "${as_root[@]}" apt-get update &&
-      "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
+    as_root apt-get update &&
+      as_root env DEBIAN_FRONTEND=noninteractive SYSTEMD_OFFLINE=1 RUNLEVEL=1 \
+        apt-get install -y --no-install-recommends "${missing[@]}"
   } >"$build/packages.log" 2>&1 </dev/null || {
     tail -n 20 "$build/packages.log" >&2
     die "the packages could not be installed; the whole output is in build/packages.log"
   }
 }
 
-# build_width x64|x86 [CMAKE ARGUMENT...]: configures when needed, and builds.
-build_width() {
+# configure_width x64|x86 [CMAKE ARGUMENT...]: configures when needed.
+configure_width() {
   local width=$1
   shift
   [ -f "build/$width/build.ninja" ] || rm -f "build/$width/CMakeCache.txt" # an interrupted first run
@@ -51,10 +55,20 @@ build_width() {
     cat "$build/configure-$width.log" >&2
     die "configuring $width failed"
   }
-  cmake --build --preset "$width" >"$build/build-$width.log" 2>&1 || {
-    cat "$build/build-$width.log" >&2
-    die "building $width failed"
+}
+
+# build_target x64|x86 TARGET: builds one target of a configured width.
+build_target() {
+  cmake --build --preset "$1" --target "$2" >"$build/build-$1.log" 2>&1 || {
+    cat "$build/build-$1.log" >&2
+    die "building $1 failed"
   }
+}
+
+# build_width x64|x86 [CMAKE ARGUMENT...]: configures when needed, and builds everything.
+build_width() {
+  configure_width "$@"
+  build_target "$1" all
 }
 
 # use_wine: the environment of every Windows program, and the project's own prefix, made once.
