@@ -1,0 +1,2 @@
+// Copied only where permit.xml has the extension js.
+var stockroomMacros = [];
