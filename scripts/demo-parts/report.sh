@@ -94,12 +94,13 @@ has_bytes() { cmp -s "$(path_of "$1")" "$2"; }
 # has_facts NAME TEXT: the end of the file's line: time and attributes, or attributes only.
 has_facts() { [[ $(fact_of "$1") == *"|$2" ]]; }
 
-# kept_attributes: read-only and hidden, where the file system has the extended attributes in which Wine keeps "hidden".
-kept_attributes() {
+# kept_hidden: what becomes of the hidden attribute. Wine keeps it in an extended attribute of the file, which not every
+# file system has.
+kept_hidden() {
   if python3 -c 'import os, sys; os.setxattr(sys.argv[1], "user.norvik", b"1")' "$demo/output.txt" 2>/dev/null; then
-    echo "read-only, hidden"
+    echo "hidden"
   else
-    echo "read-only"
+    echo "normal"
   fi
 }
 
