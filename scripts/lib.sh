@@ -100,11 +100,17 @@ keep_wine_at_home() {
   done
 }
 
-# keep_wine: one server for all programs of this script, ended with it.
-keep_wine() {
+# start_wine: one server for all programs of this script, in place of one that an interrupted script left.
+start_wine() {
   use_wine
-  trap end_wine EXIT
+  end_wine
   wineserver -p >/dev/null 2>&1 </dev/null
+}
+
+# keep_wine: a server that ends with this script.
+keep_wine() {
+  trap end_wine EXIT
+  start_wine
 }
 
 end_wine() {
