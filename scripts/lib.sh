@@ -83,14 +83,14 @@ use_wine() {
     mkdir -p "$WINEPREFIX"
     wineboot --init >"$build/wineboot.log" 2>&1 </dev/null || die "wineboot failed; see build/wineboot.log"
     wineserver -w
-    keep_wine_at_home
+    contain_user_folders
     touch "$WINEPREFIX/.ready"
   fi
 }
 
-# keep_wine_at_home: a new prefix shows the user's own home as Documents, Desktop and so on. They become folders of the
+# contain_user_folders: a new prefix shows the user's own home as Documents, Desktop and so on. They become folders of the
 # prefix, so that nothing that runs in it writes to the home.
-keep_wine_at_home() {
+contain_user_folders() {
   local folder
   for folder in "$WINEPREFIX"/drive_c/users/*/*; do
     if [ -L "$folder" ]; then
