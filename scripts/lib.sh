@@ -24,8 +24,7 @@ as_root() {
   if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
 }
 
-# need_packages NAME...: installs those that are missing. A package that brings a service does not start it: the two
-# variables keep systemd's systemctl and the older init scripts from starting anything, for the installation only.
+# need_packages NAME...: installs those that are missing. During the installation systemd is told to start no service.
 need_packages() {
   local missing=() package
   for package in "$@"; do
@@ -38,7 +37,7 @@ need_packages() {
   mkdir -p "$build"
   {
     as_root apt-get update &&
-      as_root env DEBIAN_FRONTEND=noninteractive SYSTEMD_OFFLINE=1 RUNLEVEL=1 \
+      as_root env DEBIAN_FRONTEND=noninteractive SYSTEMD_OFFLINE=1 \
         apt-get install -y --no-install-recommends "${missing[@]}"
   } >"$build/packages.log" 2>&1 </dev/null || {
     tail -n 20 "$build/packages.log" >&2

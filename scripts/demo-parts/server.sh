@@ -4,11 +4,14 @@
 server_process=
 address=
 
-# nginx as it is on the machine, or else installed; its service is then switched off.
+# need_web_server: nginx as the machine has it. Where it has none, nginx is installed and the service that comes with it is
+# switched off; init systems other than systemd have started it by then.
 need_web_server() {
   [ -x /usr/sbin/nginx ] && return
   need_packages "${demo_packages[@]}"
-  as_root update-rc.d nginx disable >>"$build/packages.log" 2>&1 || say "note: the service nginx could not be switched off"
+  as_root /usr/sbin/update-rc.d nginx disable >>"$build/packages.log" 2>&1 &&
+    as_root /usr/sbin/service nginx stop >>"$build/packages.log" 2>&1 ||
+    say "note: the service nginx, which came with the package, could not be switched off"
 }
 
 # fill_in SAMPLE FILE: a copy in which the samples' server is the demo's.
