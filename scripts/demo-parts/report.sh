@@ -77,8 +77,8 @@ show_result() {
 
 result_name() {
   case $1 in
-    0x00000000) echo "S_OK" ;;
-    0x00000001) echo "S_FALSE" ;;
+    0x00000000) echo "S_OK, every command succeeded:" ;;
+    0x00000001) echo "S_FALSE, a command failed (the script cannot see it, the log's last entry says it):" ;;
     0x80004005) echo "E_FAIL" ;;
     0x80070002) echo "HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND)" ;;
     0x80070005) echo "E_ACCESSDENIED" ;;
@@ -108,3 +108,4 @@ is_absent() { has_facts "$1" '-|-|-'; }
 was_asked_for() { grep -qF "/$1 " "$demo/nginx/requests.log"; }
 was_not_asked_for() { ! was_asked_for "$1"; }
 log_has() { grep -qF -- "$1" "$log"; }
+log_ends_with() { [ -s "$log" ] && [[ $(tail -n 1 "$log") == *"$1"* ]]; }

@@ -9,9 +9,9 @@ address=
 need_web_server() {
   [ -x /usr/sbin/nginx ] && return
   need_packages "${demo_packages[@]}"
-  as_root /usr/sbin/update-rc.d nginx disable >>"$build/packages.log" 2>&1 &&
-    as_root /usr/sbin/service nginx stop >>"$build/packages.log" 2>&1 ||
+  if ! { as_root /usr/sbin/update-rc.d nginx disable && as_root /usr/sbin/service nginx stop; } >>"$build/packages.log" 2>&1; then
     say "note: the service nginx, which came with the package, could not be switched off"
+  fi
 }
 
 # fill_in SAMPLE FILE: a copy in which the samples' server is the demo's.
