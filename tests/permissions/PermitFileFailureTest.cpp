@@ -84,6 +84,35 @@ TEST_F(PermitFileFailureTest, AFileThatCannotBeReadIsNotCopied) {
   ExpectNoPermissions();
 }
 
+TEST_F(PermitFileFailureTest, ANameThatCannotBeConvertedEndsTheReading) {
+  LogCapture log(true);
+  alignas(CPermissions) unsigned char memory[sizeof(CPermissions)];
+  CPermissions* read = nullptr;
+  HRESULT hr = S_OK;
+  {
+    PATCH_IMPORT(noMemory, HeapAlloc, FailCall(2, static_cast<void*>(nullptr), ERROR_NOT_ENOUGH_MEMORY));
+    read = new (memory) CPermissions(0, L"permit.xml", &hr);
+  }
+  EXPECT_HRESULT(E_OUTOFMEMORY, hr);
+  EXPECT_EQ(Lines{"ERROR 0x8007000e permit.xml"}, log.Messages());
+  EXPECT_EQ(Codes{S_OK}, log.ErrorTraces());
+  EXPECT_EQ(Lines{"Permissions"}, TracedFiles(log));
+  read->~CPermissions();
+}
+
+TEST_F(PermitFileFailureTest, TheCopyIsAnOrdinaryFile) {
+  DWORD attributes = 0;
+  PATCH_IMPORT(create, CreateFileA,
+               [&](auto original, const char* name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
+                   DWORD disposition, DWORD flags, HANDLE pattern) {
+    if (name == copy)
+      attributes = flags;
+    return original(name, access, share, security, disposition, flags, pattern);
+  });
+  EXPECT_HRESULT(S_OK, ReadAgain());
+  EXPECT_EQ(DWORD{FILE_ATTRIBUTE_NORMAL}, attributes);
+}
+
 TEST_F(PermitFileFailureTest, WithoutAParserThereIsNoDocument) {
   LogCapture log(true);
   HRESULT hr = S_OK;

@@ -41,13 +41,15 @@ class PermitFileReading : public testing::Test {
 
   bool IsHostPermitted() const { return permissions->IsManifestURLPermitted(L"http://host/apps/setup.xml") == S_OK; }
 
-  // Neither half was read, and no copy stays behind.
+  // Neither half is there.
   void ExpectNoPermissions() const {
     LogCapture log(false);
     EXPECT_HRESULT(E_UNEXPECTED, permissions->IsManifestURLPermitted(L"http://host/apps/setup.xml"));
     EXPECT_HRESULT(E_UNEXPECTED, permissions->IsExtensionPermitted("exe"));
     const CDestinationFolder folder(FolderKind::Temp, nullptr);
     EXPECT_HRESULT(E_UNEXPECTED, permissions->IsDestinationPermitted(&folder));
+    const std::string noSource = "ERROR 0x8000ffff Missing source permissions.";
+    EXPECT_EQ((Lines{noSource, noSource, "ERROR 0x8000ffff Missing destination permissions."}), log.Messages());
   }
 
   // The lines that tell, one level after the other, that the file was of no use.
