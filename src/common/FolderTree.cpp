@@ -1,9 +1,13 @@
 #include "common/FolderTree.h"
 
+#include <cstring>
+
 #include "common/PathText.h"
 #include "common/SystemError.h"
 
 namespace {
+
+constexpr std::size_t kLongestSystemPath = 32767;
 
 bool Exists(const char* path) {
   return GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES;
@@ -29,8 +33,9 @@ HRESULT CreateFolderTree(const char* path) {
 
   char fullPath[MAX_PATH];
   const DWORD length = GetFullPathNameA(path, MAX_PATH, fullPath, nullptr);
-  // A path that does not fit is told by the length on some systems, by an error on others.
-  if (length >= MAX_PATH || (length == 0 && GetLastError() == ERROR_FILENAME_EXCED_RANGE))
+  // A path that does not fit is told by the length on some systems, by an error on others; one that no system takes, by any.
+  if (length >= MAX_PATH ||
+      (length == 0 && (GetLastError() == ERROR_FILENAME_EXCED_RANGE || std::strlen(path) > kLongestSystemPath)))
     return E_OUTOFMEMORY;
   if (length == 0)
     return ResultFromLastError();

@@ -60,6 +60,7 @@ TEST(FolderTreeTest, AFolderThatAnotherProcessMadeMeanwhileIsFine) {
 TEST(FolderTreeTest, AFullPathOverTheLimitIsRefused) {
   TemporaryFolder folder;
   EXPECT_HRESULT(E_OUTOFMEMORY, CreateFolderTree(folder.File(std::string(260, 'a')).c_str()));
+  EXPECT_HRESULT(E_OUTOFMEMORY, CreateFolderTree(folder.File(std::string(40000, 'a')).c_str()));
   EXPECT_EQ("", NamesIn(folder.Path()));
 }
 
