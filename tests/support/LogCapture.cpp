@@ -64,11 +64,21 @@ std::vector<LogEntry> LogCapture::Parse(const std::string& text) {
   return entries;
 }
 
-std::vector<LogEntry> LogCapture::Entries() const { return Parse(Text()); }
+std::vector<LogEntry> LogCapture::Entries() const {
+  return Parse(Text());
+}
 
 std::vector<std::string> LogCapture::Messages() const {
+  return MessagesOf(Entries());
+}
+
+std::vector<HRESULT> LogCapture::ErrorTraces() const {
+  return ErrorTracesOf(Entries());
+}
+
+std::vector<std::string> LogCapture::MessagesOf(const std::vector<LogEntry>& entries) {
   std::vector<std::string> messages;
-  for (const LogEntry& entry : Entries()) {
+  for (const LogEntry& entry : entries) {
     if (entry.message.empty())
       continue;
     char code[16] = "";
@@ -79,9 +89,9 @@ std::vector<std::string> LogCapture::Messages() const {
   return messages;
 }
 
-std::vector<HRESULT> LogCapture::ErrorTraces() const {
+std::vector<HRESULT> LogCapture::ErrorTracesOf(const std::vector<LogEntry>& entries) {
   std::vector<HRESULT> codes;
-  for (const LogEntry& entry : Entries()) {
+  for (const LogEntry& entry : entries) {
     if (entry.level == "ERROR" && entry.message.empty())
       codes.push_back(entry.code);
   }

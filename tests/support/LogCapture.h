@@ -1,9 +1,9 @@
 #pragma once
 
+#include "common/Windows.h"
+
 #include <string>
 #include <vector>
-
-#include "common/Windows.h"
 
 // One entry of the log, taken apart again.
 struct LogEntry {
@@ -34,6 +34,10 @@ class LogCapture {
 
   // The codes of the ERROR traces (entries without a message), in order.
   std::vector<HRESULT> ErrorTraces() const;
+
+  // The same for entries that come from elsewhere.
+  static std::vector<std::string> MessagesOf(const std::vector<LogEntry>& entries);
+  static std::vector<HRESULT> ErrorTracesOf(const std::vector<LogEntry>& entries);
 
   // Where the log named `name` (its final component without extension) stands.
   static std::string PathOf(const std::string& name);

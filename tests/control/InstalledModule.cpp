@@ -1,0 +1,85 @@
+#include "control/InstalledModule.h"
+
+#include <gtest/gtest.h>
+#include <wininet.h>
+
+#include "support/HResult.h"
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+// The test programs lie in a folder below the one that holds the DLL.
+std::string BuiltModulePath() {
+  char program[MAX_PATH] = "";
+  GetModuleFileNameA(nullptr, program, MAX_PATH);
+  std::string folder = program;
+  folder.erase(folder.find_last_of('\\'));
+  folder.erase(folder.find_last_of('\\'));
+  return folder + "\\norvik.dll";
+}
+
+}  // namespace
+
+InstalledModule::InstalledModule(const std::string& subfolder) : folder(temporary.File(subfolder)) {
+  CreateDirectoryA(folder.c_str(), nullptr);
+  if (!CopyFileA(BuiltModulePath().c_str(), Path().c_str(), TRUE))
+    ADD_FAILURE() << "cannot copy " << BuiltModulePath() << ", error " << GetLastError();
+}
+
+InstalledModule::~InstalledModule() {
+  DeleteUrlCacheEntryA(PermitPath().c_str());
+}
+
+void InstalledModule::WritePermit(const std::string& url, const std::string& destination) const {
+  WriteWholeFile(PermitPath(),
+                 "<?xml version=\"1.0\"?>\r\n<!DOCTYPE VantorPermissions SYSTEM \"permit.dtd\">\r\n"
+                 "<VantorPermissions version=\"1.0\">\r\n<Source><URL>" +
+                     url + "</URL><Extension>txt</Extension><Extension>htm</Extension><Extension>dll</Extension></Source>" +
+                     "\r\n<Destination><Path>" + destination + "</Path></Destination>\r\n</VantorPermissions>\r\n");
+}
+
+LoadedModule::LoadedModule(const std::string& modulePath) : path(modulePath), module(LoadLibraryA(path.c_str())) {
+  if (!module)
+    ADD_FAILURE() << "cannot load " << path << ", error " << GetLastError();
+}
+
+template <class Function>
+Function LoadedModule::Find(const char* name) const {
+  return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
+
+HRESULT LoadedModule::CanUnloadNow() const {
+  return Find<HRESULT(STDAPICALLTYPE*)()>("DllCanUnloadNow")();
+}
+
+HRESULT LoadedModule::GetClassObject(REFCLSID classId, REFIID interfaceId, void** object) const {
+  return Find<HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**)>("DllGetClassObject")(classId, interfaceId, object);
+}
+
+HRESULT LoadedModule::RegisterServer() const {
+  return Find<HRESULT(STDAPICALLTYPE*)()>("DllRegisterServer")();
+}
+
+HRESULT LoadedModule::UnregisterServer() const {
+  return Find<HRESULT(STDAPICALLTYPE*)()>("DllUnregisterServer")();
+}
+
+ComPtr<IClassFactory> LoadedModule::Factory() const {
+  ComPtr<IClassFactory> factory;
+  EXPECT_HRESULT(S_OK, GetClassObject(CLSID_AXNorvik, IID_IClassFactory, reinterpret_cast<void**>(factory.GetAddressOf())));
+  return factory;
+}
+
+ComPtr<IAXNorvik> LoadedModule::CreateControl() const {
+  ComPtr<IAXNorvik> control;
+  EXPECT_HRESULT(S_OK, Factory()->CreateInstance(nullptr, IID_IAXNorvik, reinterpret_cast<void**>(control.GetAddressOf())));
+  return control;
+}
+
+bool LoadedModule::Free() {
+  if (module)
+    FreeLibrary(module);
+  module = nullptr;
+  return GetModuleHandleA(path.c_str()) == nullptr;
+}
