@@ -20,6 +20,7 @@ constexpr char kDocumentType[] = "<!DOCTYPE";
 struct HeadItem {
   char text[kItemBytes];
   DWORD length = 0;
+  bool isTooLong = false;
 
   bool Contains(const char* sought) const { return sought && *sought && std::strstr(text, sought); }
 };
@@ -34,8 +35,10 @@ HRESULT ReadItem(ByteSource& source, HeadItem& item) {
       return Failed(HERE, ResultFromLastError(), "Reading failed.");
     if (count == 0)
       return S_OK;
-    if (item.length + 1 == kItemBytes)  // a head that long is no document's: refused rather than cut
+    if (item.length + 1 == kItemBytes) {  // a head that long is no document's: refused rather than cut
+      item.isTooLong = true;
       return Failed(HERE, E_FAIL, "Invalid XML document ('%8s').", item.text);
+    }
     item.text[item.length++] = character;
     item.text[item.length] = '\0';
     if (character == '>')
@@ -102,7 +105,7 @@ void MoveDeclaration(const HeadItem& item, DestinationWriter& destination) {
 HRESULT PrepareDocumentHead(ByteSource& source, DestinationWriter& destination, DWORD flags, const char* notFoundText) {
   HeadItem item;
   HRESULT hr = ReadItem(source, item);
-  if (hr == E_FAIL)
+  if (item.isTooLong)
     return Traced(HERE, hr);
   bool isNotFoundPage = false;
   if (FAILED(hr)) {
