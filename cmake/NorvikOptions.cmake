@@ -1,6 +1,6 @@
 # How every target of the project is compiled, and how the programs and the DLL are linked.
 
-# -O2 against -Os: see "Size or speed" in ARCHITECTURE.md.
+# -Os and not -O2: see "Size or speed" in ARCHITECTURE.md.
 add_library(norvik_compile INTERFACE)
 target_compile_options(norvik_compile INTERFACE
   -Os
