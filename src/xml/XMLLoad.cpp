@@ -6,6 +6,7 @@
 
 #include "common/Handles.h"
 #include "log/LogFile.h"
+#include "xml/DestinationContent.h"
 #include "xml/XMLUtilities.h"
 
 using Microsoft::WRL::ComPtr;
@@ -47,14 +48,17 @@ HRESULT Refused(const char* name, HRESULT loadResult, IXMLDOMParseError* parseEr
   return Failed(HERE, hr, "XML Parsing Error in '%s'\r\n\tline %d: %s.", name, static_cast<int>(error.line), error.reason);
 }
 
-// Validates a loaded document once more where a parser has not done so while it was loading. Where it has, the answer is the
-// same. A document without a document type has nothing to be validated against.
+// Validates a loaded document once more where a parser has not done so while it was loading, or not whole. Where it has, the
+// answer is the same. A document without a document type has nothing to be validated against.
 HRESULT Validate(IXMLDOMDocument2* document, ComPtr<IXMLDOMParseError>& error) {
   ComPtr<IXMLDOMDocumentType> documentType;
-  const HRESULT hr = document->get_doctype(&documentType);
+  HRESULT hr = document->get_doctype(&documentType);
   if (FAILED(hr))
     return hr;
-  return documentType ? document->validate(&error) : S_OK;
+  if (!documentType)
+    return S_OK;
+  hr = document->validate(&error);
+  return hr == S_OK ? CheckDestinations(document) : hr;
 }
 
 // A parser that does not take a setting would not validate: that is a failed load.

@@ -1,0 +1,162 @@
+#include "xml/DestinationContent.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/FakeXml.h"
+#include "support/HResult.h"
+#include "support/ImportPatch.h"
+#include "support/XmlDocuments.h"
+
+namespace {
+
+constexpr HRESULT kAnyFailure = static_cast<HRESULT>(0x80041234);
+
+struct ContentRow {
+  const char* name;
+  const char* content;
+  HRESULT result;
+};
+
+class ManifestDestinationTest : public testing::TestWithParam<ContentRow> {};
+
+TEST_P(ManifestDestinationTest, IsOneFolderWithItsOptionsOrTheCache) {
+  const std::string destination = std::string("<Destination>") + GetParam().content + "</Destination>";
+  const std::string valid = "<Copy><Destination><Temp/></Destination></Copy>";
+  const std::string document = "<VantorManifest>" + valid + "<Copy>" + destination + "</Copy>" + valid + "</VantorManifest>";
+  EXPECT_HRESULT(GetParam().result, CheckDestinations(ParseXml(document).Get()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , ManifestDestinationTest,
+    testing::Values(
+        ContentRow{"Cache", "<InternetCache/>", S_OK}, ContentRow{"Folder", "<Path>C:\\x</Path>", S_OK},
+        ContentRow{"FileNameAndFolder", "<FileName/><Temp/>", S_OK},
+        ContentRow{"FolderAndAttributes", "<VantorUser/><Attributes/>", S_OK},
+        ContentRow{"FolderAndPolicy", "<Personal/><IfFileExists/>", S_OK},
+        ContentRow{"Everything", "<FileName/><Documents/><Attributes/><IfFileExists/>", S_OK},
+        ContentRow{"LocalVantorData", "<LocalVantorData/>", S_OK},
+        ContentRow{"LocalApplicationData", "<LocalApplicationData/>", S_OK},
+        ContentRow{"CommonVantorData", "<CommonVantorData/>", S_OK},
+        ContentRow{"CommonApplicationData", "<CommonApplicationData/>", S_OK},
+        ContentRow{"VantorData", "<VantorData/>", S_OK}, ContentRow{"ApplicationData", "<ApplicationData/>", S_OK},
+        ContentRow{"CommentsAndInstructions", "<!-- x --><?y z?>\r\n\t <Temp/> <!-- x -->", S_OK},
+        ContentRow{"Nothing", "", S_FALSE}, ContentRow{"WhiteSpace", " \r\n", S_FALSE},
+        ContentRow{"CommentAlone", "<!-- x -->", S_FALSE}, ContentRow{"FileNameAlone", "<FileName/>", S_FALSE},
+        ContentRow{"AttributesAlone", "<Attributes/>", S_FALSE}, ContentRow{"PolicyAlone", "<IfFileExists/>", S_FALSE},
+        ContentRow{"TwoFolders", "<Path/><Temp/>", S_FALSE}, ContentRow{"TheSameFolderTwice", "<Path/><Path/>", S_FALSE},
+        ContentRow{"TwoFileNames", "<FileName/><FileName/><Temp/>", S_FALSE},
+        ContentRow{"TwoCaches", "<InternetCache/><InternetCache/>", S_FALSE},
+        ContentRow{"TwoPolicies", "<Temp/><IfFileExists/><IfFileExists/>", S_FALSE},
+        ContentRow{"CacheAndFolder", "<InternetCache/><Temp/>", S_FALSE},
+        ContentRow{"FolderAndCache", "<Temp/><InternetCache/>", S_FALSE},
+        ContentRow{"FileNameAndCache", "<FileName/><InternetCache/>", S_FALSE},
+        ContentRow{"CacheAndAttributes", "<InternetCache/><Attributes/>", S_FALSE},
+        ContentRow{"FileNameBehindTheFolder", "<Temp/><FileName/>", S_FALSE},
+        ContentRow{"AttributesBeforeTheFolder", "<Attributes/><Temp/>", S_FALSE},
+        ContentRow{"PolicyBeforeTheAttributes", "<Temp/><IfFileExists/><Attributes/>", S_FALSE},
+        ContentRow{"FileNameAndAttributes", "<FileName/><Attributes/>", S_FALSE},
+        ContentRow{"AnotherElement", "<Cookie/>", S_FALSE}, ContentRow{"AnotherElementBehind", "<Temp/><Cookie/>", S_FALSE},
+        ContentRow{"AnotherElementBefore", "<Source/><Temp/>", S_FALSE}, ContentRow{"OtherCase", "<temp/>", S_FALSE},
+        ContentRow{"Text", "text", S_FALSE}, ContentRow{"TextBehindTheFolder", "<Temp/>text", S_FALSE},
+        ContentRow{"CharacterData", "<Temp/><![CDATA[ ]]>", S_FALSE}),
+    [](const auto& row) { return row.param.name; });
+
+class PermitDestinationTest : public testing::TestWithParam<ContentRow> {};
+
+TEST_P(PermitDestinationTest, IsAnyNumberOfFolders) {
+  const std::string document =
+      std::string("<VantorPermissions><Destination>") + GetParam().content + "</Destination></VantorPermissions>";
+  EXPECT_HRESULT(GetParam().result, CheckDestinations(ParseXml(document).Get()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , PermitDestinationTest,
+    testing::Values(
+        ContentRow{"Nothing", "", S_OK}, ContentRow{"Path", "<Path>C:\\x</Path>", S_OK},
+        ContentRow{"Cache", "<InternetCache/>", S_OK},
+        ContentRow{"AnyOrder", "<Temp/><Path/><InternetCache/><Path/><VantorUser/><InternetCache/><!-- x -->", S_OK},
+        ContentRow{"Text", "text", S_FALSE}, ContentRow{"TextBehind", "<Path/>text", S_FALSE},
+        ContentRow{"URL", "<URL>http://h/</URL>", S_FALSE}, ContentRow{"FileName", "<FileName/>", S_FALSE},
+        ContentRow{"AnotherElementBefore", "<Cookie/><Path/>", S_FALSE},
+        ContentRow{"AnotherElementBehind", "<Path/><Cookie/>", S_FALSE}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(DestinationContentTest, OtherDocumentsAreNotChecked) {
+  EXPECT_HRESULT(S_OK, CheckDestinations(ParseXml("<a><Destination>text</Destination></a>").Get()));
+  EXPECT_HRESULT(S_OK, CheckDestinations(NewXmlDocument().Get()));
+}
+
+TEST(DestinationContentTest, EveryDestinationIsChecked) {
+  const std::string good = "<Destination><Temp/></Destination>";
+  const std::string bad = "<Destination/>";
+  EXPECT_HRESULT(S_FALSE, CheckDestinations(ParseXml("<VantorManifest>" + bad + good + good + "</VantorManifest>").Get()));
+  EXPECT_HRESULT(S_FALSE, CheckDestinations(ParseXml("<VantorManifest>" + good + good + bad + "</VantorManifest>").Get()));
+  EXPECT_HRESULT(S_OK, CheckDestinations(ParseXml("<VantorManifest>" + good + good + "</VantorManifest>").Get()));
+}
+
+// A manifest whose parser fails at one place.
+class DestinationFailureTest : public testing::Test {
+ protected:
+  DestinationFailureTest() {
+    root.name = L"VantorManifest";
+    list.items = {&destination};
+    document.documentElement = &root;
+    document.elements[L"Destination"] = &list;
+  }
+
+  FakeNode root;
+  FakeNode destination;
+  FakeNodeList list;
+  FakeDocument document;
+};
+
+TEST_F(DestinationFailureTest, OfTheRootIsReturned) {
+  document.Answer("get_documentElement", kAnyFailure);
+  EXPECT_HRESULT(kAnyFailure, CheckDestinations(&document));
+}
+
+TEST_F(DestinationFailureTest, OfTheRootsNameIsReturned) {
+  root.Answer("get_nodeName", kAnyFailure);
+  EXPECT_HRESULT(kAnyFailure, CheckDestinations(&document));
+  FakeNode nameless;
+  document.documentElement = &nameless;
+  EXPECT_HRESULT(E_FAIL, CheckDestinations(&document));
+}
+
+TEST_F(DestinationFailureTest, OfTheSearchIsReturned) {
+  document.Answer("getElementsByTagName", kAnyFailure);
+  EXPECT_HRESULT(kAnyFailure, CheckDestinations(&document));
+}
+
+TEST_F(DestinationFailureTest, OfASearchWithoutAListIsReturned) {
+  document.elements.clear();
+  EXPECT_HRESULT(E_FAIL, CheckDestinations(&document));
+}
+
+TEST_F(DestinationFailureTest, OfTheListIsReturned) {
+  list.Answer("get_length", kAnyFailure);
+  EXPECT_HRESULT(kAnyFailure, CheckDestinations(&document));
+}
+
+TEST_F(DestinationFailureTest, OfAnItemIsReturned) {
+  list.Answer("get_item", kAnyFailure);
+  EXPECT_HRESULT(kAnyFailure, CheckDestinations(&document));
+}
+
+TEST_F(DestinationFailureTest, OfAMissingItemIsReturned) {
+  list.items = {nullptr};
+  EXPECT_HRESULT(E_FAIL, CheckDestinations(&document));
+}
+
+TEST_F(DestinationFailureTest, OfADestinationsContentIsReturned) {
+  EXPECT_HRESULT(E_NOTIMPL, CheckDestinations(&document));
+}
+
+TEST_F(DestinationFailureTest, OfMemoryIsReturned) {
+  PATCH_IMPORT(strings, SysAllocString, FailWith(BSTR{nullptr}, ERROR_OUTOFMEMORY));
+  EXPECT_HRESULT(E_OUTOFMEMORY, CheckDestinations(&document));
+}
+
+}  // namespace
