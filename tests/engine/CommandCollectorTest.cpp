@@ -14,7 +14,9 @@ namespace {
 
 constexpr HRESULT kAnyFailure = static_cast<HRESULT>(0x80041234);
 
-CListItem* Garbage() { return reinterpret_cast<CListItem*>(std::uintptr_t{1}); }
+CListItem* Garbage() {
+  return reinterpret_cast<CListItem*>(std::uintptr_t{1});
+}
 
 struct Collector {
   const char* element;
@@ -134,8 +136,7 @@ TEST_P(CommandCollectorTest, ElementNamesAreCaseSensitive) {
 TEST_P(CommandCollectorTest, TheFirstUnreadableElementIsTheLastOfTheChain) {
   const std::string good = GoodElement("http://h/1.txt");
   const std::string bad = Element("<Destination><Temp/></Destination>");
-  EXPECT_HRESULT(GetParam().ResultOf(E_POINTER),
-                 Collect(ParseXml("<m>" + good + good + bad + good + good + "</m>").Get()));
+  EXPECT_HRESULT(GetParam().ResultOf(E_POINTER), Collect(ParseXml("<m>" + good + good + bad + good + good + "</m>").Get()));
   ASSERT_EQ(3, Length());
   const auto* const last = static_cast<const CCopyCommand*>(chain->Next()->Next());
   EXPECT_EQ(nullptr, last->GetSource());
@@ -169,8 +170,8 @@ TEST_P(CommandCollectorTest, AListWithoutALengthIsAFailure) {
   const LogCapture log;
   EXPECT_HRESULT(GetParam().ResultOf(kAnyFailure), Collect(&document));
   EXPECT_EQ(nullptr, chain);
-  EXPECT_EQ(std::vector<std::string>{Message("ERROR", "0x80041234 Failed to get number of %s elements in XML.")},
-            log.Messages());
+  EXPECT_EQ(
+      std::vector<std::string>{Message("ERROR", "0x80041234 Failed to get number of %s elements in XML.")}, log.Messages());
 }
 
 TEST_P(CommandCollectorTest, AListThatCannotBeResetGivesNothing) {
@@ -208,8 +209,8 @@ TEST_P(CommandCollectorTest, AMissingItemEndsTheChain) {
   const LogCapture log;
   EXPECT_HRESULT(GetParam().ResultOf(E_FAIL), Collect(&document));
   EXPECT_EQ(1, Length());
-  EXPECT_EQ(std::vector<std::string>{Message("ERROR", "0x80004005 Empty node returned when getting %s element.")},
-            log.Messages());
+  EXPECT_EQ(
+      std::vector<std::string>{Message("ERROR", "0x80004005 Empty node returned when getting %s element.")}, log.Messages());
 }
 
 TEST_P(CommandCollectorTest, AListThatClaimsTooMuchEndsWhereItsItemsEnd) {
@@ -233,8 +234,8 @@ TEST_P(CommandCollectorTest, ACommandThatCannotBeAllocatedEndsTheChain) {
   EXPECT_EQ(1, failure.Failures());
   EXPECT_HRESULT(GetParam().ResultOf(E_OUTOFMEMORY), hr);
   EXPECT_EQ(1, Length());
-  EXPECT_EQ(std::vector<std::string>{Message("ERROR", std::string("0x8007000e ") + GetParam().allocationFailure)},
-            log.Messages());
+  EXPECT_EQ(
+      std::vector<std::string>{Message("ERROR", std::string("0x8007000e ") + GetParam().allocationFailure)}, log.Messages());
 }
 
 TEST_P(CommandCollectorTest, ATagNameThatCannotBeAllocatedIsAFailedSearch) {
@@ -267,7 +268,8 @@ TEST_P(CommandCollectorTest, EveryAllocationThatFailsLeavesAChainThatCanBeDelete
   EXPECT_EQ(2, Length());
 }
 
-INSTANTIATE_TEST_SUITE_P(, CommandCollectorTest, testing::ValuesIn(kCollectors),
-                         [](const auto& row) { return row.param.element; });
+INSTANTIATE_TEST_SUITE_P(, CommandCollectorTest, testing::ValuesIn(kCollectors), [](const auto& row) {
+  return row.param.element;
+});
 
 }  // namespace

@@ -41,14 +41,13 @@ TEST_P(CommandNameTest, IsAnsweredAlikeByEveryCommand) {
   EXPECT_EQ(GetParam().isKind, COpenCommand(nullptr, nullptr).IsKindOf(GetParam().asked));
 }
 
-INSTANTIATE_TEST_SUITE_P(, CommandNameTest,
-                         testing::Values(NameRow{"Command", "CCommand", true}, NameRow{"Null", nullptr, false},
-                                         NameRow{"Empty", "", false}, NameRow{"OtherCase", "ccommand", false},
-                                         NameRow{"Longer", "CCommandX", false}, NameRow{"Shorter", "CComman", false},
-                                         NameRow{"CopyCommand", "CCopyCommand", false},
-                                         NameRow{"OpenCommand", "COpenCommand", false},
-                                         NameRow{"ListItem", "CListItem", false}),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    , CommandNameTest,
+    testing::Values(NameRow{"Command", "CCommand", true}, NameRow{"Null", nullptr, false}, NameRow{"Empty", "", false},
+                    NameRow{"OtherCase", "ccommand", false}, NameRow{"Longer", "CCommandX", false},
+                    NameRow{"Shorter", "CComman", false}, NameRow{"CopyCommand", "CCopyCommand", false},
+                    NameRow{"OpenCommand", "COpenCommand", false}, NameRow{"ListItem", "CListItem", false}),
+    [](const auto& row) { return row.param.name; });
 
 TEST(CommandTest, EveryCommandDumpsTheNameOfItsType) {
   const CCopyCommand copy(nullptr, nullptr);

@@ -1,6 +1,9 @@
 // A `Copy` command that is carried out, from a local file into a folder.
 
+#include "common/Windows.h"
+
 #include <gtest/gtest.h>
+#include <shlobj.h>
 
 #include <cstring>
 
@@ -10,15 +13,15 @@
 #include "support/HResult.h"
 #include "support/LogCapture.h"
 
-#include <shlobj.h>
-
 namespace {
 
 using Texts = std::vector<std::string>;
 
 const std::string kFailed = "'Copy' command failed.";
 
-std::string Text(const char* text) { return text ? text : "(null)"; }
+std::string Text(const char* text) {
+  return text ? text : "(null)";
+}
 
 class CopyCommandExecuteTest : public testing::Test {
  protected:
@@ -133,8 +136,9 @@ TEST_F(CopyCommandExecuteTest, ARefusedSourceIsNotRead) {
   const auto command = ReadElement(CopyElement(elsewhere.File("a.txt"), fixture.PathElement()));
   const LogCapture log(false);
   EXPECT_HRESULT(E_ACCESSDENIED, Run(*command));
-  EXPECT_EQ((Texts{"ERROR 0x80070005 URL '" + elsewhere.File("a.txt") + "' is not permitted.", "ERROR 0x80070005 " + kFailed}),
-            FirstLines(log));
+  EXPECT_EQ(
+      (Texts{"ERROR 0x80070005 URL '" + elsewhere.File("a.txt") + "' is not permitted.", "ERROR 0x80070005 " + kFailed}),
+      FirstLines(log));
   EXPECT_EQ("", Names());
   EXPECT_EQ("(null)", Text(command->GetSourceText()));
   EXPECT_EQ("(null)", Text(command->GetFolder()));
@@ -168,10 +172,10 @@ TEST_F(CopyCommandExecuteTest, TheSourceIsCheckedBeforeTheDestinationAndThatBefo
   const LogCapture log(false);
   EXPECT_HRESULT(E_ACCESSDENIED, Run(*all));
   EXPECT_HRESULT(E_ACCESSDENIED, Run(*two));
-  EXPECT_EQ((Texts{"ERROR 0x80070005 URL 'C:\\forbidden\\a.bat' is not permitted.", "ERROR 0x80070005 " + kFailed,
-                   "ERROR 0x80070005 Destination folder 'C:\\forbidden' doesn't have permission.",
-                   "ERROR 0x80070005 " + kFailed}),
-            FirstLines(log));
+  EXPECT_EQ(
+      (Texts{"ERROR 0x80070005 URL 'C:\\forbidden\\a.bat' is not permitted.", "ERROR 0x80070005 " + kFailed,
+             "ERROR 0x80070005 Destination folder 'C:\\forbidden' doesn't have permission.", "ERROR 0x80070005 " + kFailed}),
+      FirstLines(log));
 }
 
 struct ExtensionRow {
@@ -191,23 +195,24 @@ TEST_P(CopyCommandExtensionTest, IsThatOfTheFileName) {
   EXPECT_HRESULT(GetParam().refused ? E_ACCESSDENIED : S_OK, Run(*command));
   EXPECT_EQ(GetParam().refused ? "" : GetParam().source, Names());
   if (GetParam().refused) {
-    EXPECT_EQ(std::string("ERROR 0x80070005 Extension '") + GetParam().refused + "' is not permitted.", FirstLines(log).at(0));
+    EXPECT_EQ(
+        std::string("ERROR 0x80070005 Extension '") + GetParam().refused + "' is not permitted.", FirstLines(log).at(0));
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(
     , CopyCommandExtensionTest,
-    testing::Values(ExtensionRow{"Permitted", "b.exe", nullptr, nullptr},
-                    ExtensionRow{"PermittedInCapitals", "b.EXE", nullptr, nullptr},
-                    ExtensionRow{"OfAnotherFileName", "b.bat", "other.exe", nullptr},
-                    ExtensionRow{"RefusedOfAnotherFileName", "b.exe", "other.bat", "bat"},
-                    ExtensionRow{"WithoutADot", "readme", nullptr, ""},
-                    ExtensionRow{"AnotherFileNameWithoutADot", "b.exe", "readme", ""},
-                    ExtensionRow{"BehindTheLastDot", "b.exe.bat", nullptr, "bat"},
-                    ExtensionRow{"BehindTheLastDotPermitted", "b.bat.exe", nullptr, nullptr},
-                    ExtensionRow{"EndingInADot", "b.exe", "b.exe.", ""},
-                    ExtensionRow{"OfAFileNameWithADotInItsFolder", "b.exe", "a.exe\\b", "exe\\b"},
-                    ExtensionRow{"Longer", "b.exe", "b.exex", "exex"}, ExtensionRow{"Shorter", "b.exe", "b.ex", "ex"}),
+    testing::Values(
+        ExtensionRow{"Permitted", "b.exe", nullptr, nullptr}, ExtensionRow{"PermittedInCapitals", "b.EXE", nullptr, nullptr},
+        ExtensionRow{"OfAnotherFileName", "b.bat", "other.exe", nullptr},
+        ExtensionRow{"RefusedOfAnotherFileName", "b.exe", "other.bat", "bat"},
+        ExtensionRow{"WithoutADot", "readme", nullptr, ""},
+        ExtensionRow{"AnotherFileNameWithoutADot", "b.exe", "readme", ""},
+        ExtensionRow{"BehindTheLastDot", "b.exe.bat", nullptr, "bat"},
+        ExtensionRow{"BehindTheLastDotPermitted", "b.bat.exe", nullptr, nullptr},
+        ExtensionRow{"EndingInADot", "b.exe", "b.exe.", ""},
+        ExtensionRow{"OfAFileNameWithADotInItsFolder", "b.exe", "a.exe\\b", "exe\\b"},
+        ExtensionRow{"Longer", "b.exe", "b.exex", "exex"}, ExtensionRow{"Shorter", "b.exe", "b.ex", "ex"}),
     [](const auto& row) { return row.param.name; });
 
 TEST_F(CopyCommandExecuteTest, TheFileNameElementDoesNotNameTheFile) {
@@ -255,8 +260,8 @@ TEST_F(CopyCommandExecuteTest, AFolderThatCannotBeMadeIsAFailure) {
   const LogCapture log(false);
   PATCH_IMPORT(folders, CreateDirectoryA, FailWith(FALSE, ERROR_DISK_FULL));
   EXPECT_HRESULT(static_cast<HRESULT>(0x80070070), Run(*command));
-  EXPECT_EQ((Texts{"ERROR 0x80070070 Failed to create path '" + folder + "'.", "ERROR 0x80070070 " + kFailed}),
-            log.Messages());
+  EXPECT_EQ(
+      (Texts{"ERROR 0x80070070 Failed to create path '" + folder + "'.", "ERROR 0x80070070 " + kFailed}), log.Messages());
   EXPECT_EQ("(null)", Text(command->GetFolder()));
 }
 
@@ -274,8 +279,9 @@ TEST_F(CopyCommandExecuteTest, AMissingSourceIsAFailureThatStillNamesTheFile) {
   const auto command = Read("missing.txt");
   const LogCapture log(false);
   EXPECT_HRESULT(static_cast<HRESULT>(0x80070002), Run(*command));
-  EXPECT_EQ((Texts{"ERROR 0x80070002 Opening '" + fixture.Source("missing.txt") + "' failed.", "ERROR 0x80070002 " + kFailed}),
-            log.Messages());
+  EXPECT_EQ(
+      (Texts{"ERROR 0x80070002 Opening '" + fixture.Source("missing.txt") + "' failed.", "ERROR 0x80070002 " + kFailed}),
+      log.Messages());
   EXPECT_EQ("", Names());
   EXPECT_EQ("file://" + fixture.Source("missing.txt"), Text(command->GetSourceText()));
   EXPECT_EQ("missing.txt", Text(command->GetFileName()));
@@ -283,7 +289,8 @@ TEST_F(CopyCommandExecuteTest, AMissingSourceIsAFailureThatStillNamesTheFile) {
 }
 
 TEST_F(CopyCommandExecuteTest, ASourceWithoutAFileNameCopiesNothing) {
-  const auto command = ReadElement(CopyElement(fixture.source.Path() + "\\", "<FileName>a.txt</FileName>" + fixture.PathElement()));
+  const auto command =
+      ReadElement(CopyElement(fixture.source.Path() + "\\", "<FileName>a.txt</FileName>" + fixture.PathElement()));
   EXPECT_TRUE(FAILED(Run(*command)));
   EXPECT_EQ("", Names());
 }
@@ -293,17 +300,19 @@ TEST_F(CopyCommandExecuteTest, AWriteThatFailsLeavesNoFile) {
   fixture.WriteDestination("a.txt", "old");
   const LogCapture log(false);
   {
-    PATCH_IMPORT(writes, WriteFile, [&](auto original, HANDLE file, const void* bytes, DWORD count, DWORD* written,
-                                        OVERLAPPED* overlapped) -> BOOL {
-      if (count != 3 || std::memcmp(bytes, "new", 3))
-        return original(file, bytes, count, written, overlapped);
-      SetLastError(ERROR_DISK_FULL);
-      return FALSE;
-    });
+    PATCH_IMPORT(
+        writes, WriteFile,
+        [&](auto original, HANDLE file, const void* bytes, DWORD count, DWORD* written, OVERLAPPED* overlapped) -> BOOL {
+          if (count != 3 || std::memcmp(bytes, "new", 3))
+            return original(file, bytes, count, written, overlapped);
+          SetLastError(ERROR_DISK_FULL);
+          return FALSE;
+        });
     EXPECT_HRESULT(static_cast<HRESULT>(0x80070070), Run(*command));
   }
-  EXPECT_EQ((Texts{"ERROR 0x80070070 Writing '" + fixture.Destination("a.txt") + "' failed.", "ERROR 0x80070070 " + kFailed}),
-            log.Messages());
+  EXPECT_EQ(
+      (Texts{"ERROR 0x80070070 Writing '" + fixture.Destination("a.txt") + "' failed.", "ERROR 0x80070070 " + kFailed}),
+      log.Messages());
   EXPECT_EQ("", Names());
 }
 

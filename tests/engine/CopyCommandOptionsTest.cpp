@@ -67,23 +67,26 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         PolicyRow{"None", "<Temp/>", IfFileExists::Overwrite, false},
         PolicyRow{"Empty", "<Temp/><IfFileExists/>", IfFileExists::Overwrite, false},
-        PolicyRow{"Overwrite", "<Temp/><IfFileExists><Overwrite force='false'/></IfFileExists>", IfFileExists::Overwrite, false},
+        PolicyRow{
+            "Overwrite", "<Temp/><IfFileExists><Overwrite force='false'/></IfFileExists>", IfFileExists::Overwrite, false},
         PolicyRow{"Skip", "<Temp/><IfFileExists><Skip/></IfFileExists>", IfFileExists::Skip, false},
         PolicyRow{"Cancel", "<Temp/><IfFileExists><Cancel/></IfFileExists>", IfFileExists::Cancel, false},
         PolicyRow{"Rename", "<Temp/><IfFileExists><Rename/></IfFileExists>", IfFileExists::Rename, false},
         PolicyRow{"Update", "<Temp/><IfFileExists><Update force='false'/></IfFileExists>", IfFileExists::Update, false},
-        PolicyRow{"OverwriteByForce", "<Temp/><IfFileExists><Overwrite force='true'/></IfFileExists>", IfFileExists::Overwrite,
-                  true},
+        PolicyRow{"OverwriteByForce", "<Temp/><IfFileExists><Overwrite force='true'/></IfFileExists>",
+                  IfFileExists::Overwrite, true},
         PolicyRow{"UpdateByForce", "<Temp/><IfFileExists><Update force='true'/></IfFileExists>", IfFileExists::Update, true},
         PolicyRow{"SkipKnowsNoForce", "<Temp/><IfFileExists><Skip force='true'/></IfFileExists>", IfFileExists::Skip, false},
-        PolicyRow{"CancelKnowsNoForce", "<Temp/><IfFileExists><Cancel force='true'/></IfFileExists>", IfFileExists::Cancel,
-                  false},
-        PolicyRow{"RenameKnowsNoForce", "<Temp/><IfFileExists><Rename force='true'/></IfFileExists>", IfFileExists::Rename,
-                  false},
-        PolicyRow{"ForceInCapitals", "<Temp/><IfFileExists><Overwrite force='TRUE'/></IfFileExists>", IfFileExists::Overwrite,
-                  true},
-        PolicyRow{"ForceInMixedCase", "<Temp/><IfFileExists><Update force='tRuE'/></IfFileExists>", IfFileExists::Update, true},
-        PolicyRow{"ForceYes", "<Temp/><IfFileExists><Overwrite force='yes'/></IfFileExists>", IfFileExists::Overwrite, false},
+        PolicyRow{
+            "CancelKnowsNoForce", "<Temp/><IfFileExists><Cancel force='true'/></IfFileExists>", IfFileExists::Cancel, false},
+        PolicyRow{
+            "RenameKnowsNoForce", "<Temp/><IfFileExists><Rename force='true'/></IfFileExists>", IfFileExists::Rename, false},
+        PolicyRow{"ForceInCapitals", "<Temp/><IfFileExists><Overwrite force='TRUE'/></IfFileExists>",
+                  IfFileExists::Overwrite, true},
+        PolicyRow{
+            "ForceInMixedCase", "<Temp/><IfFileExists><Update force='tRuE'/></IfFileExists>", IfFileExists::Update, true},
+        PolicyRow{
+            "ForceYes", "<Temp/><IfFileExists><Overwrite force='yes'/></IfFileExists>", IfFileExists::Overwrite, false},
         PolicyRow{"ForceOne", "<Temp/><IfFileExists><Overwrite force='1'/></IfFileExists>", IfFileExists::Overwrite, false},
         PolicyRow{"ForceEmpty", "<Temp/><IfFileExists><Overwrite force=''/></IfFileExists>", IfFileExists::Overwrite, false},
         PolicyRow{"ForceLonger", "<Temp/><IfFileExists><Overwrite force='trueish'/></IfFileExists>", IfFileExists::Overwrite,
@@ -94,11 +97,12 @@ INSTANTIATE_TEST_SUITE_P(
                   "<Temp/><IfFileExists><Update force='true'/><Overwrite force='false'/></IfFileExists>",
                   IfFileExists::Overwrite, false},
         PolicyRow{"SkipBeforeCancel", "<Temp/><IfFileExists><Cancel/><Skip/></IfFileExists>", IfFileExists::Skip, false},
-        PolicyRow{"CancelBeforeRename", "<Temp/><IfFileExists><Rename/><Cancel/></IfFileExists>", IfFileExists::Cancel, false},
+        PolicyRow{
+            "CancelBeforeRename", "<Temp/><IfFileExists><Rename/><Cancel/></IfFileExists>", IfFileExists::Cancel, false},
         PolicyRow{"RenameBeforeUpdate", "<Temp/><IfFileExists><Update force='true'/><Rename/></IfFileExists>",
                   IfFileExists::Rename, false},
-        PolicyRow{"OfACacheEntryIsNotRead", "<InternetCache/><IfFileExists><Cancel/></IfFileExists>", IfFileExists::Overwrite,
-                  false},
+        PolicyRow{"OfACacheEntryIsNotRead", "<InternetCache/><IfFileExists><Cancel/></IfFileExists>",
+                  IfFileExists::Overwrite, false},
         PolicyRow{"OfACookieIsNotRead", "<Cookie/><IfFileExists><Cancel/></IfFileExists>", IfFileExists::Overwrite, false}),
     [](const auto& row) { return row.param.name; });
 
@@ -189,8 +193,8 @@ TEST(CopyCommandTimeTest, ASourceFileWithoutATimeLeavesItEmpty) {
   const LogCapture log(false);
   PATCH_IMPORT(times, GetFileTime, FailWith(FALSE, ERROR_ACCESS_DENIED));
   EXPECT_TRUE(ReadFrom("<Temp/>", folder.File("a.txt"))->GetTime().IsEmpty());
-  EXPECT_EQ(std::vector<std::string>{"ERROR 0x80070005 File Time for '" + folder.File("a.txt") + "' failed."},
-            log.Messages());
+  EXPECT_EQ(
+      std::vector<std::string>{"ERROR 0x80070005 File Time for '" + folder.File("a.txt") + "' failed."}, log.Messages());
 }
 
 struct ExpiryRow {
@@ -215,10 +219,12 @@ INSTANTIATE_TEST_SUITE_P(
         ExpiryRow{"Cookie", "<Cookie><ExpireTime>2030-01-02</ExpireTime></Cookie>", true},
         ExpiryRow{"Cache", "<InternetCache><ExpireTime>2030-01-02</ExpireTime></InternetCache>", true},
         ExpiryRow{"CookieWithout", "<Cookie/>", false}, ExpiryRow{"CacheWithout", "<InternetCache/>", false},
-        ExpiryRow{"CookieWithTheCaches", "<Cookie/><InternetCache><ExpireTime>2030-01-02</ExpireTime></InternetCache>", false},
+        ExpiryRow{
+            "CookieWithTheCaches", "<Cookie/><InternetCache><ExpireTime>2030-01-02</ExpireTime></InternetCache>", false},
         ExpiryRow{"CookieWithAFileTime", "<Cookie/><Attributes><FileTime>2030-01-02</FileTime></Attributes>", false},
         ExpiryRow{"CacheWithAFileTime", "<InternetCache/><Attributes><FileTime>2030-01-02</FileTime></Attributes>", false},
-        ExpiryRow{"FolderWithTheCaches", "<Temp/><InternetCache><ExpireTime>2030-01-02</ExpireTime></InternetCache>", false}),
+        ExpiryRow{
+            "FolderWithTheCaches", "<Temp/><InternetCache><ExpireTime>2030-01-02</ExpireTime></InternetCache>", false}),
     [](const auto& row) { return row.param.name; });
 
 TEST(CopyCommandTimeTest, ALocalSourceGivesACacheEntryNoTime) {

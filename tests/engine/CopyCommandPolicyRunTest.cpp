@@ -28,7 +28,8 @@ class CopyCommandExistingFileTest : public testing::Test {
       : source(fixture.WriteSource("a.txt", "new")), destination(fixture.WriteDestination("a.txt", "old")) {}
 
   void Read(const std::string& options) {
-    command = std::make_unique<CCopyCommand>(ParseElement(CopyElement(source, fixture.PathElement() + options)).Get(), nullptr);
+    command =
+        std::make_unique<CCopyCommand>(ParseElement(CopyElement(source, fixture.PathElement() + options)).Get(), nullptr);
   }
 
   HRESULT Run() { return command->Execute(0, fixture.permissions.get(), nullptr); }
@@ -147,26 +148,25 @@ class CopyCommandUpdateTest : public CopyCommandExistingFileTest, public testing
 TEST_P(CopyCommandUpdateTest, ReplacesAnOlderFile) {
   SetFileWriteTime(destination, FileTimeOf(2002, 6, 25, 12));
   SetFileWriteTime(source, FileTimeOf(2002, 6, 25, 12, 0, 1));
-  const std::string time = GetParam().fileTime
-                               ? std::string("<Attributes><FileTime>") + GetParam().fileTime + "</FileTime></Attributes>"
-                               : "";
+  const std::string time =
+      GetParam().fileTime ? std::string("<Attributes><FileTime>") + GetParam().fileTime + "</FileTime></Attributes>" : "";
   EXPECT_HRESULT(GetParam().result, ReadAndRun(time + kUpdate));
   EXPECT_EQ(GetParam().result == S_OK ? "new" : "old", ReadWholeFile(destination));
   EXPECT_EQ(fixture.destination.Path(), command->GetFolder());
 }
 
-INSTANTIATE_TEST_SUITE_P(, CopyCommandUpdateTest,
-                         testing::Values(UpdateRow{"Equal", "2002-06-25T12:00:00Z", S_FALSE},
-                                         UpdateRow{"ASecondLater", "2002-06-25T12:00:01Z", S_OK},
-                                         UpdateRow{"ASecondEarlier", "2002-06-25T11:59:59Z", S_FALSE},
-                                         UpdateRow{"NoTimeAtAll", "", S_OK},
-                                         UpdateRow{"ByTheSourceFilesOwnTime", nullptr, S_OK}),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    , CopyCommandUpdateTest,
+    testing::Values(UpdateRow{"Equal", "2002-06-25T12:00:00Z", S_FALSE},
+                    UpdateRow{"ASecondLater", "2002-06-25T12:00:01Z", S_OK},
+                    UpdateRow{"ASecondEarlier", "2002-06-25T11:59:59Z", S_FALSE}, UpdateRow{"NoTimeAtAll", "", S_OK},
+                    UpdateRow{"ByTheSourceFilesOwnTime", nullptr, S_OK}),
+    [](const auto& row) { return row.param.name; });
 
 TEST_F(CopyCommandExistingFileTest, WhoseTimeCannotBeReadFailsUpdate) {
   Read(kUpdate);
-  const FileHandle held(CreateFileA(destination.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+  const FileHandle held(CreateFileA(
+      destination.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   const LogCapture log(false);
   EXPECT_HRESULT(static_cast<HRESULT>(0x80070020), Run());
   EXPECT_EQ((Texts{"ERROR 0x80070020 Unable to read '" + destination + "'.",
@@ -214,8 +214,9 @@ TEST_F(CopyCommandExistingFileTest, MayBeTheReadOnlyFileOfTheRunBefore) {
 TEST_F(CopyCommandExistingFileTest, TheWrittenFileHasTheAttributesOfTheCommand) {
   ASSERT_TRUE(DeleteFileA(destination.c_str()));
   DWORD attributes = 0;
-  PATCH_IMPORT(files, CreateFileA, [&](auto original, LPCSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
-                                       DWORD disposition, DWORD flags, HANDLE model) {
+  PATCH_IMPORT(files, CreateFileA,
+               [&](auto original, LPCSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security, DWORD disposition,
+                   DWORD flags, HANDLE model) {
     if (name == destination && access == GENERIC_WRITE)
       attributes = flags;
     return original(name, access, share, security, disposition, flags, model);

@@ -1,6 +1,9 @@
 // How a `Copy` element is read.
 
+#include "common/Windows.h"
+
 #include <gtest/gtest.h>
+#include <shlobj.h>
 
 #include "engine/CopyCommand.h"
 #include "engine/EngineFixture.h"
@@ -9,8 +12,6 @@
 #include "support/HResult.h"
 #include "support/LogCapture.h"
 #include "transfer/Transfer.h"
-
-#include <shlobj.h>
 
 namespace {
 
@@ -27,7 +28,9 @@ struct ReadCommand {
 };
 
 // What a text field holds; "(null)" without one.
-std::string Text(const char* text) { return text ? text : "(null)"; }
+std::string Text(const char* text) {
+  return text ? text : "(null)";
+}
 
 TEST(CopyCommandReadTest, NeedsAnElement) {
   const LogCapture log;
@@ -178,8 +181,8 @@ INSTANTIATE_TEST_SUITE_P(
         DestinationRow{"PersonalBeforeDocuments", "<Documents/><Personal/>", FolderKind::Personal, L""},
         DestinationRow{"DocumentsBeforeTemp", "<Temp/><Documents/>", FolderKind::Documents, L""},
         DestinationRow{"TempBeforeVantorUser", "<VantorUser/><Temp/>", FolderKind::Temp, L""},
-        DestinationRow{"VantorUserBeforeLocalApplicationData", "<LocalApplicationData/><VantorUser/>", FolderKind::VantorUser,
-                       L""},
+        DestinationRow{
+            "VantorUserBeforeLocalApplicationData", "<LocalApplicationData/><VantorUser/>", FolderKind::VantorUser, L""},
         DestinationRow{"LocalApplicationDataBeforeLocalVantorData", "<LocalVantorData/><LocalApplicationData/>",
                        FolderKind::LocalApplicationData, L""},
         DestinationRow{"LocalVantorDataBeforeCommonApplicationData", "<CommonApplicationData/><LocalVantorData/>",
@@ -188,7 +191,8 @@ INSTANTIATE_TEST_SUITE_P(
                        FolderKind::CommonApplicationData, L""},
         DestinationRow{"CommonVantorDataBeforeApplicationData", "<ApplicationData/><CommonVantorData/>",
                        FolderKind::CommonVantorData, L""},
-        DestinationRow{"ApplicationDataBeforeVantorData", "<VantorData/><ApplicationData/>", FolderKind::ApplicationData, L""},
+        DestinationRow{
+            "ApplicationDataBeforeVantorData", "<VantorData/><ApplicationData/>", FolderKind::ApplicationData, L""},
         DestinationRow{"VantorDataBeforeCookie", "<Cookie/><VantorData/>", FolderKind::VantorData, L""},
         DestinationRow{"CookieBeforeInternetCache", "<InternetCache/><Cookie/>", FolderKind::Cookie, L""}),
     [](const auto& row) { return row.param.name; });
@@ -323,12 +327,13 @@ TEST(CopyCommandReadTest, UnreadableOptionalElementsCountAsAbsent) {
   unreadable.Answer("get_text", kAnyFailure);
   FakeNode temp(L"");
   FakeNode copy;
-  copy.children = {{L"Source", &source},
-                   {L"Destination/Path", &unreadable},
-                   {L"Destination/Temp", &temp},
-                   {L"Destination/FileName", &unreadable},
-                   {L"Destination/Attributes/FileTime", &unreadable},
-                   {L"NotFoundHTML", &unreadable}};
+  copy.children = {
+      {L"Source", &source},
+      {L"Destination/Path", &unreadable},
+      {L"Destination/Temp", &temp},
+      {L"Destination/FileName", &unreadable},
+      {L"Destination/Attributes/FileTime", &unreadable},
+      {L"NotFoundHTML", &unreadable}};
   const ReadCommand read(&copy);
   EXPECT_HRESULT(S_OK, read.result);
   EXPECT_EQ(FolderKind::Temp, read.command.GetDestinationKind());
@@ -338,15 +343,14 @@ TEST(CopyCommandReadTest, UnreadableOptionalElementsCountAsAbsent) {
 }
 
 TEST(CopyCommandReadTest, EveryAllocationThatFailsLeavesACommandThatCanBeDeleted) {
-  const auto element = ParseElement(CopyElement(kWebSource, "<FileName>a.txt</FileName><Path>C:\\apps</Path>",
-                                                "<NotFoundHTML>none</NotFoundHTML>"));
+  const auto element = ParseElement(
+      CopyElement(kWebSource, "<FileName>a.txt</FileName><Path>C:\\apps</Path>", "<NotFoundHTML>none</NotFoundHTML>"));
   const LogCapture log(false);
   HRESULT hr = E_UNEXPECTED;
   const int failures = FailEachAllocation([] {}, [&] { const CCopyCommand command(element.Get(), &hr); },
                                           [&](int number) {
-                                            EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY || hr == E_POINTER)
-                                                << number << ": " << std::hex << hr;
-                                          });
+    EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY || hr == E_POINTER) << number << ": " << std::hex << hr;
+  });
   EXPECT_LT(8, failures);
   EXPECT_HRESULT(S_OK, hr);
 }

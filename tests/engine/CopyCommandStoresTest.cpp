@@ -1,6 +1,10 @@
 // `Copy` commands whose destination is a store that the system keeps itself: the Internet cache and the cookie store.
 
+#include "common/Windows.h"
+
 #include <gtest/gtest.h>
+#include <shlobj.h>
+#include <wininet.h>
 
 #include "engine/CopyCommand.h"
 #include "engine/EngineFixture.h"
@@ -8,14 +12,13 @@
 #include "support/HResult.h"
 #include "support/LogCapture.h"
 
-#include <shlobj.h>
-#include <wininet.h>
-
 namespace {
 
 using Texts = std::vector<std::string>;
 
-std::string Text(const char* text) { return text ? text : "(null)"; }
+std::string Text(const char* text) {
+  return text ? text : "(null)";
+}
 
 class CopyCommandCacheTest : public testing::Test {
  protected:
@@ -105,9 +108,8 @@ TEST_F(CopyCommandCacheTest, ANameOfTheCacheThatCannotBeKeptIsAFailure) {
   HRESULT hr = E_UNEXPECTED;
   const int failures = FailEachAllocation([&] { Read("<InternetCache/>"); }, [&] { hr = Run(); },
                                           [&](int number) {
-                                            EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY || hr == E_INVALIDARG)
-                                                << number << ": " << std::hex << hr;
-                                          });
+    EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY || hr == E_INVALIDARG) << number << ": " << std::hex << hr;
+  });
   EXPECT_LT(3, failures);
   EXPECT_HRESULT(S_OK, hr);
 }

@@ -1,11 +1,12 @@
 #include "engine/EngineFixture.h"
 
+#include "common/Windows.h"
+
 #include <gtest/gtest.h>
+#include <wininet.h>
 
 #include "support/HResult.h"
 #include "support/LogCapture.h"
-
-#include <wininet.h>
 
 std::string CopyElement(const std::string& source, const std::string& destination, const std::string& rest) {
   return "<Copy><Source>" + source + "</Source><Destination>" + destination + "</Destination>" + rest + "</Copy>";
@@ -68,4 +69,6 @@ FILETIME FileTimeOf(WORD year, WORD month, WORD day, WORD hour, WORD minute, WOR
   return fileTime;
 }
 
-bool operator==(const FILETIME& a, const FILETIME& b) { return CompareFileTime(&a, &b) == 0; }
+bool operator==(const FILETIME& a, const FILETIME& b) {
+  return CompareFileTime(&a, &b) == 0;
+}

@@ -134,12 +134,12 @@ TEST_P(ExistingFileUpdateTest, ComparesTheTimes) {
   EXPECT_TRUE(existing == GetFileWriteTimeOf(path));
 }
 
-INSTANTIATE_TEST_SUITE_P(, ExistingFileUpdateTest,
-                         testing::Values(UpdateRow{"Equal", 0, S_FALSE}, UpdateRow{"OneUnitLater", 1, S_OK},
-                                         UpdateRow{"OneUnitEarlier", -1, S_FALSE},
-                                         UpdateRow{"YearsLater", 10000000LL * 86400 * 1000, S_OK},
-                                         UpdateRow{"YearsEarlier", -10000000LL * 86400 * 1000, S_FALSE}),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    , ExistingFileUpdateTest,
+    testing::Values(UpdateRow{"Equal", 0, S_FALSE}, UpdateRow{"OneUnitLater", 1, S_OK},
+                    UpdateRow{"OneUnitEarlier", -1, S_FALSE}, UpdateRow{"YearsLater", 10000000LL * 86400 * 1000, S_OK},
+                    UpdateRow{"YearsEarlier", -10000000LL * 86400 * 1000, S_FALSE}),
+    [](const auto& row) { return row.param.name; });
 
 TEST_F(ExistingFileTest, UpdateWithoutATimeAlwaysReplaces) {
   SetFileWriteTime(path, FileTimeOf(2999, 1, 1));
@@ -184,7 +184,8 @@ TEST_F(ExistingFileTest, UpdateNeedsTheFilesTime) {
 class FileAttributes {
  public:
   explicit FileAttributes(DWORD initial)
-      : attributes(initial), reads("GetFileAttributesA", [this](auto, LPCSTR) { return attributes; }),
+      : attributes(initial),
+        reads("GetFileAttributesA", [this](auto, LPCSTR) { return attributes; }),
         writes("SetFileAttributesA", [this](auto, LPCSTR, DWORD newAttributes) {
           attributes = newAttributes;
           ++changes;
@@ -218,14 +219,13 @@ TEST_P(PrepareOverwriteTest, DecidesByTheAttributes) {
 
 INSTANTIATE_TEST_SUITE_P(
     , PrepareOverwriteTest,
-    testing::Values(AttributesRow{"Normal", 0x80, false, S_OK, 0x80}, AttributesRow{"NormalByForce", 0x80, true, S_OK, 0x80},
-                    AttributesRow{"Archive", 0x20, false, S_OK, 0x20}, AttributesRow{"System", 0x04, false, S_OK, 0x04},
-                    AttributesRow{"ReadOnly", 0x01, false, E_ACCESSDENIED, 0x01},
-                    AttributesRow{"Hidden", 0x02, false, E_ACCESSDENIED, 0x02},
-                    AttributesRow{"Both", 0x03, false, E_ACCESSDENIED, 0x03},
-                    AttributesRow{"ReadOnlyByForce", 0x21, true, S_OK, 0x20},
-                    AttributesRow{"HiddenByForce", 0x22, true, S_OK, 0x20},
-                    AttributesRow{"BothByForceKeepTheOthers", 0x2827, true, S_OK, 0x2824}),
+    testing::Values(
+        AttributesRow{"Normal", 0x80, false, S_OK, 0x80}, AttributesRow{"NormalByForce", 0x80, true, S_OK, 0x80},
+        AttributesRow{"Archive", 0x20, false, S_OK, 0x20}, AttributesRow{"System", 0x04, false, S_OK, 0x04},
+        AttributesRow{"ReadOnly", 0x01, false, E_ACCESSDENIED, 0x01},
+        AttributesRow{"Hidden", 0x02, false, E_ACCESSDENIED, 0x02}, AttributesRow{"Both", 0x03, false, E_ACCESSDENIED, 0x03},
+        AttributesRow{"ReadOnlyByForce", 0x21, true, S_OK, 0x20}, AttributesRow{"HiddenByForce", 0x22, true, S_OK, 0x20},
+        AttributesRow{"BothByForceKeepTheOthers", 0x2827, true, S_OK, 0x2824}),
     [](const auto& row) { return row.param.name; });
 
 TEST_F(ExistingFileTest, AFileWithoutAttributesCannotBeOverwritten) {

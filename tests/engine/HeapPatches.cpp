@@ -9,24 +9,31 @@ constexpr int kMostAllocations = 10000;
 }  // namespace
 
 HeapBalance::HeapBalance()
-    : allocations("HeapAlloc",
-                  [this](auto original, auto... arguments) {
-                    void* const memory = original(arguments...);
-                    outstanding += memory ? 1 : 0;
-                    return memory;
-                  }),
-      frees("HeapFree", [this](auto original, HANDLE heap, DWORD flags, void* memory) {
-        outstanding -= memory ? 1 : 0;
-        return original(heap, flags, memory);
-      }) {
+    : allocations(
+          "HeapAlloc",
+          [this](auto original, auto... arguments) {
+  void* const memory = original(arguments...);
+  outstanding += memory ? 1 : 0;
+  return memory;
+          }),
+frees("HeapFree", [this](auto original, HANDLE heap, DWORD flags, void* memory) {
+  outstanding -= memory ? 1 : 0;
+  return original(heap, flags, memory);
+}) {
   outstanding = 0;
 }
 
-HeapFailure HeapFailure::OfSize(std::size_t bytes) { return HeapFailure(bytes, 0); }
+HeapFailure HeapFailure::OfSize(std::size_t bytes) {
+  return HeapFailure(bytes, 0);
+}
 
-HeapFailure HeapFailure::OneOfSize(std::size_t bytes, int number) { return HeapFailure(bytes, number); }
+HeapFailure HeapFailure::OneOfSize(std::size_t bytes, int number) {
+  return HeapFailure(bytes, number);
+}
 
-HeapFailure HeapFailure::OfNumber(int number) { return HeapFailure(0, number); }
+HeapFailure HeapFailure::OfNumber(int number) {
+  return HeapFailure(0, number);
+}
 
 bool HeapFailure::Fails(std::size_t size) {
   if (bytes != 0 && size != bytes)

@@ -5,8 +5,8 @@
 
 #include "support/ImportPatch.h"
 
-// The process heap as the module's allocator sees it. While memory runs out nothing else of the program may allocate, so keep
-// what is measured in `Run`, and assertions out of it.
+// The process heap as the module's allocator sees it. While memory runs out nothing else of the program may allocate, so
+// keep what is measured in `Run`, and assertions out of it.
 
 // Counts the allocations that have not been given back since the object was made.
 class HeapBalance {

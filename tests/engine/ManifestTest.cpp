@@ -1,6 +1,10 @@
 #include "engine/Manifest.h"
 
+#include "common/Windows.h"
+
 #include <gtest/gtest.h>
+#include <shlobj.h>
+#include <wininet.h>
 
 #include "engine/EngineFixture.h"
 #include "engine/HeapPatches.h"
@@ -8,9 +12,6 @@
 #include "support/HResult.h"
 #include "support/LogCapture.h"
 #include "transfer/DocumentType.h"
-
-#include <shlobj.h>
-#include <wininet.h>
 
 namespace {
 
@@ -188,8 +189,7 @@ TEST_F(ManifestTest, ReadingTwiceTakesWhatIsThereThen) {
 TEST_F(ManifestTest, TheCachedCopyHasTheModulesDocumentType) {
   Write("");
   ASSERT_HRESULT(S_OK, Read());
-  EXPECT_EQ(std::string("<?xml version=\"1.0\"?>") + kManifestDTD +
-                "\r\n<VantorManifest version=\"1.0\"></VantorManifest>",
+  EXPECT_EQ(std::string("<?xml version=\"1.0\"?>") + kManifestDTD + "\r\n<VantorManifest version=\"1.0\"></VantorManifest>",
             ReadWholeFile(CachedFile(path)));
 }
 
@@ -330,7 +330,8 @@ TEST_F(ManifestTest, EveryAllocationThatFailsIsAFailureOrAChain) {
     if (SUCCEEDED(hr))
       hr = manifest.Read(fixture.permissions.get());
   };
-  const int failures = FailEachAllocation([] {}, read, [&](int number) {
+  const int failures = FailEachAllocation([] {}, read,
+                                          [&](int number) {
     // A URL without its folder is refused, a cache file without its name is a missing argument.
     EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY || hr == E_POINTER || hr == E_ACCESSDENIED || hr == E_INVALIDARG)
         << number << ": " << std::hex << hr;

@@ -1,13 +1,14 @@
 // Which documents are manifests.
 
+#include "common/Windows.h"
+
 #include <gtest/gtest.h>
+#include <wininet.h>
 
 #include "engine/EngineFixture.h"
 #include "engine/Manifest.h"
 #include "support/HResult.h"
 #include "support/LogCapture.h"
-
-#include <wininet.h>
 
 namespace {
 
@@ -45,7 +46,9 @@ std::string Root(const std::string& content) {
 }
 
 // The same with one `Copy` whose destination has this content.
-std::string Destination(const std::string& content) { return Root(CopyElement("http://h/a.txt", content)); }
+std::string Destination(const std::string& content) {
+  return Root(CopyElement("http://h/a.txt", content));
+}
 
 struct DocumentRow {
   const char* name;
@@ -64,17 +67,19 @@ TEST_P(ValidManifestTest, IsRead) {
 INSTANTIATE_TEST_SUITE_P(
     , ValidManifestTest,
     testing::Values(
-        DocumentRow{"RootAlone", Root(""), 0}, DocumentRow{"EmptyVersion", kHead + std::string("<VantorManifest version=\"\"/>"), 0},
+        DocumentRow{"RootAlone", Root(""), 0},
+        DocumentRow{"EmptyVersion", kHead + std::string("<VantorManifest version=\"\"/>"), 0},
         DocumentRow{"OneCopy", Root(kCopy), 1}, DocumentRow{"ThreeCopies", Root(std::string(kCopy) + kCopy + kCopy), 3},
         DocumentRow{"OneOpen", Root(kOpen), 1}, DocumentRow{"CopyAndOpen", Root(std::string(kCopy) + kOpen), 2},
         DocumentRow{"WhiteSpaceAndComments", Root(std::string("\r\n\t<!-- x -->") + kCopy + "\n\n"), 1},
         DocumentRow{"InternetCache", Destination("<InternetCache/>"), 1},
-        DocumentRow{"InternetCacheWithExpiry", Destination("<InternetCache><ExpireTime>2030-01-01</ExpireTime></InternetCache>"),
-                    1},
-        DocumentRow{"Everything",
-                    Destination("<FileName>b.txt</FileName><Path>C:\\x</Path><Attributes><Normal/><ReadOnly/><Hidden/>"
-                                "<FileTime>2002-06-25</FileTime></Attributes><IfFileExists><Update force=\"true\"/></IfFileExists>"),
-                    1},
+        DocumentRow{
+            "InternetCacheWithExpiry", Destination("<InternetCache><ExpireTime>2030-01-01</ExpireTime></InternetCache>"), 1},
+        DocumentRow{
+            "Everything",
+            Destination("<FileName>b.txt</FileName><Path>C:\\x</Path><Attributes><Normal/><ReadOnly/><Hidden/>"
+                        "<FileTime>2002-06-25</FileTime></Attributes><IfFileExists><Update force=\"true\"/></IfFileExists>"),
+            1},
         DocumentRow{"NotFoundHTML", Root(CopyElement("http://h/a.txt", "<Temp/>", "<NotFoundHTML>x</NotFoundHTML>")), 1},
         DocumentRow{"AnotherDocumentType",
                     std::string("<?xml version=\"1.0\"?><!DOCTYPE html><VantorManifest version=\"1.0\"/>"), 0}),
@@ -103,24 +108,27 @@ INSTANTIATE_TEST_SUITE_P(
         DocumentRow{"WithoutASource", Root("<Copy><Destination><Temp/></Destination></Copy>")},
         DocumentRow{"WithoutADestination", Root("<Copy><Source>http://h/a.txt</Source></Copy>")},
         DocumentRow{"WithTheDestinationFirst", Root("<Copy><Destination><Temp/></Destination><Source>x</Source></Copy>")},
-        DocumentRow{"WithTwoSources", Root("<Copy><Source>x</Source><Source>y</Source><Destination><Temp/></Destination></Copy>")},
+        DocumentRow{
+            "WithTwoSources", Root("<Copy><Source>x</Source><Source>y</Source><Destination><Temp/></Destination></Copy>")},
         DocumentRow{"WithAnEmptyDestination", Destination("")}, DocumentRow{"WithACookie", Destination("<Cookie/>")},
         DocumentRow{"WithTwoFolders", Destination("<Path>C:\\x</Path><Temp/>")},
         DocumentRow{"WithTheFileNameLast", Destination("<Temp/><FileName>a.txt</FileName>")},
         DocumentRow{"WithAFileNameForTheCache", Destination("<FileName>a.txt</FileName><InternetCache/>")},
         DocumentRow{"WithAttributesForTheCache", Destination("<InternetCache/><Attributes/>")},
-        DocumentRow{"WithThePolicyBeforeTheAttributes", Destination("<Temp/><IfFileExists><Skip/></IfFileExists><Attributes/>")},
+        DocumentRow{
+            "WithThePolicyBeforeTheAttributes", Destination("<Temp/><IfFileExists><Skip/></IfFileExists><Attributes/>")},
         DocumentRow{"WithTwoPolicies", Destination("<Temp/><IfFileExists><Skip/><Cancel/></IfFileExists>")},
         DocumentRow{"WithAnEmptyPolicy", Destination("<Temp/><IfFileExists/>")},
         DocumentRow{"WithForceAtSkip", Destination("<Temp/><IfFileExists><Skip force=\"true\"/></IfFileExists>")},
         DocumentRow{"WithTheAttributesInAnotherOrder", Destination("<Temp/><Attributes><Hidden/><ReadOnly/></Attributes>")},
         DocumentRow{"WithTextInReadOnly", Destination("<Temp/><Attributes><ReadOnly>x</ReadOnly></Attributes>")},
-        DocumentRow{"WithAnAttributeAtCopy", Root("<Copy browser=\"true\"><Source>x</Source><Destination><Temp/></Destination></Copy>")},
-        DocumentRow{"WithTheNotFoundTextFirst", Root("<Copy><NotFoundHTML/><Source>x</Source><Destination><Temp/></Destination></Copy>")},
+        DocumentRow{"WithAnAttributeAtCopy",
+                    Root("<Copy browser=\"true\"><Source>x</Source><Destination><Temp/></Destination></Copy>")},
+        DocumentRow{"WithTheNotFoundTextFirst",
+                    Root("<Copy><NotFoundHTML/><Source>x</Source><Destination><Temp/></Destination></Copy>")},
         DocumentRow{"ThatIsCutOff", kHead + std::string("<VantorManifest version=\"1.0\"><Copy>")},
         DocumentRow{"WithAnUnknownEntity", Root(CopyElement("http://h/&x;", "<Temp/>"))},
-        DocumentRow{"WithTwoRoots", Root("") + "<VantorManifest version=\"1.0\"/>"},
-        DocumentRow{"WithoutARoot", kHead},
+        DocumentRow{"WithTwoRoots", Root("") + "<VantorManifest version=\"1.0\"/>"}, DocumentRow{"WithoutARoot", kHead},
         DocumentRow{"WithAnInternalSubset",
                     std::string("<?xml version=\"1.0\"?><!DOCTYPE VantorManifest [<!ENTITY x \"y\">]><VantorManifest "
                                 "version=\"1.0\"/>")}),

@@ -69,14 +69,14 @@ TEST_P(OpenCommandBrowserTest, IsTrueForOneWordOnly) {
   EXPECT_EQ(GetParam().isForBrowser, command.IsForBrowser());
 }
 
-INSTANTIATE_TEST_SUITE_P(, OpenCommandBrowserTest,
-                         testing::Values(BrowserRow{"True", "true", true}, BrowserRow{"Capitals", "TRUE", true},
-                                         BrowserRow{"MixedCase", "TrUe", true}, BrowserRow{"False", "false", false},
-                                         BrowserRow{"Yes", "yes", false}, BrowserRow{"One", "1", false},
-                                         BrowserRow{"Empty", "", false}, BrowserRow{"BlankBefore", " true", false},
-                                         BrowserRow{"BlankBehind", "true ", false}, BrowserRow{"Longer", "trueish", false},
-                                         BrowserRow{"Shorter", "tru", false}),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    , OpenCommandBrowserTest,
+    testing::Values(BrowserRow{"True", "true", true}, BrowserRow{"Capitals", "TRUE", true},
+                    BrowserRow{"MixedCase", "TrUe", true}, BrowserRow{"False", "false", false},
+                    BrowserRow{"Yes", "yes", false}, BrowserRow{"One", "1", false}, BrowserRow{"Empty", "", false},
+                    BrowserRow{"BlankBefore", " true", false}, BrowserRow{"BlankBehind", "true ", false},
+                    BrowserRow{"Longer", "trueish", false}, BrowserRow{"Shorter", "tru", false}),
+    [](const auto& row) { return row.param.name; });
 
 TEST(OpenCommandReadTest, AMissingAttributeIsAFailureThatIsTraced) {
   HRESULT hr = S_OK;

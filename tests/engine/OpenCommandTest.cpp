@@ -1,14 +1,15 @@
 #include "engine/OpenCommand.h"
 
+#include "common/Windows.h"
+
 #include <gtest/gtest.h>
+#include <shellapi.h>
+#include <wininet.h>
 
 #include "engine/EngineFixture.h"
 #include "engine/HeapPatches.h"
 #include "support/HResult.h"
 #include "support/LogCapture.h"
-
-#include <shellapi.h>
-#include <wininet.h>
 
 namespace {
 
@@ -125,9 +126,10 @@ TEST_F(OpenCommandTest, AFailedCopyOpensNothing) {
     const LogCapture log(false);
     ReceivedText navigateURL;
     EXPECT_HRESULT(static_cast<HRESULT>(0x80070002), Run(navigateURL.Receive()));
-    EXPECT_EQ((Texts{"ERROR 0x80070002 Opening '" + fixture.Source("missing.htm") + "' failed.",
-                     "ERROR 0x80070002 'Copy' command failed.", "ERROR 0x80070002 'Copy' portion of 'Open' command failed."}),
-              log.Messages());
+    EXPECT_EQ(
+        (Texts{"ERROR 0x80070002 Opening '" + fixture.Source("missing.htm") + "' failed.",
+               "ERROR 0x80070002 'Copy' command failed.", "ERROR 0x80070002 'Copy' portion of 'Open' command failed."}),
+        log.Messages());
     EXPECT_EQ(nullptr, navigateURL.Get());
     EXPECT_TRUE(starts.empty());
   }
@@ -228,9 +230,8 @@ TEST_F(OpenCommandTest, ACookieIsSetAndNotOpened) {
     ReceivedText navigateURL;
     EXPECT_HRESULT(S_OK, Run(permissions.get(), navigateURL.Receive()));
     EXPECT_EQ(1, count);
-    EXPECT_EQ(
-        Texts{"WARNING 0x80004005 Cannot OPEN \"Cookie\" folder destination file.  Only COPY allowed to this folder."},
-        log.Messages());
+    EXPECT_EQ(Texts{"WARNING 0x80004005 Cannot OPEN \"Cookie\" folder destination file.  Only COPY allowed to this folder."},
+              log.Messages());
     EXPECT_EQ(nullptr, navigateURL.Get());
     EXPECT_TRUE(starts.empty());
   }

@@ -12,7 +12,9 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-HRESULT Rename(const std::string& path) { return RenameExistingFile(path.c_str()); }
+HRESULT Rename(const std::string& path) {
+  return RenameExistingFile(path.c_str());
+}
 
 struct NameRow {
   const char* name;
@@ -32,17 +34,15 @@ TEST_P(RenameExistingFileNameTest, GetsANumberInPlaceOfItsExtension) {
   EXPECT_EQ("", log.Text());
 }
 
-INSTANTIATE_TEST_SUITE_P(, RenameExistingFileNameTest,
-                         testing::Values(NameRow{"Usual", "report.txt", "report.000"},
-                                         NameRow{"WithoutADot", "report", "report.000"},
-                                         NameRow{"WithTwoDots", "archive.tar.gz", "archive.tar.000"},
-                                         NameRow{"WithALongExtension", "page.xhtml", "page.000"},
-                                         NameRow{"WithAShortExtension", "page.c", "page.000"},
-                                         NameRow{"WithNothingBeforeTheDot", ".profile", ".000"},
-                                         NameRow{"WithFormatCharacters", "a%s%n%d.txt", "a%s%n%d.000"},
-                                         NameRow{"WithBlanks", "my report.txt", "my report.000"},
-                                         NameRow{"WithANumberAlready", "report.000", "report.001"}),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    , RenameExistingFileNameTest,
+    testing::Values(
+        NameRow{"Usual", "report.txt", "report.000"}, NameRow{"WithoutADot", "report", "report.000"},
+        NameRow{"WithTwoDots", "archive.tar.gz", "archive.tar.000"}, NameRow{"WithALongExtension", "page.xhtml", "page.000"},
+        NameRow{"WithAShortExtension", "page.c", "page.000"}, NameRow{"WithNothingBeforeTheDot", ".profile", ".000"},
+        NameRow{"WithFormatCharacters", "a%s%n%d.txt", "a%s%n%d.000"},
+        NameRow{"WithBlanks", "my report.txt", "my report.000"}, NameRow{"WithANumberAlready", "report.000", "report.001"}),
+    [](const auto& row) { return row.param.name; });
 
 TEST(RenameExistingFileTest, TakesTheFirstFreeNumber) {
   const TemporaryFolder folder;
@@ -105,9 +105,8 @@ TEST(RenameExistingFileTest, AFileThatIsGoneIsAFailedRename) {
   const TemporaryFolder folder;
   const LogCapture log;
   EXPECT_HRESULT(static_cast<HRESULT>(0x80070002), Rename(folder.File("a.txt")));
-  EXPECT_EQ(
-      Texts{"ERROR 0x80070002 Rename from '" + folder.File("a.txt") + "' to '" + folder.File("a.000") + "' failed."},
-      log.Messages());
+  EXPECT_EQ(Texts{"ERROR 0x80070002 Rename from '" + folder.File("a.txt") + "' to '" + folder.File("a.000") + "' failed."},
+            log.Messages());
 }
 
 TEST(RenameExistingFileTest, AFailedMoveHasTheSystemsCode) {
@@ -117,9 +116,8 @@ TEST(RenameExistingFileTest, AFailedMoveHasTheSystemsCode) {
   PATCH_IMPORT(moves, MoveFileA, FailWith(FALSE, ERROR_ACCESS_DENIED));
   EXPECT_HRESULT(E_ACCESSDENIED, Rename(folder.File("a.txt")));
   EXPECT_EQ("a.txt", NamesIn(folder.Path()));
-  EXPECT_EQ(
-      Texts{"ERROR 0x80070005 Rename from '" + folder.File("a.txt") + "' to '" + folder.File("a.000") + "' failed."},
-      log.Messages());
+  EXPECT_EQ(Texts{"ERROR 0x80070005 Rename from '" + folder.File("a.txt") + "' to '" + folder.File("a.000") + "' failed."},
+            log.Messages());
 }
 
 TEST(RenameExistingFileTest, ItTakesTheLastNumberWhenOnlyThatIsFree) {
@@ -222,19 +220,18 @@ TEST_P(RenameExistingFileLengthTest, FitsInto260Characters) {
 
 INSTANTIATE_TEST_SUITE_P(
     , RenameExistingFileLengthTest,
-    testing::Values(
-        LengthRow{"Of255WithoutADot", LongPath(255), LongPath(255) + ".000"},
-        LengthRow{"Of255WithADot", LongPath(255, ".txt"), LongPath(251) + ".000"},
-        LengthRow{"Of255WithADotAtItsEnd", LongPath(255, "."), LongPath(254) + ".000"},
-        LengthRow{"Of255WithALongExtension", LongPath(255, ".xhtml"), LongPath(249) + ".000"},
-        LengthRow{"Of256WithoutADot", LongPath(256), LongPath(252) + ".000"},
-        LengthRow{"Of256WithADot", LongPath(256, ".txt"), LongPath(252) + ".000"},
-        LengthRow{"Of256WithALongExtension", LongPath(256, ".xhtml"), LongPath(252, ".x") + ".000"},
-        LengthRow{"Of256WithAShortExtension", LongPath(256, ".c"), LongPath(252) + ".000"},
-        LengthRow{"Of259WithoutADot", LongPath(259), LongPath(255) + ".000"},
-        LengthRow{"Of260IsCut", LongPath(260, ".txt"), LongPath(255) + ".000"},
-        LengthRow{"Of1000IsCut", LongPath(1000), LongPath(255) + ".000"},
-        LengthRow{"OfOneCharacter", "a", "a.000"}, LengthRow{"OfNoCharacter", "", ".000"}),
+    testing::Values(LengthRow{"Of255WithoutADot", LongPath(255), LongPath(255) + ".000"},
+                    LengthRow{"Of255WithADot", LongPath(255, ".txt"), LongPath(251) + ".000"},
+                    LengthRow{"Of255WithADotAtItsEnd", LongPath(255, "."), LongPath(254) + ".000"},
+                    LengthRow{"Of255WithALongExtension", LongPath(255, ".xhtml"), LongPath(249) + ".000"},
+                    LengthRow{"Of256WithoutADot", LongPath(256), LongPath(252) + ".000"},
+                    LengthRow{"Of256WithADot", LongPath(256, ".txt"), LongPath(252) + ".000"},
+                    LengthRow{"Of256WithALongExtension", LongPath(256, ".xhtml"), LongPath(252, ".x") + ".000"},
+                    LengthRow{"Of256WithAShortExtension", LongPath(256, ".c"), LongPath(252) + ".000"},
+                    LengthRow{"Of259WithoutADot", LongPath(259), LongPath(255) + ".000"},
+                    LengthRow{"Of260IsCut", LongPath(260, ".txt"), LongPath(255) + ".000"},
+                    LengthRow{"Of1000IsCut", LongPath(1000), LongPath(255) + ".000"},
+                    LengthRow{"OfOneCharacter", "a", "a.000"}, LengthRow{"OfNoCharacter", "", ".000"}),
     [](const auto& row) { return row.param.name; });
 
 }  // namespace
