@@ -1,5 +1,7 @@
 // How a `Copy` element is read.
 
+#include "common/Windows.h"
+
 #include <wrl/client.h>
 
 #include <new>

@@ -1,5 +1,7 @@
 // The resolution of a destination folder kind to a path.
 
+#include "common/Windows.h"
+
 #include <shlobj.h>
 #include <shlwapi.h>
 

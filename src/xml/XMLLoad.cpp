@@ -1,5 +1,7 @@
 // Documents as a whole: created, loaded with validation, saved.
 
+#include "common/Windows.h"
+
 #include <wrl/client.h>
 
 #include <cstring>

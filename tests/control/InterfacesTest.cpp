@@ -1,5 +1,7 @@
 // Which interfaces the control answers to, and that all of them are one object.
 
+#include "common/Windows.h"
+
 #include <dispex.h>
 #include <gtest/gtest.h>
 #include <objsafe.h>

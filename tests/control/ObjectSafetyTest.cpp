@@ -1,5 +1,7 @@
 // The options that a host asks for before it lets a page script the control.
 
+#include "common/Windows.h"
+
 #include <gtest/gtest.h>
 #include <objsafe.h>
 #include <ocidl.h>

@@ -51,8 +51,8 @@ Texts Matches(const std::string& text, const std::string& pattern) {
 std::string AsManifest(const std::string& example) {
   if (example.find("<VantorManifest") != std::string::npos)
     return example;
-  return "<?xml version=\"1.0\"?>\n<!DOCTYPE VantorManifest SYSTEM \"manifest.dtd\">\n<VantorManifest version=\"1.0\">\n" + example +
-         "</VantorManifest>\n";
+  return "<?xml version=\"1.0\"?>\n<!DOCTYPE VantorManifest SYSTEM \"manifest.dtd\">\n<VantorManifest version=\"1.0\">\n" +
+         example + "</VantorManifest>\n";
 }
 
 class ManifestExamplesTest : public testing::TestWithParam<const char*> {
@@ -95,7 +95,8 @@ TEST_P(ManifestExamplesTest, RunAsTheyStand) {
     const std::size_t askedBefore = server.Asked().size();
     const Texts expected = ServeSources(example);
     ASSERT_GT(expected.size(), 1u);
-    const std::string manifest = std::regex_replace(AsManifest(example), std::regex("https://apps\\.example\\.com/"), server.Url("/"));
+    const std::string manifest =
+        std::regex_replace(AsManifest(example), std::regex("https://apps\\.example\\.com/"), server.Url("/"));
     server.Answer("/docs-example.xml", Response().Body(manifest));
     BString url;
     EXPECT_HRESULT(S_OK, executer.Run(Wide(server.Url("/docs-example.xml")).c_str(), url.Receive()));

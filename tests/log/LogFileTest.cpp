@@ -42,7 +42,8 @@ TEST(LogFileTest, AFailureShowsItsCodeAndTheSystemsText) {
 
 TEST(LogFileTest, TheSystemsTextLosesItsLineEnd) {
   LogCapture log(false);
-  PATCH_IMPORT(systemText, FormatMessageA, [](auto, DWORD flags, const void*, DWORD code, DWORD, char* buffer, DWORD, va_list*) {
+  PATCH_IMPORT(systemText, FormatMessageA,
+               [](auto, DWORD flags, const void*, DWORD code, DWORD, char* buffer, DWORD, va_list*) {
     EXPECT_EQ(DWORD{FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_FROM_SYSTEM}, flags);
     EXPECT_EQ(0x80070057u, code);
     char* text = static_cast<char*>(LocalAlloc(LPTR, 32));
@@ -73,14 +74,13 @@ TEST(LogFileTest, AnEmptyOrMissingFormatIsASingleLine) {
   LogErrorW(HERE, S_OK, L"");
   LogErrorW(HERE, S_OK, nullptr);
   LogError(HERE, S_OK, nullptr);
-  ExpectMatch(std::string("ERROR ") + kTimePattern + "\r\nERROR " + kTimePattern + "\r\nERROR " + kTimePattern + "\r\n", log.Text());
+  ExpectMatch(
+      std::string("ERROR ") + kTimePattern + "\r\nERROR " + kTimePattern + "\r\nERROR " + kTimePattern + "\r\n", log.Text());
 }
 
 TEST(LogFileTest, TheTimeIsTheLocalTime) {
   LogCapture log(false);
-  PATCH_IMPORT(clock, GetLocalTime, [](auto, SYSTEMTIME* time) {
-    *time = {2026, 11, 6, 14, 9, 5, 7, 123};
-  });
+  PATCH_IMPORT(clock, GetLocalTime, [](auto, SYSTEMTIME* time) { *time = {2026, 11, 6, 14, 9, 5, 7, 123}; });
   LogInfo(HERE, "x");
   EXPECT_EQ("INFO (11/14/2026 09:05:07) \r\n\tx\r\n", log.Text());
 }
@@ -147,7 +147,8 @@ TEST(LogFileTest, TracesAreWrittenWhileDebugLoggingIsOn) {
   LogWarningTrace(HERE, E_FAIL);
   LogErrorTrace(HERE, E_ACCESSDENIED);
   const std::string text = log.Text();
-  ExpectMatch(std::string("INFO ") + kTimePattern + "on line 88 in file 'Manifest' \r\n", text.substr(0, text.find('\n') + 1));
+  ExpectMatch(
+      std::string("INFO ") + kTimePattern + "on line 88 in file 'Manifest' \r\n", text.substr(0, text.find('\n') + 1));
   const auto entries = log.Entries();
   ASSERT_EQ(3u, entries.size());
   EXPECT_EQ("WARNING", entries[1].level);
@@ -285,8 +286,9 @@ TEST(LogFileTest, TheFileIsOpenedAloneForEveryLine) {
   LogCapture log(false);
   std::vector<DWORD> dispositions;
   int closed = 0;
-  PATCH_IMPORT(opens, CreateFileA, [&](auto original, const char* path, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security,
-                                       DWORD disposition, DWORD attributes, HANDLE pattern) {
+  PATCH_IMPORT(opens, CreateFileA,
+               [&](auto original, const char* path, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security,
+                   DWORD disposition, DWORD attributes, HANDLE pattern) {
     EXPECT_EQ(GENERIC_WRITE, access);
     EXPECT_EQ(0u, sharing);
     EXPECT_EQ(nullptr, security);

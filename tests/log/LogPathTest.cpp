@@ -50,13 +50,12 @@ TEST_P(LogNameTest, TheLogIsNamedAfterTheFinalComponent) {
 
 INSTANTIATE_TEST_SUITE_P(
     Names, LogNameTest,
-    testing::Values(NameRow{"Extension", L"setup.xml", "setup.log"}, NameRow{"NoExtension", L"setup", "setup.log"},
-                    NameRow{"TwoDots", L"a.b.xml", "a.b.log"}, NameRow{"Null", nullptr, "Norvik.log"},
-                    NameRow{"Empty", L"", "Norvik.log"}, NameRow{"Url", L"http://host/dir/setup.xml", "setup.log"},
-                    NameRow{"FileUrl", L"file://C:\\dir\\setup.xml", "setup.log"},
-                    NameRow{"Path", L"C:\\dir\\setup.xml", "setup.log"},
-                    NameRow{"Query", L"http://host/get.asp?name=x", "get.log"},
-                    NameRow{"ParentFolder", L"http://host/..", "..log"}),
+    testing::Values(
+        NameRow{"Extension", L"setup.xml", "setup.log"}, NameRow{"NoExtension", L"setup", "setup.log"},
+        NameRow{"TwoDots", L"a.b.xml", "a.b.log"}, NameRow{"Null", nullptr, "Norvik.log"},
+        NameRow{"Empty", L"", "Norvik.log"}, NameRow{"Url", L"http://host/dir/setup.xml", "setup.log"},
+        NameRow{"FileUrl", L"file://C:\\dir\\setup.xml", "setup.log"}, NameRow{"Path", L"C:\\dir\\setup.xml", "setup.log"},
+        NameRow{"Query", L"http://host/get.asp?name=x", "get.log"}, NameRow{"ParentFolder", L"http://host/..", "..log"}),
     [](const auto& row) { return row.param.title; });
 
 TEST(LogPathTest, ANameOf129CharactersIsUsedAndOneOf130IsNot) {
@@ -105,7 +104,8 @@ TEST(LogPathTest, AFileNameTooLongForTheFolderIsReplaced) {
   PATCH_IMPORT(exists, GetFileAttributesA, [](auto, const char*) { return DWORD{FILE_ATTRIBUTE_DIRECTORY}; });
   const std::string folder = "C:\\" + std::string(237, 'f');  // 240 characters
   PATCH_IMPORT(local, SHGetFolderPathA, FolderAt(folder));
-  EXPECT_EQ(folder + "\\" + std::string(18, 'a').substr(0, 14) + ".log", PathFor((std::wstring(14, L'a') + L".xml").c_str()));
+  EXPECT_EQ(
+      folder + "\\" + std::string(18, 'a').substr(0, 14) + ".log", PathFor((std::wstring(14, L'a') + L".xml").c_str()));
   EXPECT_EQ(folder + "\\Norvik.log", PathFor((std::wstring(15, L'a') + L".xml").c_str()));
 }
 

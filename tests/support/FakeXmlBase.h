@@ -1,17 +1,18 @@
 #pragma once
 
+#include "common/Windows.h"
+
 #include <gtest/gtest.h>
+#include <msxml2.h>
 
 #include <map>
 #include <string_view>
 
-#include "common/Windows.h"
-
-#include <msxml2.h>
-
 // What the stand-ins of FakeXml.h are made of. A method that is not named there answers E_NOTIMPL.
-#define FAKE_METHOD_REFUSED(method, ...) \
-  HRESULT WINAPI method(__VA_ARGS__) override { return E_NOTIMPL; }
+#define FAKE_METHOD_REFUSED(method, ...)        \
+  HRESULT WINAPI method(__VA_ARGS__) override { \
+    return E_NOTIMPL;                           \
+  }
 
 // An object that its test owns: references are counted and must all be back when the test ends, and every method answers
 // with the code that the test gave it. `InterfaceId` is the identifier of `Interface`.
@@ -42,9 +43,7 @@ class FakeDispatch : public Interface {
   FAKE_METHOD_REFUSED(Invoke, DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*)
 
  protected:
-  virtual bool Implements(REFIID iid) const {
-    return iid == IID_IUnknown || iid == IID_IDispatch || iid == *InterfaceId;
-  }
+  virtual bool Implements(REFIID iid) const { return iid == IID_IUnknown || iid == IID_IDispatch || iid == *InterfaceId; }
 
   HRESULT CodeOf(std::string_view method, HRESULT usual = S_OK) const {
     const auto code = codes.find(method);

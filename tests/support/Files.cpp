@@ -17,7 +17,9 @@ TemporaryFolder::TemporaryFolder() {
     ADD_FAILURE() << "cannot create " << path << ", error " << GetLastError();
 }
 
-TemporaryFolder::~TemporaryFolder() { RemoveTree(path); }
+TemporaryFolder::~TemporaryFolder() {
+  RemoveTree(path);
+}
 
 void WriteWholeFile(const std::string& path, const std::string& content) {
   const FileHandle file(CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -43,8 +45,8 @@ std::string ReadWholeFile(const std::string& path) {
 }
 
 void SetFileWriteTime(const std::string& path, const FILETIME& time) {
-  const FileHandle file(CreateFileA(path.c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
-                                    nullptr));
+  const FileHandle file(
+      CreateFileA(path.c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!file || !SetFileTime(file.Get(), nullptr, nullptr, &time))
     ADD_FAILURE() << "cannot set the time of " << path << ", error " << GetLastError();
 }

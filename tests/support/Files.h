@@ -1,8 +1,8 @@
 #pragma once
 
-#include <string>
-
 #include "common/Windows.h"
+
+#include <string>
 
 // A folder of its own below the temporary folder, without a trailing backslash; it is removed with all that is in it,
 // read-only files included.

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "common/Windows.h"
+
 #include <functional>
 #include <memory>
-
-#include "common/Windows.h"
 
 // Replaces the entry of one imported function in a module's import table, and puts it back. Fails the test when the module
 // does not import the function: a patch that does nothing would let a test pass for the wrong reason.

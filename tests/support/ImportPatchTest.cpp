@@ -7,8 +7,12 @@ namespace {
 
 // The patched functions. Inlined, several calls would share one look into the import table: the compiler takes its entries
 // for constants.
-[[gnu::noinline]] DWORD Attributes() { return GetFileAttributesA("C:\\"); }
-[[gnu::noinline]] DWORD Process() { return GetCurrentProcessId(); }
+[[gnu::noinline]] DWORD Attributes() {
+  return GetFileAttributesA("C:\\");
+}
+[[gnu::noinline]] DWORD Process() {
+  return GetCurrentProcessId();
+}
 
 TEST(ImportPatchTest, ThePatchIsGoneWithItsObject) {
   const DWORD before = Attributes();

@@ -1,12 +1,11 @@
 #include "support/Socket.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
 #include "common/Windows.h"
 
+#include <gtest/gtest.h>
 #include <winsock2.h>
+
+#include <algorithm>
 
 LocalConnection::LocalConnection(int port) {
   WSADATA data;
@@ -50,4 +49,6 @@ std::string LocalConnection::Receive(std::size_t count) {
   return bytes;
 }
 
-bool LocalConnection::IsReset() { return isBroken || send(handle, "", 1, 0) < 0; }
+bool LocalConnection::IsReset() {
+  return isBroken || send(handle, "", 1, 0) < 0;
+}

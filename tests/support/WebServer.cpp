@@ -1,11 +1,12 @@
 #include "support/WebServer.h"
 
+#include "common/Windows.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <sstream>
 
-#include "common/Windows.h"
 #include "support/Socket.h"
 
 namespace {
@@ -142,7 +143,9 @@ std::string Request::Header(const std::string& name) const {
   return std::string();
 }
 
-WebServer::WebServer() { Command("clear"); }
+WebServer::WebServer() {
+  Command("clear");
+}
 
 int WebServer::Port(const std::string& name) {
   const char* const variable = std::getenv(kVariable);
@@ -157,17 +160,29 @@ int WebServer::Port(const std::string& name) {
   return 0;
 }
 
-std::string WebServer::Url(const std::string& path) const { return UrlAt("http", "http", path); }
+std::string WebServer::Url(const std::string& path) const {
+  return UrlAt("http", "http", path);
+}
 
-std::string WebServer::SecureUrl(const std::string& path) const { return UrlAt("https", "good", path); }
+std::string WebServer::SecureUrl(const std::string& path) const {
+  return UrlAt("https", "good", path);
+}
 
-std::string WebServer::UntrustedUrl(const std::string& path) const { return UrlAt("https", "untrusted", path); }
+std::string WebServer::UntrustedUrl(const std::string& path) const {
+  return UrlAt("https", "untrusted", path);
+}
 
-std::string WebServer::ExpiredUrl(const std::string& path) const { return UrlAt("https", "expired", path); }
+std::string WebServer::ExpiredUrl(const std::string& path) const {
+  return UrlAt("https", "expired", path);
+}
 
-std::string WebServer::WrongNameUrl(const std::string& path) const { return UrlAt("https", "wrong-name", path); }
+std::string WebServer::WrongNameUrl(const std::string& path) const {
+  return UrlAt("https", "wrong-name", path);
+}
 
-std::string WebServer::RefusedUrl(const std::string& path) const { return UrlAt("http", "refused", path); }
+std::string WebServer::RefusedUrl(const std::string& path) const {
+  return UrlAt("http", "refused", path);
+}
 
 void WebServer::Answer(const std::string& path, const Response& response) {
   Command("answer " + ToHex(path) + response.Steps());

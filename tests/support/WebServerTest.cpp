@@ -1,14 +1,14 @@
 #include "support/WebServer.h"
 
+#include "common/Windows.h"
+
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
+#include <wininet.h>
 
 #include <cstdlib>
 
-#include "common/Windows.h"
 #include "support/Socket.h"
-
-#include <wininet.h>
 
 namespace {
 
@@ -34,7 +34,7 @@ std::string BytesOf(const Response& response) {
 
 // What WinINet makes of a URL.
 struct Download {
-  DWORD error = 0;   // of the call that failed, 0 when none did
+  DWORD error = 0;  // of the call that failed, 0 when none did
   DWORD status = 0;
   std::string body;  // what was read until then
 };
@@ -53,8 +53,8 @@ void ReadAll(HINTERNET request, Download& download) {
 Download Get(const std::string& url) {
   Download download;
   const HINTERNET internet = InternetOpenA("support_tests", INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0);
-  const HINTERNET request = InternetOpenUrlA(internet, url.c_str(), nullptr, 0,
-                                             INTERNET_FLAG_RELOAD | INTERNET_FLAG_NO_CACHE_WRITE, 0);
+  const HINTERNET request =
+      InternetOpenUrlA(internet, url.c_str(), nullptr, 0, INTERNET_FLAG_RELOAD | INTERNET_FLAG_NO_CACHE_WRITE, 0);
   if (request)
     ReadAll(request, download);
   else
@@ -72,7 +72,9 @@ struct BytesRow {
 
 class ResponseTest : public testing::TestWithParam<BytesRow> {};
 
-TEST_P(ResponseTest, SendsTheseBytes) { EXPECT_EQ(GetParam().bytes, BytesOf(GetParam().response)); }
+TEST_P(ResponseTest, SendsTheseBytes) {
+  EXPECT_EQ(GetParam().bytes, BytesOf(GetParam().response));
+}
 
 INSTANTIATE_TEST_SUITE_P(
     , ResponseTest,
@@ -89,8 +91,7 @@ INSTANTIATE_TEST_SUITE_P(
         BytesRow{"LengthTooShort", Response().Body("longer").Length(2),
                  std::string(kHead) + "Content-Length: 2\r\n" + kHeadEnd + "longer"},
         BytesRow{"NoLength", Response().NoLength().Body("to the end"), std::string(kHead) + kHeadEnd + "to the end"},
-        BytesRow{"Repeat", Response().Repeat("abc", 7),
-                 std::string(kHead) + "Content-Length: 7\r\n" + kHeadEnd + "abcabca"},
+        BytesRow{"Repeat", Response().Repeat("abc", 7), std::string(kHead) + "Content-Length: 7\r\n" + kHeadEnd + "abcabca"},
         BytesRow{"Chunks", Response().Chunk("one").Chunk("sixteen letters!"),
                  std::string(kHead) + "Transfer-Encoding: chunked\r\n" + kHeadEnd +
                      "3\r\none\r\n10\r\nsixteen letters!\r\n0\r\n\r\n"},

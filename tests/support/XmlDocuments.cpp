@@ -10,8 +10,8 @@ ComPtr<IXMLDOMDocument2> NewXmlDocument() {
   constexpr CLSID kDocumentClass = {0xF6D90F11, 0x9C73, 0x11D3, {0xB3, 0x2E, 0x00, 0xC0, 0x4F, 0x99, 0x0B, 0xB4}};
   constexpr IID kInterface = {0x2933BF95, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
   ComPtr<IXMLDOMDocument2> document;
-  const HRESULT hr = CoCreateInstance(kDocumentClass, nullptr, CLSCTX_INPROC_SERVER, kInterface,
-                                      reinterpret_cast<void**>(document.GetAddressOf()));
+  const HRESULT hr = CoCreateInstance(
+      kDocumentClass, nullptr, CLSCTX_INPROC_SERVER, kInterface, reinterpret_cast<void**>(document.GetAddressOf()));
   if (FAILED(hr))
     ADD_FAILURE() << "no XML parser, code " << hr;
   return document;

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <wrl/client.h>
-
-#include <string>
-
 #include "common/Windows.h"
 
 #include <msxml2.h>
+#include <wrl/client.h>
+
+#include <string>
 
 // An empty document of the platform's own parser.
 Microsoft::WRL::ComPtr<IXMLDOMDocument2> NewXmlDocument();

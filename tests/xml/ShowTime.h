@@ -11,8 +11,8 @@ inline std::string Show(const CXMLFileTime& time) {
   if (!s)
     return "empty";
   char text[40];
-  snprintf(text, sizeof(text), "%04d-%02d-%02dT%02d:%02d:%02d.%03d", s->wYear, s->wMonth, s->wDay, s->wHour, s->wMinute, s->wSecond,
-           s->wMilliseconds);
+  snprintf(text, sizeof(text), "%04d-%02d-%02dT%02d:%02d:%02d.%03d", s->wYear, s->wMonth, s->wDay, s->wHour, s->wMinute,
+           s->wSecond, s->wMilliseconds);
   return text;
 }
 

@@ -1,3 +1,5 @@
+#include "common/Windows.h"
+
 #include <gtest/gtest.h>
 #include <wrl/client.h>
 

@@ -15,7 +15,9 @@ constexpr std::int64_t kUnitsPerSecond = 10000000;
 constexpr std::int64_t kUnitsPerMillisecond = 10000;
 constexpr std::int64_t kHalf = std::int64_t{1} << 32;
 
-bool IsLeapYear(int year) { return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0); }
+bool IsLeapYear(int year) {
+  return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+}
 
 int DaysOfMonth(int year, int month) {
   if (month == 2)
@@ -53,8 +55,8 @@ std::int64_t Expected(const Local& local, bool east, std::int64_t offset) {
 
 std::string TextOf(const Local& l, bool east, int hours, int minutes, bool compact) {
   char text[64];
-  snprintf(text, sizeof(text), compact ? "%04d%02d%02dT%02d%02d%02d%c%02d%02d" : "%04d-%02d-%02dT%02d:%02d:%02d%c%02d:%02d", l.year,
-           l.month, l.day, l.hour, l.minute, l.second, east ? '+' : '-', hours, minutes);
+  snprintf(text, sizeof(text), compact ? "%04d%02d%02dT%02d%02d%02d%c%02d%02d" : "%04d-%02d-%02dT%02d:%02d:%02d%c%02d:%02d",
+           l.year, l.month, l.day, l.hour, l.minute, l.second, east ? '+' : '-', hours, minutes);
   return text;
 }
 
@@ -125,7 +127,9 @@ struct Zone {
   std::int64_t minutes;
 };
 
-void PrintTo(const Zone& zone, std::ostream* stream) { *stream << zone.text; }
+void PrintTo(const Zone& zone, std::ostream* stream) {
+  *stream << zone.text;
+}
 
 class OddZoneTest : public testing::TestWithParam<Zone> {};
 
@@ -143,7 +147,8 @@ INSTANTIATE_TEST_SUITE_P(
     Zones, OddZoneTest,
     testing::Values(Zone{"Zulu", "Z", true, 0}, Zone{"ADayAndMore", "-99:00", false, 99 * 60},
                     Zone{"ADayAndMoreEast", "+99:00", true, 99 * 60}, Zone{"MinutesOfThreeDigits", "-08:120", false, 600},
-                    Zone{"CompactMinutesOfThreeDigits", "+08120", true, 600}, Zone{"AMillionMinutes", "-00:1000000", false, 1000000},
+                    Zone{"CompactMinutesOfThreeDigits", "+08120", true, 600},
+                    Zone{"AMillionMinutes", "-00:1000000", false, 1000000},
                     Zone{"APlusSignBehindAHyphen", "-08:00+", true, 480}, Zone{"APlusSignInTheMinutes", "-0800+", true, 480},
                     Zone{"ABlankForADigit", "- 8:30", false, 30}, Zone{"HoursOfThreeDigits", "-080:30", false, 480},
                     Zone{"NoMinutes", "-08:mm", false, 480}, Zone{"NoCompactMinutes", "-08mm", false, 480},

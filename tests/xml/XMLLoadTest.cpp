@@ -104,7 +104,8 @@ TEST_P(RefusedSettingTest, ASettingThatIsRefusedIsAFailedLoad) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Settings, RefusedSettingTest,
-                         testing::Values("put_resolveExternals", "put_async", "put_preserveWhiteSpace", "put_validateOnParse"),
+                         testing::Values("put_resolveExternals", "put_async", "put_preserveWhiteSpace",
+                                         "put_validateOnParse"),
                          [](const auto& row) { return std::string(row.param + 4); });
 
 TEST_F(LoadTest, AFailedLoadIsLoggedWithItsNameAndAsAParsingError) {

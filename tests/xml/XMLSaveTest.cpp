@@ -110,15 +110,15 @@ TEST_F(SaveTest, TheFileIsOpenedAlone) {
   document.xml = L"<a/>";
   int calls = 0;
   PATCH_IMPORT(creates, CreateFileA,
-               [&](auto original, const char* name, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security, DWORD disposition,
-                   DWORD attributes, HANDLE pattern) {
-                 ++calls;
-                 EXPECT_STREQ(path.c_str(), name);
-                 EXPECT_EQ(GENERIC_WRITE, access);
-                 EXPECT_EQ(0u, sharing);
-                 EXPECT_EQ(DWORD{CREATE_ALWAYS}, disposition);
-                 return original(name, access, sharing, security, disposition, attributes, pattern);
-               });
+               [&](auto original, const char* name, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security,
+                   DWORD disposition, DWORD attributes, HANDLE pattern) {
+    ++calls;
+    EXPECT_STREQ(path.c_str(), name);
+    EXPECT_EQ(GENERIC_WRITE, access);
+    EXPECT_EQ(0u, sharing);
+    EXPECT_EQ(DWORD{CREATE_ALWAYS}, disposition);
+    return original(name, access, sharing, security, disposition, attributes, pattern);
+  });
   EXPECT_HRESULT(S_OK, Save(-1));
   EXPECT_EQ(1, calls);
 }

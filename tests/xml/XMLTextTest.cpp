@@ -10,14 +10,26 @@
 namespace {
 
 // The two operations differ in the text that they hand out only.
-HRESULT GetText(IXMLDOMNode* node, const wchar_t* pattern, OwnedText& text) { return GetNodeText(node, pattern, text); }
-HRESULT GetText(IXMLDOMNode* node, const wchar_t* pattern, BString& text) { return GetNodeTextW(node, pattern, text); }
+HRESULT GetText(IXMLDOMNode* node, const wchar_t* pattern, OwnedText& text) {
+  return GetNodeText(node, pattern, text);
+}
+HRESULT GetText(IXMLDOMNode* node, const wchar_t* pattern, BString& text) {
+  return GetNodeTextW(node, pattern, text);
+}
 
-void Set(OwnedText& text, const char* value) { text = CopyText(value); }
-void Set(BString& text, const char* value) { text = WideText(value); }
+void Set(OwnedText& text, const char* value) {
+  text = CopyText(value);
+}
+void Set(BString& text, const char* value) {
+  text = WideText(value);
+}
 
-std::string Read(const OwnedText& text) { return text ? text.get() : "(none)"; }
-std::string Read(const BString& text) { return Read(NarrowText(text.Get())); }
+std::string Read(const OwnedText& text) {
+  return text ? text.get() : "(none)";
+}
+std::string Read(const BString& text) {
+  return Read(NarrowText(text.Get()));
+}
 
 template <class Text>
 class NodeTextTest : public testing::Test {

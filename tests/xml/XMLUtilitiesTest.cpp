@@ -18,14 +18,17 @@ Interface* Stale() {
   return reinterpret_cast<Interface*>(0x1234);
 }
 
-auto NoStrings() { return FailWith(static_cast<BSTR>(nullptr), ERROR_NOT_ENOUGH_MEMORY); }
+auto NoStrings() {
+  return FailWith(static_cast<BSTR>(nullptr), ERROR_NOT_ENOUGH_MEMORY);
+}
 
 TEST(CreateXMLDocumentTest, ADocumentOfTheParsersClassIsMadeInProcess) {
   constexpr CLSID kExpectedClass = {0xF6D90F11, 0x9C73, 0x11D3, {0xB3, 0x2E, 0x00, 0xC0, 0x4F, 0x99, 0x0B, 0xB4}};
   constexpr IID kExpectedInterface = {0x2933BF95, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
   const LogCapture log;
   int calls = 0;
-  PATCH_IMPORT(creates, CoCreateInstance, [&](auto original, REFCLSID id, IUnknown* outer, DWORD context, REFIID iid, void** out) {
+  PATCH_IMPORT(creates, CoCreateInstance,
+               [&](auto original, REFCLSID id, IUnknown* outer, DWORD context, REFIID iid, void** out) {
     ++calls;
     EXPECT_TRUE(id == kExpectedClass);
     EXPECT_EQ(nullptr, outer);

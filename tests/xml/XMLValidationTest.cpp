@@ -1,5 +1,7 @@
 // Documents loaded with the platform's own parser.
 
+#include "common/Windows.h"
+
 #include <gtest/gtest.h>
 #include <wrl/client.h>
 
@@ -58,9 +60,13 @@ struct Row {
   const char* content;  // behind the document type
 };
 
-void PrintTo(const Row& row, std::ostream* stream) { *stream << row.name; }
+void PrintTo(const Row& row, std::ostream* stream) {
+  *stream << row.name;
+}
 
-std::string RowName(const testing::TestParamInfo<Row>& row) { return row.param.name; }
+std::string RowName(const testing::TestParamInfo<Row>& row) {
+  return row.param.name;
+}
 
 class ValidFileTest : public LoadedFileTest, public testing::WithParamInterface<Row> {};
 
@@ -89,17 +95,14 @@ TEST_P(InvalidFileTest, IsRefused) {
 
 INSTANTIATE_TEST_SUITE_P(
     Documents, InvalidFileTest,
-    testing::Values(Row{"AMissingRequiredAttribute", "<r><a/></r>"},
-                    Row{"AMissingElement", "<r version='1'/>"},
-                    Row{"ElementsInTheWrongOrder", "<r version='1'><b/><a/></r>"},
-                    Row{"AnElementTooMany", "<r version='1'><a/><a/></r>"},
-                    Row{"AnUnknownElement", "<r version='1'><a/><x/></r>"},
-                    Row{"AnUnknownAttribute", "<r version='1' x='1'><a/></r>"},
-                    Row{"AnotherDocumentElement", "<a>x</a>"},
-                    Row{"TextBetweenElements", "<r version='1'>text<a/></r>"},
-                    Row{"ContentOfAnEmptyElement", "<r version='1'><a/><b>x</b></r>"},
-                    Row{"AnElementInsideText", "<r version='1'><a>x<c/></a></r>"},
-                    Row{"AnotherCase", "<r version='1'><A/></r>"}),
+    testing::Values(
+        Row{"AMissingRequiredAttribute", "<r><a/></r>"}, Row{"AMissingElement", "<r version='1'/>"},
+        Row{"ElementsInTheWrongOrder", "<r version='1'><b/><a/></r>"},
+        Row{"AnElementTooMany", "<r version='1'><a/><a/></r>"}, Row{"AnUnknownElement", "<r version='1'><a/><x/></r>"},
+        Row{"AnUnknownAttribute", "<r version='1' x='1'><a/></r>"}, Row{"AnotherDocumentElement", "<a>x</a>"},
+        Row{"TextBetweenElements", "<r version='1'>text<a/></r>"},
+        Row{"ContentOfAnEmptyElement", "<r version='1'><a/><b>x</b></r>"},
+        Row{"AnElementInsideText", "<r version='1'><a>x<c/></a></r>"}, Row{"AnotherCase", "<r version='1'><A/></r>"}),
     RowName);
 
 class BrokenFileTest : public LoadedFileTest, public testing::WithParamInterface<Row> {};
@@ -111,21 +114,14 @@ TEST_P(BrokenFileTest, IsRefused) {
 
 INSTANTIATE_TEST_SUITE_P(
     Documents, BrokenFileTest,
-    testing::Values(Row{"NothingAtAll", ""},
-                    Row{"WhiteSpaceOnly", " \r\n "},
-                    Row{"TextOnly", "404 Not Found"},
-                    Row{"NoEndTag", "<r><a></r>"},
-                    Row{"NoEnd", "<?xml version='1.0'?><r><a>x"},
-                    Row{"TwoDocumentElements", "<r/><r/>"},
-                    Row{"AnUnknownEntity", "<r>&nbsp;</r>"},
-                    Row{"ABareAmpersand", "<r>http://s/?a=1&b=2</r>"},
-                    Row{"AnUnquotedAttribute", "<r a=1/>"},
-                    Row{"AnAttributeTwice", "<r a='1' a='2'/>"},
-                    Row{"BytesThatAreNoUtf8", "<r>\xeb</r>"},
-                    Row{"AnUnknownEncoding", "<?xml version='1.0' encoding='nonsense'?><r/>"},
-                    Row{"AControlCharacter", "<r>\x01</r>"},
-                    Row{"ADocumentTypeWithoutEnd", "<!DOCTYPE r [<!ELEMENT r EMPTY>"},
-                    Row{"ADocumentTypeWithLeftovers", "<!DOCTYPE r [<!ELEMENT r EMPTY>]> ]><r/>"}),
+    testing::Values(
+        Row{"NothingAtAll", ""}, Row{"WhiteSpaceOnly", " \r\n "}, Row{"TextOnly", "404 Not Found"},
+        Row{"NoEndTag", "<r><a></r>"}, Row{"NoEnd", "<?xml version='1.0'?><r><a>x"}, Row{"TwoDocumentElements", "<r/><r/>"},
+        Row{"AnUnknownEntity", "<r>&nbsp;</r>"}, Row{"ABareAmpersand", "<r>http://s/?a=1&b=2</r>"},
+        Row{"AnUnquotedAttribute", "<r a=1/>"}, Row{"AnAttributeTwice", "<r a='1' a='2'/>"},
+        Row{"BytesThatAreNoUtf8", "<r>\xeb</r>"}, Row{"AnUnknownEncoding", "<?xml version='1.0' encoding='nonsense'?><r/>"},
+        Row{"AControlCharacter", "<r>\x01</r>"}, Row{"ADocumentTypeWithoutEnd", "<!DOCTYPE r [<!ELEMENT r EMPTY>"},
+        Row{"ADocumentTypeWithLeftovers", "<!DOCTYPE r [<!ELEMENT r EMPTY>]> ]><r/>"}),
     RowName);
 
 TEST_F(LoadedFileTest, AFileWithoutADocumentTypeLoads) {
