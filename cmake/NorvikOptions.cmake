@@ -1,9 +1,7 @@
 # How every target of the project is compiled, and how the programs and the DLL are linked.
 
-# -Os and not -O2: see "Size or speed" in ARCHITECTURE.md.
 add_library(norvik_compile INTERFACE)
 target_compile_options(norvik_compile INTERFACE
-  -Os
   -Wall -Wextra -Werror -Wformat=2 -Wshadow=local
   -fstack-protector-strong
   -ffunction-sections -fdata-sections
@@ -14,10 +12,11 @@ target_compile_definitions(norvik_compile INTERFACE
   WINVER=0x0601 _WIN32_WINNT=0x0601 NTDDI_VERSION=0x06010000 _WIN32_IE=0x0800)
 target_include_directories(norvik_compile INTERFACE ${CMAKE_SOURCE_DIR}/src)
 
-# The module's own code does without exceptions and type information: a host's process is not ours to unwind.
+# The module's own code does without exceptions and type information: a host's process is not ours to unwind. -Os and not
+# -O2: see "Size or speed" in ARCHITECTURE.md.
 add_library(norvik_module_compile INTERFACE)
 target_link_libraries(norvik_module_compile INTERFACE norvik_compile)
-target_compile_options(norvik_module_compile INTERFACE -fno-exceptions -fno-rtti)
+target_compile_options(norvik_module_compile INTERFACE -Os -fno-exceptions -fno-rtti)
 
 add_library(norvik_link INTERFACE)
 target_link_options(norvik_link INTERFACE
