@@ -25,6 +25,16 @@ Lines ModuleTest::Messages(const std::string& log) {
   return LogCapture::MessagesOf(Entries(log));
 }
 
+LogEntry ModuleTest::LastEntry(const std::string& log) {
+  const std::vector<LogEntry> entries = Entries(log);
+  return entries.empty() ? LogEntry() : entries.back();
+}
+
+std::string ModuleTest::LastMessage(const std::string& log) {
+  const Lines messages = Messages(log);
+  return messages.empty() ? std::string() : messages.back();
+}
+
 Lines ModuleTest::Heads(const std::string& log) {
   Lines heads = Messages(log);
   for (std::string& message : heads)

@@ -28,6 +28,10 @@ class ModuleTest : public testing::Test {
   static std::vector<LogEntry> Entries(const std::string& log);
   static Lines Messages(const std::string& log);
 
+  // The last of them; an empty one of a log without any.
+  static LogEntry LastEntry(const std::string& log);
+  static std::string LastMessage(const std::string& log);
+
   // The first lines of the messages: debug logging adds lists to some of them.
   static Lines Heads(const std::string& log);
   static Codes ErrorTraces(const std::string& log);

@@ -110,7 +110,7 @@ TEST_F(DispatchTest, AMembersFailureReachesTheScript) {
 TEST_F(DispatchTest, AFailedCommandIsNoFailureForTheScript) {
   EXPECT_TRUE(SUCCEEDED(Call(kExecute, {Manifest(CopyRefused() + Copy("b.txt"))}).code));
   EXPECT_EQ("b.txt", NamesIn(destination.Path()));
-  EXPECT_EQ("ERROR At least one command failed during the 'Execute' or 'ExecuteNavigate' method.", Messages(kRunLog).back());
+  EXPECT_EQ("ERROR At least one command failed during the 'Execute' or 'ExecuteNavigate' method.", LastMessage(kRunLog));
 }
 
 TEST_F(DispatchTest, ExecuteNavigateFillsAStringThatIsPassedByReference) {

@@ -70,7 +70,7 @@ TEST_F(MembersTest, ABrowsersFileNeedsAPlaceForItsUrl) {
 TEST_F(MembersTest, AFailedCommandIsLoggedAsAnErrorOfTheRun) {
   EXPECT_HRESULT(S_FALSE, ExecuteNavigate(CopyRefused() + Copy("b.txt")));
   EXPECT_EQ("b.txt", NamesIn(destination.Path()));
-  const LogEntry last = Entries(kRunLog).back();
+  const LogEntry last = LastEntry(kRunLog);
   EXPECT_EQ(kCommandFailed, LogCapture::MessagesOf({last}).at(0));
   EXPECT_EQ("axNorvik", last.file);
 }
@@ -78,7 +78,7 @@ TEST_F(MembersTest, AFailedCommandIsLoggedAsAnErrorOfTheRun) {
 TEST_F(MembersTest, ExecutePassesOnThatACommandFailed) {
   EXPECT_HRESULT(S_FALSE, Execute(CopyRefused() + Copy("b.txt")));
   EXPECT_EQ("b.txt", NamesIn(destination.Path()));
-  EXPECT_EQ(kCommandFailed, Messages(kRunLog).back());
+  EXPECT_EQ(kCommandFailed, LastMessage(kRunLog));
 }
 
 TEST_F(MembersTest, AManifestThatIsNotPermittedIsNeverAskedFor) {
@@ -98,7 +98,7 @@ TEST_F(MembersTest, ExecuteAddsATraceToTheFailureThatItPassesOn) {
   EXPECT_EQ("(null)", Narrow(url));
   EXPECT_HRESULT(E_ACCESSDENIED, control->Execute(refused.Get()));
   EXPECT_EQ(traces + 1, ErrorTraces(kRunLog).size());
-  const LogEntry last = Entries(kRunLog).back();
+  const LogEntry last = LastEntry(kRunLog);
   EXPECT_EQ("axNorvik", last.file);
   EXPECT_EQ("", last.message);
   EXPECT_HRESULT(E_ACCESSDENIED, last.code);
@@ -117,8 +117,8 @@ TEST_F(MembersTest, ExecuteNavigateNeedsAManifestUrl) {
   EXPECT_EQ("(null)", Narrow(url));
   EXPECT_HRESULT(E_INVALIDARG, control->ExecuteNavigate(Automation("").Get(), url.Receive()));
   EXPECT_EQ("(null)", Narrow(url));
-  EXPECT_EQ(kMissingURL, Messages("permit").back());
-  EXPECT_EQ("axNorvik", Entries("permit").back().file);
+  EXPECT_EQ(kMissingURL, LastMessage("permit"));
+  EXPECT_EQ("axNorvik", LastEntry("permit").file);
 }
 
 TEST_F(MembersTest, AMissingManifestUrlIsLoggedWhereTheRunBeforeItWas) {
@@ -200,7 +200,7 @@ TEST_F(MembersTest, WithoutDebugLoggingThereAreMessagesOnly) {
   EXPECT_HRESULT(S_OK, control->put_LogDebug(VARIANT_FALSE));
   EXPECT_HRESULT(S_FALSE, Execute(CopyRefused()));
   EXPECT_EQ(Codes{}, ErrorTraces(kRunLog));
-  EXPECT_EQ(kCommandFailed, Messages(kRunLog).back());
+  EXPECT_EQ(kCommandFailed, LastMessage(kRunLog));
   for (const LogEntry& entry : Entries(kRunLog))
     EXPECT_EQ(0, entry.line);
 }

@@ -86,9 +86,9 @@ TEST_F(MemoryTest, AnEngineThatCannotBeMadeLeavesAControlWithoutOne) {
   }
   const Lines created = {"ERROR 0x8007000e ActiveX control failed to create command executer."};
   EXPECT_EQ(created, Messages("ActiveX"));
-  EXPECT_EQ("axNorvik", Entries("ActiveX").back().file);
+  EXPECT_EQ("axNorvik", LastEntry("ActiveX").file);
   EXPECT_HRESULT(E_UNEXPECTED, made->Execute(Automation("http://127.0.0.1/").Get()));
-  EXPECT_EQ("ERROR 0x8000ffff ActiveX control missing executer.", Messages("ActiveX").back());
+  EXPECT_EQ("ERROR 0x8000ffff ActiveX control missing executer.", LastMessage("ActiveX"));
 }
 
 TEST_F(MemoryTest, WhereverTheCreationRunsOutOfMemoryNothingStaysBehind) {
@@ -157,7 +157,7 @@ TEST_F(NoStringsTest, APageParameterThatCannotBeKeptIsAFailureOfTheLoad) {
   FakeBag bag;
   bag.properties[L"ManifestURL"] = Variant::Text("any");
   EXPECT_HRESULT(E_OUTOFMEMORY, WithoutStrings([&] { return page->Load(&bag, nullptr); }));
-  EXPECT_EQ("ERROR 0x8007000e Failed to load ActiveX properties or HTML <PARAM> tags.", Messages("permit").back());
+  EXPECT_EQ("ERROR 0x8007000e Failed to load ActiveX properties or HTML <PARAM> tags.", LastMessage("permit"));
 }
 
 }  // namespace

@@ -41,7 +41,7 @@ TEST_F(MissingPermissionsTest, TheControlIsMadeAndTheLogTellsWhy) {
             creationMessages[4]);
   EXPECT_EQ(kNotFound + "An error occured while the ActiveX control was creating executer.  Destroying executer.",
             creationMessages[5]);
-  EXPECT_EQ("axNorvik", Entries("permit").back().file);
+  EXPECT_EQ("axNorvik", LastEntry("permit").file);
 }
 
 TEST_F(MissingPermissionsTest, NothingIsWrittenIntoTheLogOfTheTimeBefore) {
@@ -106,7 +106,7 @@ TEST_F(MissingPermissionsTest, AnInvalidPermissionFileIsAsGoodAsNone) {
       "<?xml version=\"1.0\"?>\r\n<!DOCTYPE VantorPermissions SYSTEM \"permit.dtd\">\r\n<VantorPermissions/>\r\n");
   const auto refused = module.CreateControl();
   EXPECT_EQ("ERROR 0x80004005 An error occured while the ActiveX control was creating executer.  Destroying executer.",
-            Messages("permit").back());
+            LastMessage("permit"));
   EXPECT_HRESULT(E_UNEXPECTED, refused->Execute(manifest.Get()));
 }
 

@@ -61,7 +61,7 @@ TEST_F(NavigationTest, OnceTheBrowserWasSentAFailedCommandIsNotPassedOn) {
   EXPECT_HRESULT(S_OK, SetSite(site.Unknown()));
   EXPECT_HRESULT(S_OK, Execute(CopyRefused() + OpenInBrowser("page.htm")));
   EXPECT_EQ(Lines{FileUrl("page.htm")}, browser.urls);
-  EXPECT_EQ("ERROR At least one command failed during the 'Execute' or 'ExecuteNavigate' method.", Messages(kRunLog).back());
+  EXPECT_EQ("ERROR At least one command failed during the 'Execute' or 'ExecuteNavigate' method.", LastMessage(kRunLog));
 }
 
 TEST_F(NavigationTest, ASuccessOfTheBrowserIsPassedOnAsItIs) {

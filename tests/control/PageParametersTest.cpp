@@ -48,8 +48,8 @@ TEST_F(PageParametersTest, AManifestSetByScriptRunsWhenParametersWithoutOneAreLo
 TEST_F(PageParametersTest, AFailedCommandIsLoggedAsAnErrorOfTheStart) {
   EXPECT_HRESULT(S_FALSE, LoadManifest(CopyRefused() + Copy("b.txt")));
   EXPECT_EQ("b.txt", NamesIn(destination.Path()));
-  EXPECT_EQ(kCommandFailed, Messages(kRunLog).back());
-  EXPECT_EQ("axNorvik", Entries(kRunLog).back().file);
+  EXPECT_EQ(kCommandFailed, LastMessage(kRunLog));
+  EXPECT_EQ("axNorvik", LastEntry(kRunLog).file);
 }
 
 TEST_F(PageParametersTest, ARunThatFailsIsLoggedAndItsCodeReturned) {
@@ -134,7 +134,7 @@ TEST_F(PageParametersTest, AControlMayGoAwayWithSomethingPending) {
 TEST_F(PageParametersTest, DebugLoggingIsSwitchedOffBeforeTheManifestRuns) {
   bag.properties[L"LogDebug"] = Variant::Text("false");
   EXPECT_HRESULT(S_FALSE, LoadManifest(CopyRefused()));
-  EXPECT_EQ(kCommandFailed, Messages(kRunLog).back());
+  EXPECT_EQ(kCommandFailed, LastMessage(kRunLog));
   EXPECT_EQ(Codes{}, ErrorTraces(kRunLog));
   for (const LogEntry& entry : Entries(kRunLog))
     EXPECT_EQ(0, entry.line);

@@ -49,7 +49,7 @@ TEST_F(PropertyBagTest, AnEmptyValueIsAsGoodAsNone) {
 
 TEST_F(PropertyBagTest, NoBagIsRefused) {
   EXPECT_HRESULT(E_INVALIDARG, Load(nullptr));
-  EXPECT_EQ(std::string("ERROR 0x80070057 ") + kLoadFailed, Messages("permit").back());
+  EXPECT_EQ(std::string("ERROR 0x80070057 ") + kLoadFailed, LastMessage("permit"));
   EXPECT_HRESULT(E_INVALIDARG, As<IPersistPropertyBag>()->Save(nullptr, TRUE, TRUE));
 }
 
@@ -100,7 +100,7 @@ TEST_F(PropertyBagTest, NoManifestRunsWhenAPropertyCannotBePut) {
   bag.properties = {{L"ManifestURL", Variant::Text(Narrow(Serve(Copy("a.txt"))))}, {L"LogDebug", Variant::Text("perhaps")}};
   EXPECT_HRESULT(E_FAIL, Load(&bag));
   EXPECT_EQ(Lines{}, server.Asked());
-  EXPECT_EQ(std::string("ERROR 0x80004005 ") + kLoadFailed, Messages("permit").back());
+  EXPECT_EQ(std::string("ERROR 0x80004005 ") + kLoadFailed, LastMessage("permit"));
 }
 
 // One property, as the host's bag holds it and as the control then writes it back.
@@ -149,8 +149,8 @@ TEST_P(LoadedPropertyTest, IsTakenOrRefused) {
       line = line.substr(0, line.find(' ')) == text.substr(0, text.find(' ')) ? text : line;
     EXPECT_EQ(1u, Messages("permit").size());
   } else {
-    EXPECT_EQ(std::string("ERROR 0x80004005 ") + kLoadFailed, Messages("permit").back());
-    EXPECT_EQ("axNorvik", Entries("permit").back().file);
+    EXPECT_EQ(std::string("ERROR 0x80004005 ") + kLoadFailed, LastMessage("permit"));
+    EXPECT_EQ("axNorvik", LastEntry("permit").file);
   }
   EXPECT_EQ(expected, Saved());
 }

@@ -110,6 +110,33 @@ TEST_F(RegistrationTest, UnregistrationLeavesNoKey) {
   EXPECT_EQ(Lines{}, DumpClassKey("Wow6432Node\\" + InterfaceKey()));
 }
 
+// Component categories and the like, which another program may have put below the class.
+void AddStrayKeys() {
+  for (const std::string& key : {ClassKey() + "\\Stray", ClassKey() + "\\Programmable\\Stray"}) {
+    HKEY created = nullptr;
+    EXPECT_EQ(ERROR_SUCCESS, RegCreateKeyA(HKEY_CLASSES_ROOT, key.c_str(), &created));
+    RegCloseKey(created);
+  }
+}
+
+// The registrar of some systems does not carry this out, so the words are what can be seen everywhere.
+TEST_F(RegistrationTest, TheScriptRemovesTheClassWholeAndTheKeyOfAllClassesNever) {
+  const HRSRC found = FindResourceA(module.Handle(), MAKEINTRESOURCEA(100), "REGISTRY");
+  ASSERT_NE(nullptr, found);
+  const std::string script(
+      static_cast<const char*>(LockResource(LoadResource(module.Handle(), found))), SizeofResource(module.Handle(), found));
+  for (const std::string& words :
+       {std::string("NoRemove CLSID\r\n"), "ForceRemove " + Braced(CLSID_AXNorvik) + " = s 'AXNorvik Class'\r\n",
+        std::string("ForceRemove Programmable\r\n")})
+    EXPECT_NE(std::string::npos, script.find(words)) << words;
+}
+
+TEST_F(RegistrationTest, TheClassIsWrittenAnew) {
+  AddStrayKeys();
+  EXPECT_HRESULT(S_OK, module.RegisterServer());
+  EXPECT_EQ(ScriptEntries(installed.Path()), DumpClassKeys());
+}
+
 TEST_F(RegistrationTest, UnregistrationLeavesOtherClassesAlone) {
   const Lines registrar = DumpClassKey("CLSID\\{44EC053A-400F-11D0-9DCD-00A0C90391D3}");
   ASSERT_FALSE(registrar.empty());

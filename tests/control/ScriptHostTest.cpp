@@ -93,7 +93,7 @@ TEST_F(ScriptHostTest, AFailedCommandIsInTheLogOnly) {
   const std::string manifest = Narrow(Serve(CopyRefused() + Copy("b.txt")));
   EXPECT_EQ(Lines{"done"}, Run("attempt(function () { control.Execute(manifest); });\r\n", manifest));
   EXPECT_EQ("b.txt", NamesIn(destination.Path()));
-  EXPECT_EQ("ERROR At least one command failed during the 'Execute' or 'ExecuteNavigate' method.", Messages(kRunLog).back());
+  EXPECT_EQ("ERROR At least one command failed during the 'Execute' or 'ExecuteNavigate' method.", LastMessage(kRunLog));
 }
 
 TEST_F(ScriptHostTest, AScriptCatchesTheCodeOfAFailure) {
