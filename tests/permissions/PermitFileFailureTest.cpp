@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cwchar>
 #include <set>
 
 #include "common/Handles.h"
@@ -207,13 +208,19 @@ TEST_F(PermitFileFailureTest, ACopyThatCannotBeLoadedIsReported) {
   ExpectNoPermissions();
 }
 
-// The names of the elements are the only strings that are made so, in the order of reading: Source, URL, Extension,
-// Destination.
+// The string for an element's name cannot be made, the time that is counted from 1: `Destination` is asked for twice, first
+// when the document is checked and then when its entries are read.
+auto FailName(const wchar_t* name, int time) {
+  return [=, seen = 0](auto original, const wchar_t* text) mutable -> BSTR {
+    return std::wcscmp(text, name) == 0 && ++seen == time ? nullptr : original(text);
+  };
+}
+
 TEST_F(PermitFileFailureTest, ASourceThatCannotBeReadLeavesNoPermissions) {
   LogCapture log(false);
   HRESULT hr = S_OK;
   {
-    PATCH_IMPORT(noMemory, SysAllocString, FailCall(1, static_cast<BSTR>(nullptr), ERROR_NOT_ENOUGH_MEMORY));
+    PATCH_IMPORT(noMemory, SysAllocString, FailName(L"Source", 1));
     hr = ReadAgain();
   }
   EXPECT_HRESULT(E_OUTOFMEMORY, hr);
@@ -227,7 +234,7 @@ TEST_F(PermitFileFailureTest, ADestinationThatCannotBeReadLeavesTheSource) {
   LogCapture log(true);
   HRESULT hr = S_OK;
   {
-    PATCH_IMPORT(noMemory, SysAllocString, FailCall(4, static_cast<BSTR>(nullptr), ERROR_NOT_ENOUGH_MEMORY));
+    PATCH_IMPORT(noMemory, SysAllocString, FailName(L"Destination", 2));
     hr = ReadAgain();
   }
   EXPECT_HRESULT(E_OUTOFMEMORY, hr);
