@@ -1,7 +1,6 @@
 #include "transfer/Transfer.h"
 
 #include <shlwapi.h>
-#include <wininet.h>
 
 #include <cstring>
 
@@ -13,45 +12,13 @@
 #include "transfer/DestinationWriter.h"
 #include "transfer/DocumentHead.h"
 #include "transfer/URLText.h"
+#include "transfer/WebSource.h"
 
 namespace {
 
 constexpr char kSourceFile[] = "FileUtilities";
 
 constexpr DWORD kChunkBytes = 4096;
-constexpr char kAgent[] = "Norvik";
-
-// Always from the server, and nothing of it is left in the browser's cache.
-constexpr DWORD kOpenFlags = INTERNET_FLAG_RELOAD | INTERNET_FLAG_NO_CACHE_WRITE;
-
-struct InternetHandleTraits {
-  using Handle = HINTERNET;
-  static Handle Invalid() { return nullptr; }
-  static void Close(Handle handle) { InternetCloseHandle(handle); }
-};
-using InternetHandle = UniqueHandle<InternetHandleTraits>;
-
-class WebSource : public ByteSource {
- public:
-  HRESULT Open(const char* url) {
-    session = InternetHandle(InternetOpenA(kAgent, INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0));
-    if (!session)
-      return Traced(HERE, ResultFromLastError());
-    connection = InternetHandle(InternetOpenUrlA(session.Get(), url, nullptr, 0, kOpenFlags, 0));
-    if (!connection)
-      return Failed(HERE, ResultFromLastError(), "Opening '%s' failed.", url);
-    return S_OK;
-  }
-
-  bool Read(void* buffer, DWORD size, DWORD& count) override {
-    count = 0;
-    return InternetReadFile(connection.Get(), buffer, size, &count) != FALSE;
-  }
-
- private:
-  InternetHandle session;
-  InternetHandle connection;
-};
 
 class LocalSource : public ByteSource {
  public:

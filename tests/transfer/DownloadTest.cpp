@@ -206,7 +206,7 @@ TEST_F(DownloadTest, AHostThatIsNoneIsReported) {
   ExpectFailed("0x80072ee7", "Opening", url);
 }
 
-// WinINet under Wine takes the end of a connection for the end of the data, whatever the server announced, and so does the
+// Without an announced length, WinINet under Wine takes the end of a connection for the end of the data, and so does the
 // transfer: what arrived is the file.
 struct EarlyEndRow {
   const char* name;
@@ -227,17 +227,43 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         EarlyEndRow{"NoAnswer", Response::Raw(), ""}, EarlyEndRow{"NoHTTP", Response::Raw().Body("no HTTP at all"), ""},
         EarlyEndRow{"InTheHead", Response::Raw().Body("HTTP/1.1 200 OK\r\nContent-Le"), ""},
-        EarlyEndRow{"BehindTheHead", Response().Length(100000), ""},
-        EarlyEndRow{"InTheBody", Response().Length(100000).Body(PatternOf(50000)), PatternOf(50000)},
         EarlyEndRow{"NegativeLength", Response().NoLength().Header("Content-Length", "-5").Body("abc"), "abc"},
-        EarlyEndRow{"LengthBeyondAllDisks", Response().Length(99999999999999ull).Body("abc"), "abc"},
         EarlyEndRow{"MalformedChunk",
                     Response().NoLength().Header("Transfer-Encoding", "chunked").Body("3\r\nabc\r\nzz\r\n"), "abc"},
         EarlyEndRow{"InAChunk", Response().NoLength().Header("Transfer-Encoding", "chunked").Body("30\r\nabc"), "abc"}),
     [](const testing::TestParamInfo<EarlyEndRow>& row) { return std::string(row.param.name); });
 
-TEST_F(DownloadTest, ADocumentThatEndsInItsHeadIsRefused) {
+struct ShortBodyRow {
+  const char* name;
+  Response response;
+};
+
+class ShortBodyTest : public DownloadTest, public testing::WithParamInterface<ShortBodyRow> {};
+
+TEST_P(ShortBodyTest, IsAFailedRead) {
+  EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_INTERNET_CONNECTION_ABORTED), FetchPath(GetParam().response));
+  ExpectFailed("0x80072efe", "Reading", server.Url("/a.bin"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , ShortBodyTest,
+    testing::Values(ShortBodyRow{"NothingBehindTheHead", Response().Length(100000)},
+                    ShortBodyRow{"HalfABody", Response().Length(100000).Body(PatternOf(50000))},
+                    ShortBodyRow{"OneByteShort", Response().Length(8193).Body(PatternOf(8192))},
+                    ShortBodyRow{"LengthBeyondAllDisks", Response().Length(99999999999999ull).Body("abc")}),
+    [](const testing::TestParamInfo<ShortBodyRow>& row) { return std::string(row.param.name); });
+
+TEST_F(DownloadTest, ADocumentThatIsCutInItsHeadIsAFailedRead) {
   server.Answer("/m.xml", Response().Length(1000).Body("<?xml?><!DOC"));
+  const DWORD flags = kTransferXMLDocument | kTransferManifest;
+  EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_INTERNET_CONNECTION_ABORTED),
+                 Fetch(server.Url("/m.xml"), nullptr, FILE_ATTRIBUTE_NORMAL, flags));
+  EXPECT_EQ(Texts{"ERROR 0x80072efe Reading failed."}, log.Messages());
+  EXPECT_EQ("", NamesIn(folder.Path()));
+}
+
+TEST_F(DownloadTest, ADocumentThatEndsInItsHeadIsRefused) {
+  server.Answer("/m.xml", Response().Body("<?xml?><!DOC"));
   const DWORD flags = kTransferXMLDocument | kTransferManifest;
   EXPECT_HRESULT(E_FAIL, Fetch(server.Url("/m.xml"), nullptr, FILE_ATTRIBUTE_NORMAL, flags));
   EXPECT_EQ(Texts{"ERROR 0x80004005 Invalid XML document ('   <!DOC')."}, log.Messages());

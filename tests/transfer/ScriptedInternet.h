@@ -6,6 +6,7 @@
 #include <wininet.h>
 
 #include <cstring>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,9 @@ class ScriptedInternet {
     failedRead = call;
     readError = error;
   }
+
+  // The server's answer has this header (an HTTP_QUERY_ number); it has no other ones.
+  void Announce(DWORD header, const std::string& value) { headers[header] = value; }
 
   int Reads() const { return reads; }
   DWORD LargestRead() const { return largestRead; }
@@ -54,6 +58,19 @@ class ScriptedInternet {
     return TRUE;
   }
 
+  BOOL Query(DWORD header, void* buffer, DWORD* size) {
+    const auto found = headers.find(header);
+    const bool fits = found != headers.end() && found->second.size() < *size;
+    if (!fits) {
+      SetLastError(found == headers.end() ? ERROR_HTTP_HEADER_NOT_FOUND : ERROR_INSUFFICIENT_BUFFER);
+      return FALSE;
+    }
+    std::memcpy(buffer, found->second.c_str(), found->second.size() + 1);
+    *size = static_cast<DWORD>(found->second.size());
+    return TRUE;
+  }
+
+  std::map<DWORD, std::string> headers;
   std::vector<std::string> chunks;
   std::size_t chunk = 0;
   std::size_t position = 0;
@@ -92,5 +109,10 @@ class ScriptedInternet {
         ++closed;
         EXPECT_EQ(Handle(opened + 1 - closed), handle);  // the connection before its session
         return TRUE;
+      }};
+  ImportedFunction<struct ScriptedQuery, decltype(&::HttpQueryInfoA)> query{
+      "HttpQueryInfoA", [this](auto, HINTERNET connection, DWORD header, void* buffer, DWORD* size, DWORD*) {
+        EXPECT_EQ(Handle(2), connection);
+        return Query(header, buffer, size);
       }};
 };

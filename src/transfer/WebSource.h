@@ -1,0 +1,34 @@
+#pragma once
+
+#include "common/Windows.h"
+
+#include <wininet.h>
+
+#include "common/Handles.h"
+#include "transfer/ByteSource.h"
+
+struct InternetHandleTraits {
+  using Handle = HINTERNET;
+  static Handle Invalid() { return nullptr; }
+  static void Close(Handle handle) { InternetCloseHandle(handle); }
+};
+using InternetHandle = UniqueHandle<InternetHandleTraits>;
+
+// The body of a server's answer. A body that is shorter or longer than the server announced is a failed read
+// (ERROR_INTERNET_CONNECTION_ABORTED): not every system's transport notices by itself.
+class WebSource : public ByteSource {
+ public:
+  // Asks the server, never a cache, and waits for the head of its answer. S_OK or the system's failure, which is logged.
+  [[nodiscard]] HRESULT Open(const char* url);
+
+  bool Read(void* buffer, DWORD size, DWORD& count) override;
+
+ private:
+  void ReadAnnouncedBytes();
+
+  InternetHandle session;
+  InternetHandle connection;
+  bool isLengthAnnounced = false;
+  ULONGLONG announcedBytes = 0;
+  ULONGLONG receivedBytes = 0;
+};
