@@ -18,6 +18,7 @@ readonly wine_packages=(wine wine64)
 readonly test_packages=(libgtest-dev openssl)
 readonly lint_packages=(clang-format clang-tidy cppcheck shellcheck)
 readonly demo_packages=(nginx-light)
+readonly wine32_packages=(debootstrap bubblewrap)
 
 # as_root COMMAND...: as root or through sudo.
 as_root() {
@@ -70,18 +71,65 @@ build_width() {
   build_target "$1" all
 }
 
-# use_wine: the environment of every Windows program, and the project's own prefix, made once.
+# A 32-bit Wine is the machine's own or, where there is none, that of a small i386 Debian below build/, which bubblewrap enters
+# with the project's folder at its usual place.
+readonly i386=$build/i386
+
+need_wine32() {
+  [ -x /usr/lib/wine/wine ] || [ -f "$i386/.ready" ] && return
+  need_packages "${wine32_packages[@]}"
+  say "Making a 32-bit Wine in build/i386"
+  make_i386 >"$build/i386.log" 2>&1 </dev/null || {
+    tail -n 5 "$build/i386.log" >&2
+    die "a 32-bit Wine cannot be had here (build/i386.log says why); scripts/test --width x64 does without it"
+  }
+}
+
+# shellcheck disable=SC2016  # apt-get and sh take the words in single quotes as they stand
+make_i386() {
+  local mirror codename
+  mirror=$(apt-get indextargets --format '$(SITE)' 'Created-By: Packages' | grep -v security | head -n 1)
+  codename=$(. /etc/os-release && echo "$VERSION_CODENAME")
+  as_root rm -rf "$i386" &&
+    as_root debootstrap --arch=i386 --variant=minbase "$codename" "$i386" "$mirror" &&
+    as_root cp /etc/resolv.conf /etc/hosts "$i386/etc" &&
+    # /proc is mounted for as long as this takes, where nobody else sees it.
+    as_root unshare --mount sh -c 'mount -t proc proc "$0/proc" &&
+      chroot "$0" apt-get update &&
+      DEBIAN_FRONTEND=noninteractive chroot "$0" apt-get install -y --no-install-recommends wine wine32' "$i386" &&
+    as_root mkdir -p "$i386$root" &&
+    as_root touch "$i386/.ready"
+}
+
+# with_wine COMMAND...: a command of the Wine that use_wine chose.
+with_wine() {
+  if [ "$WINEARCH" = win64 ] || [ -x /usr/lib/wine/wine ]; then
+    "$@"
+  else
+    bwrap --bind "$i386" / --proc /proc --dev /dev --bind /tmp /tmp --bind "$root" "$root" --chdir "$PWD" "$@"
+  fi
+}
+
+# run_windows PROGRAM...: in the prefix that use_wine chose.
+run_windows() {
+  if [ "$WINEARCH" = win64 ]; then with_wine wine64 "$@"; else with_wine wine "$@"; fi
+}
+
+# use_wine [x64|x86]: the environment of every Windows program of that width, and the project's own prefix for it, made once.
 use_wine() {
   export PATH=/usr/lib/wine:$PATH
   export WINEPREFIX=$build/wine WINEARCH=win64 WINEDEBUG=${WINEDEBUG--all} WINEDLLOVERRIDES='mscoree,mshtml='
+  if [ "${1:-x64}" = x86 ]; then
+    export WINEPREFIX=$build/wine-x86 WINEARCH=win32
+  fi
   unset DISPLAY WAYLAND_DISPLAY
   if [ ! -f "$WINEPREFIX/.ready" ]; then
-    say "Making the Wine prefix build/wine"
+    say "Making the Wine prefix ${WINEPREFIX#"$root/"}"
     end_wine
     rm -rf "$WINEPREFIX"
     mkdir -p "$WINEPREFIX"
-    wineboot --init >"$build/wineboot.log" 2>&1 </dev/null || die "wineboot failed; see build/wineboot.log"
-    wineserver -w
+    run_windows wineboot --init >"$build/wineboot.log" 2>&1 </dev/null || die "wineboot failed; see build/wineboot.log"
+    with_wine wineserver -w
     contain_user_folders
     touch "$WINEPREFIX/.ready"
   fi
@@ -99,21 +147,23 @@ contain_user_folders() {
   done
 }
 
-# start_wine: one server for all programs of this script, in place of one that an interrupted script left.
+# start_wine [WIDTH]: one server for all programs of this script, in place of one that an interrupted script left.
 start_wine() {
-  use_wine
+  use_wine "$@"
   end_wine
-  wineserver -p >/dev/null 2>&1 </dev/null
+  with_wine wineserver -p >/dev/null 2>&1 </dev/null
 }
 
-# keep_wine: a server that ends with this script.
+# keep_wine [WIDTH]: a server that ends with this script.
 keep_wine() {
   trap end_wine EXIT
-  start_wine
+  start_wine "$@"
 }
 
+# end_wine: ends what runs in the prefix that use_wine chose last, or in the 64-bit one.
 end_wine() {
-  if [ -d "$build/wine" ]; then
-    WINEPREFIX=$build/wine wineserver -k 2>/dev/null || true
+  local prefix=${WINEPREFIX:-$build/wine}
+  if [ -d "$prefix" ]; then
+    WINEPREFIX=$prefix WINEARCH=${WINEARCH:-win64} with_wine wineserver -k 2>/dev/null || true
   fi
 }

@@ -259,9 +259,10 @@ TEST(CopyCommandReadTest, TheReadingHasTheCodeOfTheDestination) {
   EXPECT_EQ("x", Text(read.command.GetNotFoundText()));
 }
 
+// No part of the source is as long as the object is large, in either width.
 TEST(CopyCommandReadTest, ADestinationThatCannotBeAllocatedIsABadPointer) {
   for (const char* destination : {"<Temp/>", "<Cookie/>", ""}) {
-    const auto element = ParseElement(CopyElement(kWebSource, destination));
+    const auto element = ParseElement(CopyElement("http://h/a.txt", destination));
     const LogCapture log;
     HRESULT hr = S_OK;
     HeapFailure failure = HeapFailure::OfSize(sizeof(CDestinationFolder));
