@@ -2,7 +2,7 @@
 
 add_library(norvik_compile INTERFACE)
 target_compile_options(norvik_compile INTERFACE
-  -Wall -Wextra -Werror -Wformat=2 -Wshadow=local
+  -Wall -Wextra -Werror -Wdate-time -Wformat=2 -Wshadow=local
   -fstack-protector-strong
   -ffunction-sections -fdata-sections
   # The same bytes from every folder and on every day.

@@ -46,3 +46,11 @@ struct FileHandleTraits {
   static void Close(Handle handle) { CloseHandle(handle); }
 };
 using FileHandle = UniqueHandle<FileHandleTraits>;
+
+// Text from the local heap.
+struct LocalTextTraits {
+  using Handle = char*;
+  static Handle Invalid() { return nullptr; }
+  static void Close(Handle text) { LocalFree(text); }
+};
+using LocalText = UniqueHandle<LocalTextTraits>;

@@ -29,33 +29,15 @@ void Free(void* memory) noexcept {
 
 }  // namespace
 
-void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
-  return Allocate(bytes);
-}
-void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
-  return Allocate(bytes);
-}
-void* operator new(std::size_t bytes) {
-  return AllocateOrEnd(bytes);
-}
-void* operator new[](std::size_t bytes) {
-  return AllocateOrEnd(bytes);
-}
-void operator delete(void* memory) noexcept {
-  Free(memory);
-}
-void operator delete[](void* memory) noexcept {
-  Free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  Free(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept {
-  Free(memory);
-}
-void operator delete(void* memory, const std::nothrow_t&) noexcept {
-  Free(memory);
-}
-void operator delete[](void* memory, const std::nothrow_t&) noexcept {
-  Free(memory);
-}
+// clang-format off
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept { return Allocate(bytes); }
+void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept { return Allocate(bytes); }
+void* operator new(std::size_t bytes) { return AllocateOrEnd(bytes); }
+void* operator new[](std::size_t bytes) { return AllocateOrEnd(bytes); }
+void operator delete(void* memory) noexcept { Free(memory); }
+void operator delete[](void* memory) noexcept { Free(memory); }
+void operator delete(void* memory, std::size_t /*bytes*/) noexcept { Free(memory); }
+void operator delete[](void* memory, std::size_t /*bytes*/) noexcept { Free(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { Free(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { Free(memory); }
+// clang-format on

@@ -96,12 +96,6 @@ void WriteHead(const FileHandle& file, const char* level, int line, const char* 
   Write(file, head);
 }
 
-struct LocalTextTraits {
-  using Handle = char*;
-  static Handle Invalid() { return nullptr; }
-  static void Close(Handle text) { LocalFree(text); }
-};
-
 void WriteResultCode(const FileHandle& file, HRESULT hr) {
   if (SUCCEEDED(hr))
     return;
@@ -113,7 +107,7 @@ void WriteResultCode(const FileHandle& file, HRESULT hr) {
   const DWORD length = FormatMessageA(
       FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_FROM_SYSTEM, nullptr,
       static_cast<DWORD>(hr), MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT), reinterpret_cast<char*>(&allocated), 0, nullptr);
-  const UniqueHandle<LocalTextTraits> systemText(allocated);
+  const LocalText systemText(allocated);
   if (length == 0 || !systemText)
     return;
   Write(file, " ");

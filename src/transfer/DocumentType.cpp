@@ -13,13 +13,6 @@ constexpr char kPermitFormat[] = "\r\n<!DOCTYPE VantorPermissions SYSTEM \"file:
 constexpr std::size_t kManifestRoom = 64;
 constexpr std::size_t kPermitRoom = 65;
 
-struct LocalTextTraits {
-  using Handle = char*;
-  static Handle Invalid() { return nullptr; }
-  static void Close(Handle text) { LocalFree(text); }
-};
-using LocalText = UniqueHandle<LocalTextTraits>;
-
 LocalText manifestLine;
 LocalText permitLine;
 
