@@ -117,11 +117,23 @@ TEST_F(CopyLocalFileTest, AReadTakes4096Bytes) {
   EXPECT_HRESULT(S_OK, Copy());
 }
 
+// For a user who is not root, Wine keeps only one of the two on a file: what the system is asked for is what counts.
 TEST_F(CopyLocalFileTest, TheCopyHasTheAttributes) {
   WriteWholeFile(source, "x");
   const DWORD attributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN;
-  EXPECT_HRESULT(S_OK, Copy(attributes));
-  EXPECT_EQ(attributes, AttributesOf(destination) & attributes);
+  DWORD created = 0;
+  {
+    PATCH_IMPORT(record, CreateFileA,
+                 [&](auto original, const char* path, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security,
+                     DWORD disposition, DWORD asked, HANDLE pattern) {
+      if (path == destination)
+        created = asked;
+      return original(path, access, sharing, security, disposition, asked, pattern);
+    });
+    EXPECT_HRESULT(S_OK, Copy(attributes));
+  }
+  EXPECT_EQ(attributes, created);
+  EXPECT_EQ(DWORD{FILE_ATTRIBUTE_READONLY}, AttributesOf(destination) & FILE_ATTRIBUTE_READONLY);
   EXPECT_EQ("x", ReadWholeFile(destination));
 }
 
