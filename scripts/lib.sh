@@ -85,20 +85,24 @@ need_wine32() {
   }
 }
 
+# What is mounted while it is made is mounted where nobody else sees it, and is gone with the processes that need it. A run that
+# was killed may still be at work: the lock waits for it.
 # shellcheck disable=SC2016  # apt-get and sh take the words in single quotes as they stand
 make_i386() {
   local mirror codename
   mirror=$(apt-get indextargets --format '$(SITE)' 'Created-By: Packages' | grep -v security | head -n 1)
   codename=$(. /etc/os-release && echo "$VERSION_CODENAME")
-  as_root rm -rf "$i386" &&
-    as_root debootstrap --arch=i386 --variant=minbase "$codename" "$i386" "$mirror" &&
-    as_root cp /etc/resolv.conf /etc/hosts "$i386/etc" &&
-    # /proc is mounted for as long as this takes, where nobody else sees it.
-    as_root unshare --mount sh -c 'mount -t proc proc "$0/proc" &&
-      chroot "$0" apt-get update &&
-      DEBIAN_FRONTEND=noninteractive chroot "$0" apt-get install -y --no-install-recommends wine wine32' "$i386" &&
-    as_root mkdir -p "$i386$root" &&
-    as_root touch "$i386/.ready"
+  as_root flock "$build/i386.lock" unshare --mount sh -ec '
+    folder=$1 project=$2 codename=$3 mirror=$4
+    [ ! -f "$folder/.ready" ] || exit 0
+    rm -rf --one-file-system "$folder"
+    debootstrap --arch=i386 --variant=minbase "$codename" "$folder" "$mirror"
+    cp /etc/resolv.conf /etc/hosts "$folder/etc"
+    mountpoint -q "$folder/proc" || mount -t proc proc "$folder/proc"
+    chroot "$folder" apt-get update
+    DEBIAN_FRONTEND=noninteractive chroot "$folder" apt-get install -y --no-install-recommends wine wine32
+    mkdir -p "$folder$project"
+    touch "$folder/.ready"' make_i386 "$i386" "$root" "$codename" "$mirror"
 }
 
 # with_wine COMMAND...: a command of the Wine that use_wine chose.
