@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "control/ControlFixture.h"
+#include "host/ControlFixture.h"
 
 using Microsoft::WRL::ComPtr;
 

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "control/ControlFixture.h"
-#include "control/Invocation.h"
+#include "host/ControlFixture.h"
+#include "host/Invocation.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "control/ControlFixture.h"
+#include "host/ControlFixture.h"
 
 using Microsoft::WRL::ComPtr;
 

@@ -8,7 +8,7 @@
 #include <ocidl.h>
 #include <oleidl.h>
 
-#include "control/ControlFixture.h"
+#include "host/ControlFixture.h"
 
 using Microsoft::WRL::ComPtr;
 

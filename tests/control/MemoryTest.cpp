@@ -5,8 +5,8 @@
 #include <functional>
 #include <set>
 
-#include "control/ControlFixture.h"
-#include "control/HostDoubles.h"
+#include "host/ControlFixture.h"
+#include "host/HostDoubles.h"
 #include "support/ImportPatch.h"
 
 using Microsoft::WRL::ComPtr;

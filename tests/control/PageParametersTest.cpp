@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "control/ControlFixture.h"
-#include "control/HostDoubles.h"
+#include "host/ControlFixture.h"
+#include "host/HostDoubles.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "control/ControlFixture.h"
-#include "control/RegistryKeys.h"
+#include "host/ControlFixture.h"
+#include "host/RegistryKeys.h"
 #include "support/ImportPatch.h"
 
 using Microsoft::WRL::ComPtr;

@@ -5,8 +5,8 @@
 #include <algorithm>
 
 #include "common/Handles.h"
-#include "control/ControlFixture.h"
-#include "control/RegistryKeys.h"
+#include "host/ControlFixture.h"
+#include "host/RegistryKeys.h"
 
 namespace {
 

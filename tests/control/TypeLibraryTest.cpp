@@ -4,7 +4,7 @@
 
 #include <set>
 
-#include "control/ControlFixture.h"
+#include "host/ControlFixture.h"
 
 using Microsoft::WRL::ComPtr;
 

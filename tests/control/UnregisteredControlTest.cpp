@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "control/ControlFixture.h"
-#include "control/Invocation.h"
-#include "control/RegistryKeys.h"
+#include "host/ControlFixture.h"
+#include "host/Invocation.h"
+#include "host/RegistryKeys.h"
 #include "support/ImportPatch.h"
 
 using Microsoft::WRL::ComPtr;

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-#include "control/Variants.h"
+#include "host/Variants.h"
 #include "support/FakeXmlBase.h"
 
 // What a host shows to a control that it embeds: the objects on the way from the site to the browser, and a property bag. A

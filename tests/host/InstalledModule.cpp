@@ -1,4 +1,4 @@
-#include "control/InstalledModule.h"
+#include "host/InstalledModule.h"
 
 #include <gtest/gtest.h>
 #include <wininet.h>

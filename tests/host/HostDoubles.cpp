@@ -1,6 +1,6 @@
-#include "control/HostDoubles.h"
+#include "host/HostDoubles.h"
 
-#include "control/ControlFixture.h"
+#include "host/ControlFixture.h"
 
 HRESULT FakeBrowser::QueryInterface(REFIID iid, void** object) {
   *object = nullptr;

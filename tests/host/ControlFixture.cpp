@@ -1,4 +1,4 @@
-#include "control/ControlFixture.h"
+#include "host/ControlFixture.h"
 
 #include "common/Windows.h"
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "common/Text.h"
-#include "control/InstalledModule.h"
+#include "host/InstalledModule.h"
 #include "support/Files.h"
 #include "support/HResult.h"
 #include "support/LogCapture.h"

@@ -1,4 +1,4 @@
-#include "control/Variants.h"
+#include "host/Variants.h"
 
 #include "support/Files.h"
 

@@ -1,4 +1,4 @@
-#include "control/Invocation.h"
+#include "host/Invocation.h"
 
 namespace {
 

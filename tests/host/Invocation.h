@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "control/Variants.h"
+#include "host/Variants.h"
 
 // A call of a member through IDispatch, as a script host makes it.
 struct Invocation {

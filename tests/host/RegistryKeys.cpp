@@ -1,9 +1,9 @@
-#include "control/RegistryKeys.h"
+#include "host/RegistryKeys.h"
 
 #include <gtest/gtest.h>
 
 #include "common/Handles.h"
-#include "control/ControlFixture.h"
+#include "host/ControlFixture.h"
 
 namespace {
 
