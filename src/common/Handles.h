@@ -4,8 +4,8 @@
 
 #include <utility>
 
-// Move-only owners of system handles. Closing keeps the thread's last error, so that a failure can still be reported after
-// its handle is gone.
+// Move-only owners of system handles. What an owner closes by itself keeps the thread's last error, so that a failure can
+// still be reported after its handle is gone.
 template <class Traits>
 class UniqueHandle {
  public:
@@ -16,34 +16,36 @@ class UniqueHandle {
   UniqueHandle(UniqueHandle&& other) noexcept : handle(std::exchange(other.handle, Traits::Invalid())) {}
   UniqueHandle& operator=(UniqueHandle&& other) noexcept {
     if (this != &other) {
-      Close();
+      CloseQuietly();
       handle = std::exchange(other.handle, Traits::Invalid());
     }
     return *this;
   }
   UniqueHandle(const UniqueHandle&) = delete;
   UniqueHandle& operator=(const UniqueHandle&) = delete;
-  ~UniqueHandle() { Close(); }
+  ~UniqueHandle() { CloseQuietly(); }
 
   Handle Get() const { return handle; }
   explicit operator bool() const { return handle != Traits::Invalid(); }
 
-  void Close() {
-    if (handle == Traits::Invalid())
-      return;
+  // False when the system reports a failure, with the thread's last error; the handle is gone either way. Nothing to close
+  // is none.
+  bool Close() { return handle == Traits::Invalid() || Traits::Close(std::exchange(handle, Traits::Invalid())); }
+
+ private:
+  void CloseQuietly() {
     const DWORD error = GetLastError();
-    Traits::Close(std::exchange(handle, Traits::Invalid()));
+    Close();
     SetLastError(error);
   }
 
- private:
   Handle handle = Traits::Invalid();
 };
 
 struct FileHandleTraits {
   using Handle = HANDLE;
   static Handle Invalid() { return INVALID_HANDLE_VALUE; }
-  static void Close(Handle handle) { CloseHandle(handle); }
+  static bool Close(Handle handle) { return CloseHandle(handle) != FALSE; }
 };
 using FileHandle = UniqueHandle<FileHandleTraits>;
 
@@ -51,6 +53,6 @@ using FileHandle = UniqueHandle<FileHandleTraits>;
 struct LocalTextTraits {
   using Handle = char*;
   static Handle Invalid() { return nullptr; }
-  static void Close(Handle text) { LocalFree(text); }
+  static bool Close(Handle text) { return LocalFree(text) == nullptr; }
 };
 using LocalText = UniqueHandle<LocalTextTraits>;

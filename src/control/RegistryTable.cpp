@@ -46,7 +46,7 @@ constexpr int kKeySize = 128;
 struct RegistryKeyTraits {
   using Handle = HKEY;
   static Handle Invalid() { return nullptr; }
-  static void Close(Handle key) { RegCloseKey(key); }
+  static bool Close(Handle key) { return RegCloseKey(key) == ERROR_SUCCESS; }
 };
 using RegistryKey = UniqueHandle<RegistryKeyTraits>;
 

@@ -69,10 +69,7 @@ bool DestinationWriter::SetTime(const FILETIME& newTime) {
 bool DestinationWriter::Close() {
   if (!isCreated)
     return true;
-  if (isCookie)
-    return SetCookie();
-  file.Close();
-  return true;
+  return isCookie ? SetCookie() : file.Close();
 }
 
 bool DestinationWriter::SetCookie() {

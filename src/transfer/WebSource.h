@@ -10,7 +10,7 @@
 struct InternetHandleTraits {
   using Handle = HINTERNET;
   static Handle Invalid() { return nullptr; }
-  static void Close(Handle handle) { InternetCloseHandle(handle); }
+  static bool Close(Handle handle) { return InternetCloseHandle(handle) != FALSE; }
 };
 using InternetHandle = UniqueHandle<InternetHandleTraits>;
 

@@ -10,7 +10,7 @@ namespace {
 struct KeyTraits {
   using Handle = HKEY;
   static Handle Invalid() { return nullptr; }
-  static void Close(Handle key) { RegCloseKey(key); }
+  static bool Close(Handle key) { return RegCloseKey(key) == ERROR_SUCCESS; }
 };
 using Key = UniqueHandle<KeyTraits>;
 

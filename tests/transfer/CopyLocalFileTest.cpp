@@ -302,7 +302,8 @@ INSTANTIATE_TEST_SUITE_P(
         FaultRow{"LastWrite", false, FileFault::Kind::Write, 3, ERROR_DISK_FULL, "0x80070070", "Writing"},
         FaultRow{"FirstShortWrite", false, FileFault::Kind::ShortWrite, 1, 0, "0x8007001d", "Writing"},
         FaultRow{"LastShortWrite", false, FileFault::Kind::ShortWrite, 3, 0, "0x8007001d", "Writing"},
-        FaultRow{"SetTime", false, FileFault::Kind::SetTime, 1, ERROR_ACCESS_DENIED, "0x80070005", "Writing"}),
+        FaultRow{"SetTime", false, FileFault::Kind::SetTime, 1, ERROR_ACCESS_DENIED, "0x80070005", "Writing"},
+        FaultRow{"Close", false, FileFault::Kind::Close, 1, ERROR_DISK_FULL, "0x80070070", "Writing"}),
     [](const testing::TestParamInfo<FaultRow>& row) { return std::string(row.param.name); });
 
 TEST_F(CopyLocalFileTest, WithoutMemoryForTheBufferNothingIsLeft) {

@@ -13,6 +13,7 @@ class FileFault {
     Write,
     ShortWrite,  // reports success and takes one byte less; `error` is of no use
     SetTime,
+    Close,  // the file is closed all the same
   };
 
   FileFault(const std::string& path, Kind kind, int call, DWORD error)
@@ -56,6 +57,14 @@ class FileFault {
       }};
   ImportedFunction<struct FaultyWrite, decltype(&::WriteFile)> write{
       "WriteFile", [this](auto... arguments) { return Write(arguments...); }};
+  ImportedFunction<struct FaultyClose, decltype(&::CloseHandle)> close{
+      "CloseHandle", [this](auto original, HANDLE file) {
+        const BOOL isClosed = original(file);
+        const bool isFault = IsFault(file, Kind::Close);
+        if (file == watched)
+          watched = nullptr;  // the next file may get the same handle
+        return isFault ? FALSE : isClosed;
+      }};
   ImportedFunction<struct FaultySetTime, decltype(&::SetFileTime)> setTime{
       "SetFileTime", [this](auto original, HANDLE file, auto... arguments) {
         return IsFault(file, Kind::SetTime) ? FALSE : original(file, arguments...);
