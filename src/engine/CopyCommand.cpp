@@ -80,11 +80,15 @@ HRESULT CCopyCommand::Execute(DWORD /*context*/, const CPermissions* permissions
     return S_FALSE;
 
   hr = Fetch(destinationFile.get());
-  if (FAILED(hr))
+  if (FAILED(hr)) {
+    destination->DiscardCacheFile(destinationFile.get());
     return CommandFailed(__LINE__, hr);
+  }
   hr = destination->CommitToCache(source.get(), destinationFile.get());
-  if (FAILED(hr))
+  if (FAILED(hr)) {
+    destination->DiscardCacheFile(destinationFile.get());
     return Traced(HERE, hr);
+  }
   hr = permissions->CheckWrittenFile(destinationFile.get());
   return FAILED(hr) ? Traced(HERE, hr) : hr;
 }

@@ -75,10 +75,16 @@ HRESULT CManifest::Fetch(OwnedText& localFile) const {
     return Traced(HERE, hr);
   hr = FetchURL(sourceURL->GetLocation(), localFile.get(), FILE_ATTRIBUTE_NORMAL, nullptr,
                 kTransferXMLDocument | kTransferManifest, nullptr);
-  if (FAILED(hr))
+  if (FAILED(hr)) {
+    cache->DiscardCacheFile(localFile.get());
     return Failed(HERE, hr, "Failed to copy '%s' to '%s'.", sourceURL->GetURL(), localFile.get());
+  }
   hr = cache->CommitToCache(sourceURL.get(), localFile.get());
-  return FAILED(hr) ? Traced(HERE, hr) : hr;
+  if (FAILED(hr)) {
+    cache->DiscardCacheFile(localFile.get());
+    return Traced(HERE, hr);
+  }
+  return hr;
 }
 
 HRESULT CManifest::Load(const CPermissions& permissions, const char* localFile) {

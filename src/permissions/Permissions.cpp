@@ -65,11 +65,15 @@ HRESULT CPermissions::ReadPermitFile(const CSourceURL* permitURL, IXMLDOMDocumen
   const char* const location = permitURL->GetLocation();
   hr = FetchURL(
       location, localFile.get(), FILE_ATTRIBUTE_NORMAL, nullptr, kTransferXMLDocument | kTransferPermitFile, nullptr);
-  if (FAILED(hr))
+  if (FAILED(hr)) {
+    cache->DiscardCacheFile(localFile.get());
     return Failed(HERE, hr, "Failed to copy '%s' to '%s'.", location, localFile.get());
+  }
   hr = cache->CommitToCache(permitURL, localFile.get());
-  if (FAILED(hr))
+  if (FAILED(hr)) {
+    cache->DiscardCacheFile(localFile.get());
     return Traced(HERE, hr);
+  }
   hr = LoadXMLDocument(localFile.get(), document, TRUE);
   if (FAILED(hr))
     return Failed(HERE, hr, "Failed to read XML document '%s'.", localFile.get());

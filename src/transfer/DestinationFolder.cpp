@@ -42,6 +42,8 @@ HRESULT CreateCacheFile(const CSourceURL& source, OwnedText* fileName) {
   if (!CreateUrlCacheEntryA(source.GetLocation(), 0, source.GetExtension(), localName, 0))
     return Traced(HERE, ResultFromLastError());
   *fileName = CopyText(localName);  // null without memory, which the transfer refuses as a missing name
+  if (!*fileName)
+    DeleteFileA(localName);
   return S_OK;
 }
 
@@ -122,6 +124,11 @@ HRESULT CDestinationFolder::GetDestinationFile(const CSourceURL* source, OwnedTe
   else
     *fileName = CopyText(path.get());
   return *fileName ? S_OK : Traced(HERE, E_OUTOFMEMORY);
+}
+
+void CDestinationFolder::DiscardCacheFile(const char* localFile) const {
+  if (kind == FolderKind::InternetCache && localFile)
+    DeleteFileA(localFile);
 }
 
 HRESULT CDestinationFolder::CommitToCache(const CSourceURL* source, const char* localFile) const {

@@ -46,6 +46,10 @@ class CDestinationFolder : public CListItem {
   // the kind is InternetCache; E_UNEXPECTED, E_INVALIDARG or the cache's code.
   [[nodiscard]] HRESULT CommitToCache(const CSourceURL* source, const char* localFile) const;
 
+  // Deletes the file that the Internet cache made for GetDestinationFile, when nothing came into it or it was not committed:
+  // the cache does not know it, and nobody would ever remove it. Nothing happens for other kinds. Null is allowed.
+  void DiscardCacheFile(const char* localFile) const;
+
  private:
   bool IsStore() const { return kind == FolderKind::Cookie || kind == FolderKind::InternetCache; }
   HRESULT Resolve(const wchar_t* text);

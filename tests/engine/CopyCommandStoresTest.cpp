@@ -80,6 +80,22 @@ TEST_F(CopyCommandCacheTest, AnEntryThatCannotBeCommittedIsTraced) {
   EXPECT_EQ("", log.Entries().back().message);
   EXPECT_EQ("CopyCommand", log.Entries().back().file);
   EXPECT_HRESULT(static_cast<HRESULT>(0x80070070), log.Entries().back().code);
+  EXPECT_FALSE(FileExistsAt(WrittenFile())) << "nobody would ever remove it";
+}
+
+TEST_F(CopyCommandCacheTest, TheFileThatTheCacheMadeForAMissingSourceIsRemoved) {
+  ASSERT_TRUE(DeleteFileA(source.c_str()));
+  std::string made;
+  PATCH_IMPORT(entries, CreateUrlCacheEntryA,
+               [&](auto original, const char* url, DWORD size, const char* extension, char* path, DWORD reserved) {
+    const BOOL isMade = original(url, size, extension, path, reserved);
+    made = path;
+    WriteWholeFile(made, "");  // not every system makes the file together with its name
+    return isMade;
+  });
+  EXPECT_HRESULT(static_cast<HRESULT>(0x80070002), Run());
+  ASSERT_NE("", made);
+  EXPECT_FALSE(FileExistsAt(made));
 }
 
 TEST_F(CopyCommandCacheTest, AMissingSourceIsNotCommitted) {
