@@ -23,6 +23,11 @@ struct HeadItem {
   bool isTooLong = false;
 
   bool Contains(const char* sought) const { return sought && *sought && std::strstr(text, sought); }
+
+  // A declaration that did not end before its first '>'.
+  bool IsOpenDeclaration() const {
+    return BeginsWithNoCase(text, kDeclaration) && std::memcmp(text + length - 2, "?>", 2) != 0;
+  }
 };
 
 HRESULT ReadItem(ByteSource& source, HeadItem& item) {
@@ -103,20 +108,23 @@ void MoveDeclaration(const HeadItem& item, DestinationWriter& destination) {
 }  // namespace
 
 HRESULT PrepareDocumentHead(ByteSource& source, DestinationWriter& destination, DWORD flags, const char* notFoundText) {
-  HeadItem item;
-  HRESULT hr = ReadItem(source, item);
-  if (item.isTooLong)
+  HeadItem declaration;
+  HRESULT hr = ReadItem(source, declaration);
+  if (declaration.isTooLong)
     return Traced(HERE, hr);
   bool isNotFoundPage = false;
+  bool isOpen = false;
   if (FAILED(hr)) {
     LogErrorTrace(HERE, hr);  // the next read tells whether the source is lost
-  } else if (item.Contains(notFoundText)) {
+  } else if (declaration.Contains(notFoundText)) {
     LogError(HERE, kNotFoundResult, "Source URL not found.");
     isNotFoundPage = true;  // unless a document type follows: an error page has none
   } else {
-    MoveDeclaration(item, destination);
+    MoveDeclaration(declaration, destination);
+    isOpen = declaration.IsOpenDeclaration();
   }
 
+  HeadItem item;
   hr = ReadItem(source, item);
   if (FAILED(hr))
     return Traced(HERE, hr);
@@ -126,5 +134,8 @@ HRESULT PrepareDocumentHead(ByteSource& source, DestinationWriter& destination, 
     LogError(HERE, E_FAIL, "Invalid XML document ('%8s').", item.text);
     return isNotFoundPage ? kNotFoundResult : E_FAIL;
   }
+  // An open instruction would take the module's document type for its own text, and the document could bring another one.
+  if (isOpen)
+    return Failed(HERE, E_FAIL, "Invalid XML document ('%8s').", declaration.text);
   return WriteDocumentType(destination, flags, item);
 }

@@ -172,6 +172,13 @@ INSTANTIATE_TEST_SUITE_P(
         RefusedRow{"CommentBeforeTheType", "<?xml?><!-- c --><!DOCTYPE x>", {kInvalid + "'<!-- c -->')."}, "<?xml?>"},
         RefusedRow{"InstructionBeforeTheType", "<?xml?><?a b?><!DOCTYPE x>", {kInvalid + "' <?a b?>')."}, "<?xml?>"},
         RefusedRow{"BracketInTheDeclaration", "<?xml a=\">\"?><!DOCTYPE x>", {kInvalid + "'     \"?>')."}, "<?xml a=\">"},
+        RefusedRow{
+            "TypeInAnOpenInstruction", "<?xml-a ><!DOCTYPE x>?><!DOCTYPE x []>", {kInvalid + "'<?xml-a >')."}, "<?xml-a >"},
+        RefusedRow{"TypeInAnOpenDeclaration",
+                   "<?XML version=\"1.0\"><!DOCTYPE x>?>",
+                   {kInvalid + "'<?XML version=\"1.0\">')."},
+                   "<?XML version=\"1.0\">"},
+        RefusedRow{"TypeInTheShortestOpenInstruction", "<?xml><!DOCTYPE x>?>", {kInvalid + "'  <?xml>')."}, "<?xml>"},
         RefusedRow{"TypeBehindAZeroByte", std::string("<?xml?>a\0<!DOCTYPE x>", 21), {kInvalid + "'       a')."}, "<?xml?>"},
         RefusedRow{"TypeFirst", "<!DOCTYPE x><x/>", {kNotXML + "'<!DOCTYPE x>').", kInvalid + "'    <x/>')."}, ""},
         RefusedRow{"Formats", "<?xml?><%s%n%d>", {kInvalid + "'<%s%n%d>')."}, "<?xml?>"},
@@ -191,13 +198,13 @@ TEST_F(DocumentHeadTest, AZeroByteInTheDeclarationIsWrittenWithIt) {
   EXPECT_EQ(std::string("<?xml \0?>", 9), Written());
 }
 
-// `bytes` bytes that begin with `start` and end with the bracket.
-std::string Item(const std::string& start, std::size_t bytes) {
-  return start + std::string(bytes - start.size() - 1, 'x') + ">";
+// `bytes` bytes that begin with `start` and end with `end`.
+std::string Item(const std::string& start, std::size_t bytes, const std::string& end = ">") {
+  return start + std::string(bytes - start.size() - end.size(), 'x') + end;
 }
 
 TEST_F(DocumentHeadTest, AnItemOf511BytesPasses) {
-  const std::string declaration = Item("<?xml ", 511);
+  const std::string declaration = Item("<?xml ", 511, "?>");
   EXPECT_HRESULT(S_OK, Prepare(declaration + Item("<!DOCTYPE ", 511) + "<x/>", kManifest));
   EXPECT_EQ(declaration + kManifestDTD, Written());
   EXPECT_EQ("<x/>", rest);
@@ -233,6 +240,14 @@ TEST_F(DocumentHeadTest, AFailedReadOfTheDeclarationLeavesItOut) {
   EXPECT_EQ(kManifestDTD, Written());
   EXPECT_EQ(Texts{"ERROR 0x80070040 Reading failed."}, log.Messages());
   EXPECT_EQ(Codes{HRESULT_FROM_WIN32(ERROR_NETNAME_DELETED)}, log.ErrorTraces());
+}
+
+TEST_F(DocumentHeadTest, ADeclarationThatWasLostInItsMiddleIsNotOpen) {
+  MemorySource source("<?xml?<!DOCTYPE x><x/>");
+  source.failedRead = 7;
+  EXPECT_HRESULT(S_OK, Prepare(source, kManifest));
+  EXPECT_EQ(kManifestDTD, Written());
+  EXPECT_EQ(Texts{"ERROR 0x80070040 Reading failed."}, log.Messages());
 }
 
 TEST_F(DocumentHeadTest, AFailedReadOfTheTypeIsTheResult) {
