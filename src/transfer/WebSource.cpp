@@ -19,6 +19,14 @@ bool HasHeader(HINTERNET connection, DWORD header) {
   return HttpQueryInfoA(connection, header, value, &size, nullptr) || GetLastError() == ERROR_INSUFFICIENT_BUFFER;
 }
 
+// Some systems take a connection that ends before the status line for an answer with status 0 and without a body; others
+// fail to open it.
+bool IsAnswered(HINTERNET connection) {
+  char status[kHeaderBytes];
+  DWORD size = sizeof(status);
+  return !HttpQueryInfoA(connection, HTTP_QUERY_STATUS_CODE, status, &size, nullptr) || lstrcmpA(status, "0") != 0;
+}
+
 // A decimal number without anything else; false when it is none or does not fit.
 bool ParseNumber(const char* text, ULONGLONG& number) {
   constexpr ULONGLONG kMaximum = ~ULONGLONG{0};
@@ -45,6 +53,8 @@ HRESULT WebSource::Open(const char* url) {
   connection = InternetHandle(InternetOpenUrlA(session.Get(), url, nullptr, 0, kOpenFlags, 0));
   if (!connection)
     return Failed(HERE, ResultFromLastError(), "Opening '%s' failed.", url);
+  if (!IsAnswered(connection.Get()))
+    return Failed(HERE, ResultFromError(ERROR_INTERNET_CONNECTION_ABORTED), "Opening '%s' failed.", url);
   ReadAnnouncedBytes();
   return S_OK;
 }

@@ -81,6 +81,24 @@ TEST_F(DownloadFailureTest, AnAddressThatCannotBeOpenedIsReportedAndTheSessionCl
   EXPECT_EQ("old", ReadWholeFile(destination));
 }
 
+TEST_F(DownloadFailureTest, AnAnswerWithoutAStatusIsALostConnection) {
+  ScriptedInternet internet({});
+  internet.Announce(HTTP_QUERY_STATUS_CODE, "0");
+  WriteWholeFile(destination, "old");
+  EXPECT_HRESULT(ResultOf("0x80072efe"), Fetch());
+  EXPECT_EQ(Texts{std::string("ERROR 0x80072efe Opening '") + kSource + "' failed."}, log.Messages());
+  EXPECT_TRUE(internet.IsClosed());
+  EXPECT_EQ(0, internet.Reads());
+  EXPECT_EQ("old", ReadWholeFile(destination));
+}
+
+TEST_F(DownloadFailureTest, AnyStatusIsAnAnswer) {
+  ScriptedInternet internet({"abc"});
+  internet.Announce(HTTP_QUERY_STATUS_CODE, "500");
+  EXPECT_HRESULT(S_OK, Fetch());
+  EXPECT_EQ("abc", ReadWholeFile(destination));
+}
+
 TEST_F(DownloadFailureTest, ADestinationThatCannotBeCreatedIsReported) {
   destination = folder.File("missing\\copy.exe");
   ScriptedInternet internet({"abc"});

@@ -228,13 +228,31 @@ TEST_P(EarlyEndTest, EndsTheData) {
 INSTANTIATE_TEST_SUITE_P(
     , EarlyEndTest,
     testing::Values(
-        EarlyEndRow{"NoAnswer", Response::Raw(), ""}, EarlyEndRow{"NoHTTP", Response::Raw().Body("no HTTP at all"), ""},
         EarlyEndRow{"InTheHead", Response::Raw().Body("HTTP/1.1 200 OK\r\nContent-Le"), ""},
         EarlyEndRow{"NegativeLength", Response().NoLength().Header("Content-Length", "-5").Body("abc"), "abc"},
         EarlyEndRow{"MalformedChunk",
                     Response().NoLength().Header("Transfer-Encoding", "chunked").Body("3\r\nabc\r\nzz\r\n"), "abc"},
         EarlyEndRow{"InAChunk", Response().NoLength().Header("Transfer-Encoding", "chunked").Body("30\r\nabc"), "abc"}),
     [](const testing::TestParamInfo<EarlyEndRow>& row) { return std::string(row.param.name); });
+
+struct NoAnswerRow {
+  const char* name;
+  Response response;
+};
+
+class NoAnswerTest : public DownloadTest, public testing::WithParamInterface<NoAnswerRow> {};
+
+TEST_P(NoAnswerTest, IsALostConnection) {
+  WriteWholeFile(destination, "old");
+  EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_INTERNET_CONNECTION_ABORTED), FetchPath(GetParam().response));
+  EXPECT_EQ(Texts{"ERROR 0x80072efe Opening '" + server.Url("/a.bin") + "' failed."}, log.Messages());
+  EXPECT_EQ("old", ReadWholeFile(destination));
+}
+
+INSTANTIATE_TEST_SUITE_P(, NoAnswerTest,
+                         testing::Values(NoAnswerRow{"Closed", Response::Raw()},
+                                         NoAnswerRow{"NoHTTP", Response::Raw().Body("no HTTP at all")}),
+                         [](const testing::TestParamInfo<NoAnswerRow>& row) { return std::string(row.param.name); });
 
 struct ShortBodyRow {
   const char* name;
