@@ -1,0 +1,99 @@
+// Documents that are large: they are done or refused within the time that their size explains.
+
+#include "common/Windows.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "hostile/HostileFixture.h"
+
+namespace {
+
+// Ten times as much may cost this many times as much.
+constexpr double kMostTimesAsMuch = 30;
+
+double SecondsOf(const std::function<void()>& function) {
+  LARGE_INTEGER frequency, start, end;
+  QueryPerformanceFrequency(&frequency);
+  QueryPerformanceCounter(&start);
+  function();
+  QueryPerformanceCounter(&end);
+  return static_cast<double>(end.QuadPart - start.QuadPart) / static_cast<double>(frequency.QuadPart);
+}
+
+std::string Repeated(const std::string& text, int count) {
+  std::string all;
+  for (int i = 0; i < count; ++i)
+    all += text;
+  return all;
+}
+
+class AttackingSizeTest : public HostileTest {
+ protected:
+  // The time of a run of that many commands, each of which finds its file in place.
+  double SecondsOfCommands(int count) {
+    const std::string manifest = ManifestOf(Repeated(CopyOf("a.txt", "<IfFileExists><Skip/></IfFileExists>"), count));
+    return SecondsOf([&] { EXPECT_HRESULT(S_OK, RunLocal(manifest)); });
+  }
+
+  // The time to read that many permitted URLs and to look up the last one.
+  double SecondsOfURLs(int count) {
+    const std::string others = Repeated("<URL>http://nobody.test/apps/</URL>", count);
+    installed.WritePermit(documents.Path() + "\\</URL>" + others + "<URL>" + server.Url("/"), destination.Path());
+    return SecondsOf([&] {
+      control = module.CreateControl();
+      EXPECT_HRESULT(S_OK, RunAnswered(Response().Body(ManifestOf(""))));
+    });
+  }
+
+  // Runs one command after a replacement in it; its result is that of the run, and the next command is carried out.
+  void ExpectFailedCommand(const std::string& from, const std::string& to) {
+    EXPECT_HRESULT(S_FALSE, RunLocal(ManifestOf(Replaced(CopyOf("a.txt"), from, to) + Copy("b.txt"))));
+    EXPECT_EQ(kCommandFailed, Told().back());
+    EXPECT_EQ("b.txt", Written("b.txt"));
+    EXPECT_EQ(std::nullopt, Written("a.txt"));
+  }
+
+  const std::string megabytes = std::string(2000000, 'm');
+};
+
+TEST_F(AttackingSizeTest, AHundredThousandCommandsCostWhatTenThousandExplain) {
+  WriteWholeFile(destination.File("a.txt"), "old");
+  const double few = SecondsOfCommands(10000);
+  const double many = SecondsOfCommands(100000);
+  EXPECT_GT(kMostTimesAsMuch, many / few) << few << " and " << many << " seconds";
+  EXPECT_EQ("old", Written("a.txt"));
+  EXPECT_EQ(Lines{}, server.Asked());
+}
+
+TEST_F(AttackingSizeTest, AHundredThousandPermittedURLsCostWhatTenThousandExplain) {
+  const double few = SecondsOfURLs(10000);
+  const double many = SecondsOfURLs(100000);
+  EXPECT_GT(kMostTimesAsMuch, many / few) << few << " and " << many << " seconds";
+  EXPECT_EQ((Lines{"GET /control-run.xml", "GET /control-run.xml"}), server.Asked());
+}
+
+TEST_F(AttackingSizeTest, ASourceOfMegabytesIsAFailedCommand) {
+  ExpectFailedCommand("/a.txt", "/" + megabytes + ".txt");
+  EXPECT_EQ("b.txt", NamesIn(destination.Path()));
+}
+
+TEST_F(AttackingSizeTest, ASourceHostOfMegabytesIsNotPermitted) {
+  ExpectFailedCommand("http://", "http://" + megabytes);
+  EXPECT_EQ(Lines{"GET /b.txt"}, server.Asked());
+}
+
+TEST_F(AttackingSizeTest, AFolderOfMegabytesIsNotPermitted) {
+  ExpectFailedCommand("<Path>", "<Path>C:\\" + megabytes);
+  EXPECT_EQ(Lines{"GET /b.txt"}, server.Asked());
+}
+
+TEST_F(AttackingSizeTest, ANotFoundTextOfMegabytesIsNeverFound) {
+  server.Answer("/a.txt", Response().Body("a"));
+  EXPECT_HRESULT(S_OK, RunLocal(ManifestOf(CopyOf("a.txt", "", "<NotFoundHTML>" + megabytes + "</NotFoundHTML>"))));
+  EXPECT_EQ(Lines{"INFO Read in too few bytes to check for 'not found'."}, Told());
+  EXPECT_EQ("a", Written("a.txt"));
+}
+
+}  // namespace
