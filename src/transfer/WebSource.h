@@ -15,7 +15,8 @@ struct InternetHandleTraits {
 using InternetHandle = UniqueHandle<InternetHandleTraits>;
 
 // The body of a server's answer. A body that is shorter or longer than the server announced is a failed read
-// (ERROR_INTERNET_CONNECTION_ABORTED): not every system's transport notices by itself.
+// (ERROR_INTERNET_CONNECTION_ABORTED), and a connection that ends before the answer is a failed opening with the same code:
+// not every system's transport notices by itself.
 class WebSource : public ByteSource {
  public:
   // Asks the server, never a cache, and waits for the head of its answer. S_OK or the system's failure, which is logged.
