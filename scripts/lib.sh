@@ -19,6 +19,7 @@ readonly test_packages=(libgtest-dev openssl)
 readonly lint_packages=(clang-format clang-tidy cppcheck shellcheck)
 readonly demo_packages=(nginx-light)
 readonly wine32_packages=(debootstrap bubblewrap)
+readonly fuzz_packages=(clang libclang-rt-dev llvm)
 
 # as_root COMMAND...: as root or through sudo.
 as_root() {
