@@ -72,9 +72,8 @@ class CapturedFile {
         return TRUE;
       }};
   ImportedFunction<struct CapturedDelete, decltype(&::DeleteFileA)> remove{
-      "DeleteFileA", [this](auto original, const char* name) {
-        return std::string(name) == kPath ? Delete() : original(name);
-      }};
+      "DeleteFileA",
+      [this](auto original, const char* name) { return std::string(name) == kPath ? Delete() : original(name); }};
   ImportedFunction<struct CapturedTime, decltype(&::SetFileTime)> setTime{
       "SetFileTime", [this](auto original, HANDLE file, auto* creation, auto* access, const FILETIME* written) -> BOOL {
         if (file != Handle())

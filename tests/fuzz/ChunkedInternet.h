@@ -57,16 +57,14 @@ class ChunkedInternet {
   ImportedFunction<struct ChunkedOpenURL, decltype(&::InternetOpenUrlA)> openURL{
       "InternetOpenUrlA", [this](auto, auto...) { return Open(); }};
   ImportedFunction<struct ChunkedRead, decltype(&::InternetReadFile)> read{
-      "InternetReadFile", [this](auto, HINTERNET, void* buffer, DWORD size, DWORD* count) {
-        return Read(buffer, size, count);
-      }};
+      "InternetReadFile",
+      [this](auto, HINTERNET, void* buffer, DWORD size, DWORD* count) { return Read(buffer, size, count); }};
   ImportedFunction<struct ChunkedClose, decltype(&::InternetCloseHandle)> close{
       "InternetCloseHandle", [this](auto, HINTERNET) -> BOOL {
         ++closed;
         return TRUE;
       }};
   ImportedFunction<struct ChunkedQuery, decltype(&::HttpQueryInfoA)> query{
-      "HttpQueryInfoA", [this](auto, HINTERNET, DWORD header, void* buffer, DWORD* size, auto*) {
-        return Query(header, buffer, size);
-      }};
+      "HttpQueryInfoA",
+      [this](auto, HINTERNET, DWORD header, void* buffer, DWORD* size, auto*) { return Query(header, buffer, size); }};
 };

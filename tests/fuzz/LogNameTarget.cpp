@@ -31,7 +31,8 @@ bool IsSlash(char character) {
 bool IsOneComponent(const std::string& name) {
   std::string single = WithoutDoubleBytes(name);
   const std::string extension = ".log";
-  if (single.size() >= extension.size() && single.compare(single.size() - extension.size(), extension.size(), extension) == 0)
+  if (single.size() >= extension.size() &&
+      single.compare(single.size() - extension.size(), extension.size(), extension) == 0)
     single.resize(single.size() - extension.size());
   while (!single.empty() && (IsSlash(single.back()) || single.back() == ':'))
     single.pop_back();
@@ -46,8 +47,8 @@ bool IsOneComponent(const std::string& name) {
 void CheckName(const std::string& name, const std::string& folder) {
   const std::string extension = ".log";
   const bool hasRoom = folder.size() + 1 + name.size() + extension.size() < MAX_PATH;
-  const bool isLog = name.size() >= extension.size() &&
-                     name.compare(name.size() - extension.size(), extension.size(), extension) == 0;
+  const bool isLog =
+      name.size() >= extension.size() && name.compare(name.size() - extension.size(), extension.size(), extension) == 0;
   HOLDS(IsOneComponent(name));
   HOLDS(isLog || !hasRoom);
 }

@@ -137,9 +137,7 @@ void FuzzTime(Input& input) {
     HOLDS(SystemTimeToFileTime(time.AsSystemTime(), &again));
     HOLDS(UnitsOf(&again) == expected.units);
   }
-  const int order = expected.units == 0                ? 1
-                    : expected.units < UnitsOf(&given) ? -1
-                                                       : expected.units > UnitsOf(&given);
+  const int order = expected.units == 0 ? 1 : expected.units < UnitsOf(&given) ? -1 : expected.units > UnitsOf(&given);
   HOLDS(time.CompareTo(&given) == order);
   CheckFormat(time);
 

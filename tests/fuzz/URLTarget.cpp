@@ -73,6 +73,14 @@ void CheckSplit(const std::string& url, bool hasName, const char* folder, const 
     HOLDS(IsText(extension, dot < end ? url.substr(dot + 1, end - dot - 1) : url.substr(dot + 1)));
 }
 
+// A full file name is split as it is, and so is a text without a separator.
+void CheckSplitAlone(const std::string& text) {
+  OwnedText folder, fileName, extension;
+  const HRESULT hr = SplitURL(text.c_str(), folder, fileName, &extension);
+  HOLDS(hr == S_OK || hr == S_FALSE);
+  CheckSplit(text, hr == S_OK, folder.get(), fileName.get(), extension.get());
+}
+
 std::string Behind(const std::string& text, char character) {
   const std::size_t found = WithoutDoubleBytes(text).find_last_of(character);
   return found == std::string::npos ? "" : text.substr(found + 1);
@@ -88,6 +96,7 @@ void CheckURL(const CSourceURL& url, HRESULT hr, const std::string& narrow) {
   HOLDS(url.IsLocal() == !isWeb);
   HOLDS(IsText(url.GetLocation(), isWeb ? whole : whole.substr(7)));
   HOLDS(url.GetLocation() >= url.GetURL() && url.GetLocation() <= url.GetURL() + whole.size());
+  CheckSplitAlone(narrow);
   CheckSplit(whole, hr == S_OK, url.GetFolder(), url.GetFileName(), url.GetStoredExtension());
   HOLDS(IsText(url.GetExtension(), url.GetFileName() ? Behind(url.GetFileName(), '.') : ""));
 }

@@ -1,5 +1,6 @@
 // The ANSI code page, one of two:
-//  - single-byte: the first 256 characters are themselves; fullwidth forms become the ASCII characters that they resemble, as
+//  - single-byte: the first 256 characters are themselves; fullwidth forms become the ASCII characters that they resemble,
+//  as
 //    the best fit of 1252 does; case as in 1252.
 //  - double-byte: lead bytes 0x81-0x9F and 0xE0-0xFC, second bytes 0x40-0x7E and 0x80-0xFC, as in 932, for the characters
 //    from U+4E00 on in their order; 0xA1-0xDF are the halfwidth Katakana. Only ASCII letters have a case.

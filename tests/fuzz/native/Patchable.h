@@ -13,10 +13,10 @@ struct PatchableEntry {
 };
 
 // PATCHABLE(result, Function, (parameters), (arguments)) { what it does unless it is patched }
-#define PATCHABLE(result, Function, parameters, arguments)                                            \
-  static result Function##Itself parameters;                                                          \
-  static PatchableEntry Function##Entry(#Function, reinterpret_cast<void*>(&Function##Itself));       \
-  result Function parameters {                                                                        \
-    return reinterpret_cast<decltype(&Function)>(Function##Entry.function) arguments;                 \
-  }                                                                                                   \
+#define PATCHABLE(result, Function, parameters, arguments)                                      \
+  static result Function##Itself parameters;                                                    \
+  static PatchableEntry Function##Entry(#Function, reinterpret_cast<void*>(&Function##Itself)); \
+  result Function parameters {                                                                  \
+    return reinterpret_cast<decltype(&Function)>(Function##Entry.function) arguments;           \
+  }                                                                                             \
   static result Function##Itself parameters

@@ -15,8 +15,7 @@ constexpr unsigned kLastYear = 30827;
 constexpr unsigned kDaysPer400Years = 146097;
 
 constexpr const char* kDayNames[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-constexpr const char* kMonthNames[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                       "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+constexpr const char* kMonthNames[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
 bool IsLeapYear(unsigned year) {
   return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
