@@ -23,6 +23,12 @@ constexpr std::size_t kExtensionRoom = 5;
 // A name of 130 characters or more is not used: it is sized as if every character took two bytes.
 constexpr std::size_t kNameLimit = 261;
 
+// The system leaves separators at the end of a name with its final component, and ".." with one of them is no file name but
+// the folder above the log folder.
+bool IsFolderAbove(const char* component) {
+  return component[0] == '.' && component[1] == '.' && (component[2] == '\\' || component[2] == '/');
+}
+
 // The final component of `name` in the ANSI code page, in `buffer` or as a constant.
 const char* FinalComponent(const wchar_t* name, char (&buffer)[MAX_PATH]) {
   if (!name || !*name || std::wcslen(name) * 2 + 1 >= kNameLimit)
@@ -30,7 +36,7 @@ const char* FinalComponent(const wchar_t* name, char (&buffer)[MAX_PATH]) {
   if (WideCharToMultiByte(CP_ACP, 0, name, -1, buffer, MAX_PATH, nullptr, nullptr) <= 0)
     return kDefaultFileName;
   const char* component = PathFindFileNameA(buffer);
-  return *component ? component : kDefaultFileName;
+  return *component && !IsFolderAbove(component) ? component : kDefaultFileName;
 }
 
 void ChooseFolder(char (&path)[MAX_PATH]) {
@@ -42,7 +48,7 @@ void ChooseFolder(char (&path)[MAX_PATH]) {
     std::strcpy(path, kFallbackFolder);
 }
 
-// The name is joined as text: a component such as ".." stays below the log folder.
+// The name is joined as text: the component ".." becomes the file "..log" of the log folder.
 void AppendFileName(char (&path)[MAX_PATH], const char* fileName) {
   PathAddBackslashA(path);
   std::strcat(path, fileName);

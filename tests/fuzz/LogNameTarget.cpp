@@ -50,6 +50,7 @@ void CheckName(const std::string& name, const std::string& folder) {
   const bool isLog =
       name.size() >= extension.size() && name.compare(name.size() - extension.size(), extension.size(), extension) == 0;
   HOLDS(IsOneComponent(name));
+  HOLDS(name.rfind("../", 0) != 0 && name.rfind("..\\", 0) != 0);
   HOLDS(isLog || !hasRoom);
 }
 

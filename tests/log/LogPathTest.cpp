@@ -55,7 +55,10 @@ INSTANTIATE_TEST_SUITE_P(
         NameRow{"TwoDots", L"a.b.xml", "a.b.log"}, NameRow{"Null", nullptr, "Norvik.log"},
         NameRow{"Empty", L"", "Norvik.log"}, NameRow{"Url", L"http://host/dir/setup.xml", "setup.log"},
         NameRow{"FileUrl", L"file://C:\\dir\\setup.xml", "setup.log"}, NameRow{"Path", L"C:\\dir\\setup.xml", "setup.log"},
-        NameRow{"Query", L"http://host/get.asp?name=x", "get.log"}, NameRow{"ParentFolder", L"http://host/..", "..log"}),
+        NameRow{"Query", L"http://host/get.asp?name=x", "get.log"}, NameRow{"ParentFolder", L"http://host/..", "..log"},
+        NameRow{"FolderAbove", L"http://host/..\\", "Norvik.log"},
+        NameRow{"FolderAboveSlash", L"http://host/../", "Norvik.log"}, NameRow{"FolderAboveTwice", L"..\\\\", "Norvik.log"},
+        NameRow{"DotsBeforeAName", L"http://host/../a.xml", "a.log"}, NameRow{"NameWithDots", L"..a.xml", "..a.log"}),
     [](const auto& row) { return row.param.title; });
 
 TEST(LogPathTest, ANameOf129CharactersIsUsedAndOneOf130IsNot) {
