@@ -1,5 +1,7 @@
 #include "transfer/WebSource.h"
 
+#include <cstring>
+
 #include "common/SystemError.h"
 #include "log/LogFile.h"
 
@@ -24,7 +26,7 @@ bool HasHeader(HINTERNET connection, DWORD header) {
 bool IsAnswered(HINTERNET connection) {
   char status[kHeaderBytes];
   DWORD size = sizeof(status);
-  return !HttpQueryInfoA(connection, HTTP_QUERY_STATUS_CODE, status, &size, nullptr) || lstrcmpA(status, "0") != 0;
+  return !HttpQueryInfoA(connection, HTTP_QUERY_STATUS_CODE, status, &size, nullptr) || std::strcmp(status, "0") != 0;
 }
 
 // A decimal number without anything else; false when it is none or does not fit.

@@ -56,6 +56,7 @@ class ExpectedHead {
 
   HRESULT Prepare(DWORD flags, const std::string& notFound) {
     bool isNotFoundPage = false;
+    bool isOpen = false;
     switch (TakeItem()) {
       case Outcome::TooLong:
         return E_FAIL;
@@ -63,8 +64,10 @@ class ExpectedHead {
         break;
       case Outcome::Read:
         isNotFoundPage = Holds(notFound);
-        if (!isNotFoundPage && BeginsWith(Lowered(item), "<?xml"))
+        if (!isNotFoundPage && BeginsWith(Lowered(item), "<?xml")) {
           Write(item);
+          isOpen = item.size() < 7 || item.substr(item.size() - 2) != "?>";
+        }
     }
     const Outcome outcome = TakeItem();
     if (outcome != Outcome::Read)
@@ -73,6 +76,8 @@ class ExpectedHead {
       return kNotFoundResult;
     if (!Holds("<!DOCTYPE"))
       return isNotFoundPage ? kNotFoundResult : E_FAIL;
+    if (isOpen)
+      return E_FAIL;
     if (flags & kTransferSystemLine)
       return Write(flags & kTransferManifest ? kSystemLine : item);
     if (flags & kTransferManifest)

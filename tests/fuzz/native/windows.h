@@ -157,6 +157,7 @@ void PathRemoveExtensionA(char* path);
 #define INTERNET_FLAG_RELOAD 0x80000000u
 #define INTERNET_FLAG_NO_CACHE_WRITE 0x04000000u
 #define HTTP_QUERY_CONTENT_LENGTH 5u
+#define HTTP_QUERY_STATUS_CODE 19u
 #define HTTP_QUERY_CONTENT_ENCODING 29u
 #define HTTP_QUERY_TRANSFER_ENCODING 63u
 HINTERNET InternetOpenA(const char* agent, DWORD access, const char* proxy, const char* bypass, DWORD flags);
