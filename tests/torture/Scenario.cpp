@@ -36,7 +36,7 @@ std::vector<Scenario> MakeScenarios() {
   web.commands =
       Copy("$W/long.txt",
            "<FileName>long.txt</FileName><Path>$D\\sub\\folder</Path><Attributes><Normal/><ReadOnly/><Hidden/>" + kTime +
-               "</Attributes>",
+               "</Attributes><IfFileExists><Overwrite force=\"true\"/></IfFileExists>",
            "<NotFoundHTML>no such page</NotFoundHTML>") +
       Copy("$W/short.txt", "<Path>$D</Path>");
   web.left = {{"sub\\folder\\long.txt", content}, {"short.txt", kShortContent}};
