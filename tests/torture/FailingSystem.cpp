@@ -24,6 +24,7 @@ int Ways(const std::string& object, const std::vector<DWORD>& errors) {
 
 template <class Tag, class Function, class Handler>
 void FailingSystem::Replace(const char* name, Handler handler) {
+  replaced.push_back(name);
   patches.push_back(std::make_shared<ImportedFunction<Tag, Function>>(name, handler, module));
 }
 

@@ -19,6 +19,9 @@ class FailingSystem {
   FailingSystem(const FailingSystem&) = delete;
   FailingSystem& operator=(const FailingSystem&) = delete;
 
+  // The names of the functions that are replaced.
+  const std::vector<std::string>& Replaced() const { return replaced; }
+
   // The files that were started; none of them is.
   std::vector<std::string> started;
 
@@ -53,4 +56,5 @@ class FailingSystem {
   CallCounter& counter;
   Places& places;
   std::vector<std::shared_ptr<void>> patches;
+  std::vector<std::string> replaced;
 };
