@@ -14,7 +14,7 @@ template <class Base, class Interface>
 class Failing : public Base {
  public:
   Failing(Interface* passedOn, CallCounter& callCounter) : counter(callCounter) {
-    real.Attach(passedOn);
+    *real.GetAddressOf() = passedOn;  // Attach of this header would take a reference of its own
     counter.Take("object", this);
   }
 
@@ -87,10 +87,13 @@ class FailingList : public Failing<FakeNodeList, IXMLDOMNodeList> {
 
 class FailingNode : public Failing<FakeNode, IXMLDOMNode> {
  public:
-  FailingNode(IXMLDOMNode* node, CallCounter& callCounter) : Failing(node, callCounter) {
-    isElement = SUCCEEDED(real->QueryInterface(IID_IXMLDOMElement, reinterpret_cast<void**>(element.GetAddressOf())));
-  }
+  using Failing::Failing;
 
+  HRESULT WINAPI QueryInterface(REFIID iid, void** object) override {
+    if (iid == IID_IXMLDOMElement && !element)
+      isElement = SUCCEEDED(real->QueryInterface(IID_IXMLDOMElement, reinterpret_cast<void**>(element.GetAddressOf())));
+    return Failing::QueryInterface(iid, object);
+  }
   HRESULT WINAPI get_text(BSTR* out) override {
     return HandText("get_text", out, [&](BSTR* text) { return real->get_text(text); });
   }
