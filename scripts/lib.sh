@@ -12,12 +12,13 @@ die() {
   exit 1
 }
 
-# Everything that building, testing and the demo need, as Debian packages.
+# Everything that building, testing, the demo and measuring need, as Debian packages.
 readonly build_packages=(cmake ninja-build g++-mingw-w64-x86-64 g++-mingw-w64-i686 mingw-w64-tools libwine-dev python3)
 readonly wine_packages=(wine wine64)
 readonly test_packages=(libgtest-dev openssl)
 readonly lint_packages=(clang-format clang-tidy cppcheck shellcheck)
-readonly demo_packages=(nginx-light)
+readonly server_packages=(nginx-light)
+readonly bench_packages=(curl)
 readonly wine32_packages=(debootstrap bubblewrap)
 readonly fuzz_packages=(clang libclang-rt-dev llvm)
 
