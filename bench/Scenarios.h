@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Harness.h"
+
+// Each scenario measures one round and reports its values. Times are in seconds, sizes in bytes.
+
+// FIRST URL COUNT BYTES: fetches URL0.bin ... from a server, COUNT files of BYTES bytes each.
+void MeasureDownloads(const Arguments& arguments);
+
+// FIRST BYTES: copies one local file.
+void MeasureLocalCopies(const Arguments& arguments);
+
+// BUDGET ENTRIES...: creates and destroys controls under permission files of that many entries.
+void MeasureControls(const Arguments& arguments);
+
+// BUDGET COUNT...: runs manifests of that many commands, each with debug logging off and on.
+void MeasureRuns(const Arguments& arguments);
+
+// COUNT...: deletes chains of that many permitted URLs.
+void MeasureChains(const Arguments& arguments);
+
+// URL BYTES: one run that fetches URL0.bin, in a process that has done nothing else.
+void MeasureMemory(const Arguments& arguments);
+
+// COUNT: the handles of the process before and after that many runs.
+void MeasureHandles(const Arguments& arguments);
