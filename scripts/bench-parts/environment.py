@@ -40,7 +40,7 @@ def facts():
         "kernel": platform.release(),
         "file system": first_line("stat", "--file-system", "--format=%T", "build"),
         "Wine": first_line("/usr/lib/wine/wine64", "--version"),
-        "compiler": first_line("x86_64-w64-mingw32-g++", "--version"),
+        "compiler": first_line("x86_64-w64-mingw32-g++-posix", "--version"),
         "server": first_line("/usr/sbin/nginx", "-v"),
         "curl": first_line("curl", "--version"),
         "load average before": load(),
