@@ -4,7 +4,8 @@
 
 namespace {
 
-// A block of the process heap that was overrun, or a heap that is otherwise damaged, fails the test behind which it is found.
+// A block of the process heap that was overrun, or a heap that is otherwise damaged, fails the test behind which it is
+// found.
 class HeapCheck : public testing::EmptyTestEventListener {
   void OnTestEnd(const testing::TestInfo&) override {
     EXPECT_TRUE(HeapValidate(GetProcessHeap(), 0, nullptr)) << "the process heap is damaged";
