@@ -53,5 +53,7 @@ void MeasureLocalCopies(const Arguments& arguments) {
   WriteWholeFile(source, std::string(std::stoull(arguments[1]), 'x'));
   const std::vector<Contestant> contestants = Contestants(source, folder.File("copy.bin"));
   WarmUp(contestants);
-  MeasureInTurn(contestants, std::stoi(arguments[0]));
+  const int turns = std::stoi(arguments[2]);
+  for (int turn = 0; turn < turns; ++turn)
+    MeasureInTurn(contestants, std::stoi(arguments[0]) + turn);
 }

@@ -17,7 +17,7 @@ struct Scenario {
 };
 
 constexpr Scenario kScenarios[] = {
-    {"downloads", 4, MeasureDownloads}, {"copies", 2, MeasureLocalCopies}, {"controls", 2, MeasureControls},
+    {"downloads", 4, MeasureDownloads}, {"copies", 3, MeasureLocalCopies}, {"controls", 2, MeasureControls},
     {"runs", 2, MeasureRuns},           {"chains", 1, MeasureChains},      {"memory", 2, MeasureMemory},
     {"handles", 1, MeasureHandles},
 };

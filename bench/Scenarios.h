@@ -7,7 +7,7 @@
 // FIRST URL COUNT BYTES: fetches URL0.bin ... from a server, COUNT files of BYTES bytes each.
 void MeasureDownloads(const Arguments& arguments);
 
-// FIRST BYTES: copies one local file.
+// FIRST BYTES TURNS: copies one local file, that many times, each time with another contestant first.
 void MeasureLocalCopies(const Arguments& arguments);
 
 // BUDGET ENTRIES...: creates and destroys controls under permission files of that many entries.

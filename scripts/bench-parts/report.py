@@ -1,6 +1,7 @@
 """Makes the table, the JSON file, the chart and the verdicts from what was measured."""
 
 import json
+import re
 import statistics
 
 import chart
@@ -14,8 +15,9 @@ BEGIN, END = "<!-- results: begin -->\n", "<!-- results: end -->\n"
 class Results:
     """The medians of what was measured, and the ratios between them."""
 
-    def __init__(self, values, sizes):
-        self.values = values
+    def __init__(self, measured, sizes):
+        self.values = measured.values
+        self.turns = measured.turns
         self.sizes = sizes
         self.targets = []
 
@@ -184,8 +186,10 @@ def as_json(results, facts):
               for scenario in ("large download", "small downloads", "local copy")}
     document = {"units": "seconds; bytes for memory and sizes; handles", "environment": facts, "sizes": results.sizes._asdict(),
                 "targets": results.targets, "throughput against the bare loop": ratios, "medians": medians,
-                "bytes of the DLL": environment.module_sizes(), "values of every round": results.values}
-    return json.dumps(document, indent=1, ensure_ascii=False) + "\n"
+                "bytes of the DLL": environment.module_sizes(), "values of every round": results.values,
+                "turns of every round": results.turns}
+    text = json.dumps(document, indent=1, ensure_ascii=False)
+    return re.sub(r"\[[^][{]*\]", lambda numbers: " ".join(numbers.group().split()), text) + "\n"  # a line for each list
 
 
 def chart_groups(results):
@@ -197,8 +201,8 @@ def chart_groups(results):
         yield title, bars
 
 
-def write(values, sizes, facts, is_quick):
-    results = Results(values, sizes)
+def write(measured, sizes, facts, is_quick):
+    results = Results(measured, sizes)
     results.check_targets()
     if is_quick:
         folder = page = ROOT / "build" / "bench" / "quick"
