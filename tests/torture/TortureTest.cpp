@@ -12,8 +12,8 @@
 
 namespace {
 
-// Of all calls, every eighth and the first of each kind fail, unless NORVIK_TORTURE is "all" (scripts/torture).
-constexpr std::size_t kStride = 8;
+// Of all calls, every sixteenth and the first of each kind fail, unless NORVIK_TORTURE is "all" (scripts/torture).
+constexpr std::size_t kStride = 16;
 
 bool AreAllTried() {
   const char* const wish = std::getenv("NORVIK_TORTURE");
