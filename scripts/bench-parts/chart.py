@@ -5,7 +5,7 @@ from xml.sax.saxutils import escape
 
 WIDTH, LEFT, RIGHT = 820, 250, 90
 BAR, GAP, HEAD = 20, 8, 40
-COLOURS = ("#1b6ca8", "#5fa3d0", "#8a8a8a", "#c08a3e", "#6aa56a")
+COLOURS = ("#1b6ca8", "#5fa3d0", "#8a8a8a", "#c08a3e", "#6aa56a", "#9c6aa5")
 STYLE = ("text { font: 13px sans-serif; fill: #222 } .title { font-weight: bold; font-size: 14px } "
          ".name { text-anchor: end } .round { fill: #222; fill-opacity: 0.45 } .back { fill: #fff }")
 
@@ -15,16 +15,16 @@ def tag(name, content=None, **attributes):
     return f"<{name}{words}/>" if content is None else f"<{name}{words}>{escape(content)}</{name}>"
 
 
-def draw_group(title, bars, top):
+def draw_group(title, bars, colours, top):
     """The elements of one group, and the place where the next one begins. Each group has a scale of its own."""
     longest = max(max(values) for _, values in bars)
     scale = (WIDTH - LEFT - RIGHT) / longest
     parts = [tag("text", title, class_="title", x=12, y=top + 24)]
     top += HEAD
-    for (name, values), colour in zip(bars, COLOURS):
+    for name, values in bars:
         median = statistics.median(values)
         parts.append(tag("text", name, class_="name", x=LEFT - 8, y=top + 15))
-        parts.append(tag("rect", x=LEFT, y=top, width=f"{median * scale:.1f}", height=BAR, fill=colour))
+        parts.append(tag("rect", x=LEFT, y=top, width=f"{median * scale:.1f}", height=BAR, fill=colours[name]))
         parts += [tag("circle", class_="round", cx=f"{LEFT + value * scale:.1f}", cy=top + BAR // 2, r=2) for value in values]
         parts.append(tag("text", f"{median:.3f} s", x=f"{LEFT + max(values) * scale + 8:.1f}", y=top + 15))
         top += BAR + GAP
@@ -34,8 +34,10 @@ def draw_group(title, bars, top):
 def draw(groups):
     """`groups` are pairs of a title and its bars; a bar is a name and the seconds of every round."""
     parts, top = [], 0
+    names = dict.fromkeys(name for _, bars in groups for name, _ in bars)
+    colours = dict(zip(names, COLOURS))  # a name has the same one in every group
     for title, bars in groups:
-        drawn, top = draw_group(title, bars, top)
+        drawn, top = draw_group(title, bars, colours, top)
         parts += drawn
     note = "Bars are medians, dots are rounds; shorter is better. Each group has a scale of its own."
     parts.append(tag("text", note, x=12, y=top + 18))
