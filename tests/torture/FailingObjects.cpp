@@ -2,6 +2,7 @@
 
 #include <wrl/client.h>
 
+#include "control/Registrar.h"
 #include "support/FakeXml.h"
 
 using Microsoft::WRL::ComPtr;
@@ -205,21 +206,7 @@ HRESULT FailingList::nextNode(IXMLDOMNode** item) {
   return HandOn<FailingNode>("nextNode", item, [&](auto** node) { return real->nextNode(node); });
 }
 
-// The registrar's interface, which no header declares.
-struct Registrar : public IUnknown {
-  virtual HRESULT WINAPI AddReplacement(const wchar_t* key, const wchar_t* item) = 0;
-  virtual HRESULT WINAPI ClearReplacements() = 0;
-  virtual HRESULT WINAPI ResourceRegisterSz(const wchar_t* file, const wchar_t* id, const wchar_t* type) = 0;
-  virtual HRESULT WINAPI ResourceUnregisterSz(const wchar_t* file, const wchar_t* id, const wchar_t* type) = 0;
-  virtual HRESULT WINAPI FileRegister(const wchar_t* file) = 0;
-  virtual HRESULT WINAPI FileUnregister(const wchar_t* file) = 0;
-  virtual HRESULT WINAPI StringRegister(const wchar_t* script) = 0;
-  virtual HRESULT WINAPI StringUnregister(const wchar_t* script) = 0;
-  virtual HRESULT WINAPI ResourceRegister(const wchar_t* file, UINT id, const wchar_t* type) = 0;
-  virtual HRESULT WINAPI ResourceUnregister(const wchar_t* file, UINT id, const wchar_t* type) = 0;
-};
-
-class RegistrarMethods : public Registrar {
+class RegistrarMethods : public IRegistrar {
  public:
   virtual ~RegistrarMethods() = default;
   HRESULT WINAPI QueryInterface(REFIID, void** object) override {
@@ -235,7 +222,7 @@ class RegistrarMethods : public Registrar {
   FAKE_METHOD_REFUSED(StringUnregister, const wchar_t*)
 };
 
-class FailingRegistrar : public Failing<RegistrarMethods, Registrar> {
+class FailingRegistrar : public Failing<RegistrarMethods, IRegistrar> {
  public:
   using Failing::Failing;
   HRESULT WINAPI AddReplacement(const wchar_t* key, const wchar_t* item) override {
@@ -256,5 +243,5 @@ void* MakeFailingDocument(void* object, CallCounter& counter) {
 }
 
 void* MakeFailingRegistrar(void* object, CallCounter& counter) {
-  return static_cast<Registrar*>(new FailingRegistrar(static_cast<Registrar*>(object), counter));
+  return static_cast<IRegistrar*>(new FailingRegistrar(static_cast<IRegistrar*>(object), counter));
 }

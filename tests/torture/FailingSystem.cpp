@@ -5,13 +5,11 @@
 #include <shlwapi.h>
 #include <wininet.h>
 
-#include "support/FakeXml.h"
+#include "control/Registrar.h"
 #include "support/ImportPatch.h"
 #include "torture/FailingObjects.h"
 
 namespace {
-
-constexpr CLSID kRegistrarClass = {0x44EC053A, 0x400F, 0x11D0, {0x9D, 0xCD, 0x00, 0xA0, 0xC9, 0x03, 0x91, 0xD3}};
 
 const auto kNothing = [](auto...) { return std::string(); };
 
