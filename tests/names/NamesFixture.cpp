@@ -1,0 +1,237 @@
+#include "names/NamesFixture.h"
+
+#include <shlobj.h>
+#include <wininet.h>
+
+#include <algorithm>
+#include <cstring>
+#include <regex>
+
+const char kForged[] = "&#13;&#10;ERROR (01/01/2001 00:00:00) Error (0x80004005) Forged";
+
+namespace {
+
+constexpr char kCommandFailed[] = "ERROR At least one command failed during the 'Execute' or 'ExecuteNavigate' method.";
+
+std::string SpecialFolder(int id) {
+  char path[MAX_PATH] = "";
+  SHGetFolderPathA(nullptr, id, nullptr, SHGFP_TYPE_CURRENT, path);
+  return path;
+}
+
+std::wstring WideOf(const std::string& text) {
+  wchar_t wide[4 * MAX_PATH] = L"";
+  MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, wide, 4 * MAX_PATH);
+  return wide;
+}
+
+std::string Escaped(std::string text) {
+  text = Replaced(text, "<", "&lt;");
+  return Replaced(text, "\"", "&quot;");
+}
+
+// As RemoveTree, for names of any characters.
+void RemoveWholeTree(const std::wstring& path) {
+  WIN32_FIND_DATAW data;
+  const HANDLE search = FindFirstFileW((path + L"\\*").c_str(), &data);
+  if (search == INVALID_HANDLE_VALUE)
+    return;
+  do {
+    const std::wstring name = data.cFileName;
+    if (name == L"." || name == L"..")
+      continue;
+    if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+      RemoveWholeTree(path + L"\\" + name);
+    else
+      DeleteFileW((path + L"\\" + name).c_str());
+  } while (FindNextFileW(search, &data));
+  FindClose(search);
+  RemoveDirectoryW(path.c_str());
+}
+
+std::string FolderAbove(const std::string& path) {
+  return path.substr(0, path.rfind('\\'));
+}
+
+// Of a run with debug logging, what stands between the entries.
+bool IsKnownList(const std::string& line) {
+  return line.rfind("Checking Destination: ", 0) == 0;
+}
+
+}  // namespace
+
+void PrintTo(const NameRow& row, std::ostream* stream) {
+  *stream << row.name;
+}
+
+NamesTest::NamesTest() : folder(area.File("permitted")), documents(area.File("documents")) {
+  char current[MAX_PATH] = "";
+  GetCurrentDirectoryA(MAX_PATH, current);
+  currentBefore = current;
+  for (const char* name : {"permitted", "documents", "current", "sibling"})
+    CreateDirectoryA(area.File(name).c_str(), nullptr);
+  for (const char* name : {"current\\canary.txt", "sibling\\canary.txt", "canary.txt", "documents\\a.txt"})
+    WriteWholeFile(area.File(name), "canary");
+  EXPECT_TRUE(SetCurrentDirectoryA(area.File("current").c_str()));
+  installed.WritePermit(documents + "\\</URL><URL>" + server.Url("/"),
+                        folder + "</Path><Temp>permitted</Temp><Personal>permitted</Personal><Path>" + folder);
+  control = module.CreateControl();
+  before = ListSurroundings();
+}
+
+NamesTest::~NamesTest() {
+  SetCurrentDirectoryA(currentBefore.c_str());
+}
+
+void NamesTest::TearDown() {
+  Clear();
+  DeleteLogs();
+  EXPECT_HRESULT(S_OK, RunCommand("{server}/next.txt", "<Path>{folder}</Path>"));
+  EXPECT_EQ("next.txt", NamesIn(folder));
+  EXPECT_EQ("canary", ReadWholeFile(area.File("sibling\\canary.txt")));
+  Clear();
+  RemoveWholeTree(WideOf(documents));
+  ControlTest::TearDown();
+}
+
+void NamesTest::Clear() {
+  for (const std::string& path : {folder, Temporary() + "\\permitted", Personal() + "\\permitted", area.File("outside")})
+    RemoveWholeTree(WideOf(path));
+  CreateDirectoryA(folder.c_str(), nullptr);
+}
+
+HRESULT NamesTest::RunCommand(const std::string& source, const std::string& folderElement, const std::string& fileName) {
+  DeleteFileA(LogCapture::PathOf(kRunLog).c_str());
+  const std::string name = fileName.empty() ? "" : "<FileName>" + Escaped(fileName) + "</FileName>";
+  return Execute("<Copy><Source>" + Escaped(Filled(source)) + "</Source><Destination>" + name + Filled(folderElement) +
+                 "</Destination></Copy>\r\n");
+}
+
+void NamesTest::ExpectOutcome(const NameRow& row) {
+  Lines told;
+  if (!row.failure.empty())
+    told = {"ERROR " + Shown(Filled(row.failure)), "ERROR " + row.failure.substr(0, 10) + " 'Copy' command failed.",
+            kCommandFailed};
+  for (const VARIANT_BOOL debug : {VARIANT_FALSE, VARIANT_TRUE}) {
+    control->SetEnableLogDebug(debug);
+    EXPECT_HRESULT(row.failure.empty() ? S_OK : S_FALSE, RunCommand(row.source, row.folder));
+    Lines heads = Heads(kRunLog);
+    for (std::string& head : heads)
+      head = Shown(head);
+    if (!debug) {
+      EXPECT_EQ(told, heads);
+    }
+    EXPECT_EQ(row.came, Changes());
+    ExpectLogInOrder();
+    Clear();
+    Changes();
+  }
+}
+
+void NamesTest::ExpectLogInOrder(const std::string& log) {
+  const std::string path = LogCapture::PathOf(log);
+  if (!FileExistsAt(path))
+    return;
+  static const std::regex head("(INFO|WARNING|ERROR) \\(\\d\\d/\\d\\d/\\d{4} \\d\\d:\\d\\d:\\d\\d\\) [^\t]*");
+  const std::string text = ReadWholeFile(path);
+  for (std::size_t start = 0; start < text.size();) {
+    const std::size_t end = std::min(text.find_first_of("\r\n", start), text.size());
+    const std::string line = text.substr(start, end - start);
+    const bool isMessage = line.empty() || line[0] == '\t';
+    EXPECT_TRUE(isMessage || IsKnownList(line) || std::regex_match(line, head)) << "no line of a log: " << line;
+    EXPECT_TRUE(isMessage || line.find("01/01/2001") == std::string::npos || IsKnownList(line)) << "forged: " << line;
+    start = end + 1;
+  }
+}
+
+void NamesTest::List(const std::wstring& path, bool isDeep, Listing& listing) {
+  WIN32_FIND_DATAW data;
+  const HANDLE search = FindFirstFileW((path + L"\\*").c_str(), &data);
+  if (search == INVALID_HANDLE_VALUE)
+    return;
+  do {
+    const std::wstring name = data.cFileName;
+    const std::wstring full = path + L"\\" + name;
+    if (name == L"." || name == L".." || name == L"control-run.log")
+      continue;
+    const bool isFolder = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    const unsigned long long written =
+        (static_cast<unsigned long long>(data.ftLastWriteTime.dwHighDateTime) << 32) | data.ftLastWriteTime.dwLowDateTime;
+    listing[Narrow(full)] = isFolder ? "folder" : std::to_string(data.nFileSizeLow) + " " + std::to_string(written);
+    if (isFolder && isDeep)
+      List(full, isDeep, listing);
+  } while (FindNextFileW(search, &data));
+  FindClose(search);
+}
+
+NamesTest::Listing NamesTest::ListSurroundings() {
+  Listing listing;
+  List(WideOf(Temporary()), true, listing);
+  List(WideOf(Personal()), true, listing);
+  List(WideOf(SpecialFolder(CSIDL_LOCAL_APPDATA) + "\\Vantor"), true, listing);
+  List(WideOf(SpecialFolder(CSIDL_LOCAL_APPDATA)), false, listing);
+  List(WideOf(Temporary() + "\\.."), false, listing);
+  List(L"C:", false, listing);
+  List(L"C:\\users", false, listing);
+  return listing;
+}
+
+Lines NamesTest::Changes() {
+  const Listing now = ListSurroundings();
+  Lines changes;
+  for (const auto& [path, content] : now) {
+    const auto was = before.find(path);
+    if (was == before.end())
+      changes.push_back(Shown(path));
+    else if (was->second != content)
+      changes.push_back("changed: " + Shown(path));
+  }
+  for (const auto& entry : before) {
+    if (now.find(entry.first) == now.end())
+      changes.push_back("went: " + Shown(entry.first));
+  }
+  before = now;
+  return changes;
+}
+
+std::string NamesTest::Temporary() {
+  char path[MAX_PATH] = "";
+  GetTempPathA(MAX_PATH, path);
+  return std::string(path, std::strlen(path) - 1);
+}
+
+std::string NamesTest::Personal() {
+  return SpecialFolder(CSIDL_PERSONAL);
+}
+
+std::string NamesTest::Filled(std::string text) const {
+  text = Replaced(text, "{server}", server.Url(""));
+  text = Replaced(text, "{documents}", documents);
+  text = Replaced(text, "{folder}", folder);
+  text = Replaced(text, "{area}", area.Path());
+  text = Replaced(text, "{personal}", Personal());
+  text = Replaced(text, "{above temp}", FolderAbove(Temporary()));
+  text = Replaced(text, "{above personal}", FolderAbove(Personal()));
+  return Replaced(text, "{temp}", Temporary());
+}
+
+std::string NamesTest::Shown(std::string text) const {
+  text = Replaced(text, server.Url(""), "{server}");
+  text = Replaced(text, documents, "{documents}");
+  text = Replaced(text, folder, "{folder}");
+  text = Replaced(text, area.Path(), "{area}");
+  text = Replaced(text, Temporary(), "{temp}");
+  return Replaced(text, Personal(), "{personal}");
+}
+
+std::string Narrow(const std::wstring& text) {
+  char narrow[8 * MAX_PATH] = "";
+  WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, narrow, sizeof(narrow), nullptr, nullptr);
+  return narrow;
+}
+
+std::string Replaced(std::string text, const std::string& from, const std::string& to) {
+  for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
+    text.replace(at, from.size(), to);
+  return text;
+}

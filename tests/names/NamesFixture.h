@@ -1,0 +1,67 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "host/ControlFixture.h"
+
+// What becomes of one command. Texts are shown with {folder} for the permitted folder, {documents} for the one with
+// permitted sources, {temp} and {personal} for the folders of these kinds, and {server} for the server's URL without its
+// last slash.
+struct NameRow {
+  const char* name;
+  std::string source;
+  std::string folder = "<Path>{folder}</Path>";
+  std::string failure = "";  // the code and first line of the message about the failure; empty when the file is written
+  Lines came = {};           // all that is new in the surroundings
+};
+
+void PrintTo(const NameRow& row, std::ostream* stream);
+
+// A control that may take files with the extension txt from a web server and a folder, and put them into one folder, into
+// Temp\permitted and into Personal\permitted. Whatever else a run leaves behind is seen: the whole temporary folder, in
+// which the module, the sources, the destination and the current folder lie side by side, the personal folder, the folder of
+// the logs and the root of the drive are compared before and after.
+class NamesTest : public ControlTest {
+ protected:
+  NamesTest();
+  ~NamesTest() override;
+  void TearDown() override;
+
+  HRESULT RunCommand(const std::string& source, const std::string& folder, const std::string& fileName = "permitted.txt");
+
+  // The row's command comes out as the row says, without and with debug logging, and the log of both is in order.
+  void ExpectOutcome(const NameRow& row);
+
+  // What came, went or changed in the surroundings since the test began or since it was last asked.
+  Lines Changes();
+
+  // Every line begins an entry, belongs to a message or is one of the known lists; none of it was written by `Forged`.
+  static void ExpectLogInOrder(const std::string& log = kRunLog);
+
+  std::string Filled(std::string text) const;
+  std::string Shown(std::string text) const;
+
+  // Below the personal folder, and in the one that is permitted there.
+  static std::string Personal();
+  static std::string Temporary();
+
+  const TemporaryFolder area;
+  const std::string folder;
+  const std::string documents;
+
+ private:
+  using Listing = std::map<std::string, std::string>;
+  static void List(const std::wstring& folder, bool isDeep, Listing& listing);
+  static Listing ListSurroundings();
+  void Clear();
+
+  std::string currentBefore;
+  Listing before;
+};
+
+// A line end, and behind it what would be an entry of its own if it stood at the beginning of a line.
+extern const char kForged[];
+
+std::string Narrow(const std::wstring& text);
+std::string Replaced(std::string text, const std::string& from, const std::string& to);
