@@ -49,6 +49,12 @@ struct FileHandleTraits {
 };
 using FileHandle = UniqueHandle<FileHandleTraits>;
 
+// Whether what was opened as a file is a console, a port, a printer or the null device. Their names stand for them in every
+// folder, with any extension.
+inline bool IsDevice(const FileHandle& file) {
+  return GetFileType(file.Get()) == FILE_TYPE_CHAR;
+}
+
 // Text from the local heap.
 struct LocalTextTraits {
   using Handle = char*;

@@ -55,12 +55,21 @@ bool SeekToEnd(const FileHandle& file) {
   return SetFilePointer(file.Get(), 0, nullptr, FILE_END) != INVALID_SET_FILE_POINTER;
 }
 
+FileHandle OpenFile() {
+  FileHandle file(CreateFileA(state.path, GENERIC_WRITE, 0, nullptr, state.disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
+  state.disposition = OPEN_ALWAYS;
+  return file;
+}
+
 // The file, open and at its end, for one line; an invalid handle when the line cannot or must not be written.
 FileHandle OpenForOneLine() {
   if (!state.path[0])
     ChooseFile(nullptr);
-  FileHandle file(CreateFileA(state.path, GENERIC_WRITE, 0, nullptr, state.disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
-  state.disposition = OPEN_ALWAYS;
+  FileHandle file = OpenFile();
+  if (file && IsDevice(file)) {  // a manifest named nul.xml must not make its run one without a log
+    ChooseFile(nullptr);
+    file = OpenFile();
+  }
   if (!file)
     return file;
   if (GetFileSize(file.Get(), nullptr) >= kCapBytes) {
@@ -72,6 +81,28 @@ FileHandle OpenForOneLine() {
     return FileHandle();
   }
   return SeekToEnd(file) ? std::move(file) : FileHandle();
+}
+
+bool BeginsWithLevel(const char* text) {
+  for (const char* const level : {kInfo, kWarning, kError}) {
+    if (!std::strncmp(text, level, std::strlen(level)))
+      return true;
+  }
+  return false;
+}
+
+// The texts in a message come from outside, with whatever line ends are in them. A line that they begin is indented when it
+// could be taken for an entry of its own; everything else is written as it is.
+void WriteMessage(const FileHandle& file, const char* message) {
+  const char* start = message;
+  for (const char* position = message; *position; ++position) {
+    if ((*position == '\r' || *position == '\n') && BeginsWithLevel(position + 1)) {
+      Write(file, start, static_cast<std::size_t>(position + 1 - start));
+      Write(file, "\t");
+      start = position + 1;
+    }
+  }
+  Write(file, start);
 }
 
 // wvnsprintf writes at most `characters` - 1 characters and, on some systems, nothing behind a text that was cut.
@@ -123,7 +154,7 @@ void WriteLine(const char* level, int line, const char* sourceFile, HRESULT hr, 
       char message[kNarrowMessageBytes];
       FormatNarrow(message, kNarrowMessageBytes, format, arguments);
       Write(file, kSeparator);
-      Write(file, message);
+      WriteMessage(file, message);
     }
     Write(file, kLineEnd);
   }
@@ -137,7 +168,7 @@ void WriteWideMessage(const FileHandle& file, const wchar_t* format, va_list arg
   const int bytes = static_cast<int>(std::wcslen(message)) * 2 + 1;
   const OwnedText narrow = AllocateText(static_cast<std::size_t>(bytes));
   if (narrow && WideCharToMultiByte(CP_ACP, 0, message, -1, narrow.get(), bytes, nullptr, nullptr) > 0)
-    Write(file, narrow.get());
+    WriteMessage(file, narrow.get());
 }
 
 void WriteLineW(const char* level, int line, const char* sourceFile, HRESULT hr, const wchar_t* format, va_list arguments) {

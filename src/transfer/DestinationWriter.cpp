@@ -16,14 +16,23 @@ constexpr std::size_t kFirstCookieCapacity = 4096;
 bool DestinationWriter::Create(DWORD attributes) {
   if (!isCookie) {
     file = FileHandle(CreateFileA(name, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, attributes, nullptr));
-    isCreated = static_cast<bool>(file);
-    return isCreated;
+    return IsFileCreated();
   }
   cookieValue = AllocateText(kFirstCookieCapacity);
   cookieCapacity = kFirstCookieCapacity;
   isCreated = cookieValue != nullptr;
   if (!isCreated)
     SetLastError(ERROR_OUTOFMEMORY);
+  return isCreated;
+}
+
+// A name such as nul.txt is that of a device in every folder: it swallows the bytes, or hands them to a printer.
+bool DestinationWriter::IsFileCreated() {
+  if (file && IsDevice(file)) {
+    file = FileHandle();
+    SetLastError(ERROR_INVALID_NAME);
+  }
+  isCreated = static_cast<bool>(file);
   return isCreated;
 }
 

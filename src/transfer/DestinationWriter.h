@@ -13,7 +13,8 @@ class DestinationWriter {
   DestinationWriter(const char* destinationName, bool isCookieDestination)
       : name(destinationName), isCookie(isCookieDestination) {}
 
-  // Creates the file alone and anew, with `attributes`; an existing one is emptied.
+  // Creates the file alone and anew, with `attributes`; an existing one is emptied. A name that stands for a
+  // device is refused (ERROR_INVALID_NAME).
   bool Create(DWORD attributes);
 
   // Appends the bytes. A system that takes fewer of them has failed (ERROR_WRITE_FAULT).
@@ -31,6 +32,7 @@ class DestinationWriter {
   void Delete();
 
  private:
+  bool IsFileCreated();
   bool AppendToCookie(const void* bytes, DWORD count);
   bool SetCookie();
 

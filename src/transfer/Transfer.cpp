@@ -24,6 +24,8 @@ class LocalSource : public ByteSource {
  public:
   HRESULT Open(const char* path) {
     file = FileHandle(CreateFileA(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (file && IsDevice(file))  // reading from a console or a port may wait for ever
+      return Failed(HERE, HRESULT_FROM_WIN32(ERROR_INVALID_NAME), "Opening '%s' failed.", path);
     if (!file)
       return Failed(HERE, ResultFromLastError(), "Opening '%s' failed.", path);
     return S_OK;

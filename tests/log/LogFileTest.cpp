@@ -184,6 +184,59 @@ TEST(LogFileTest, FailuresAreLoggedAndGivenBack) {
   EXPECT_EQ(std::vector<HRESULT>{E_UNEXPECTED}, log.ErrorTraces());
 }
 
+struct LineRow {
+  const char* title;
+  const char* message;
+  const char* written;
+};
+
+class LogLineTest : public testing::TestWithParam<LineRow> {};
+
+TEST_P(LogLineTest, OnlyALineThatLooksLikeAnEntryIsIndented) {
+  const std::string expected = std::string("ERROR ") + kTimePattern + "\r\n\t" + GetParam().written + "\r\n";
+  {
+    LogCapture log(false);
+    LogError(HERE, S_OK, "'%s' failed.", GetParam().message);
+    ExpectMatch(expected, log.Text());
+    EXPECT_EQ(1u, log.Entries().size());
+  }
+  LogCapture log(false);
+  LogErrorW(HERE, S_OK, L"'%s' failed.", Wide(GetParam().message).c_str());
+  ExpectMatch(expected, log.Text());
+  EXPECT_EQ(1u, log.Entries().size());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Lines, LogLineTest,
+    testing::Values(
+        LineRow{"Error", "a\r\nERROR (01/01/2001 00:00:00) b", "'a\r\n\tERROR \\(01/01/2001 00:00:00\\) b' failed\\."},
+        LineRow{"Warning", "a\r\nWARNING (01/01/2001 00:00:00) ", "'a\r\n\tWARNING \\(01/01/2001 00:00:00\\) ' failed\\."},
+        LineRow{"Info", "a\r\nINFO (01/01/2001 00:00:00) ", "'a\r\n\tINFO \\(01/01/2001 00:00:00\\) ' failed\\."},
+        LineRow{"LineFeed", "a\nERROR (", "'a\n\tERROR \\(' failed\\."},
+        LineRow{"CarriageReturn", "a\rERROR (", "'a\r\tERROR \\(' failed\\."},
+        LineRow{"SeveralLines", "\r\nERROR\r\n\r\nERROR", "'\r\n\tERROR\r\n\r\n\tERROR' failed\\."},
+        LineRow{"IndentedAlready", "a\r\n\tERROR (", "'a\r\n\tERROR \\(' failed\\."},
+        LineRow{"AnotherWord", "a\r\nb\r\n.", "'a\r\nb\r\n\\.' failed\\."},
+        LineRow{"InTheLine", "ERROR (01/01/2001 00:00:00) ", "'ERROR \\(01/01/2001 00:00:00\\) ' failed\\."}),
+    [](const auto& row) { return row.param.title; });
+
+// Whether a name is a device's is the system's to say: here it says so of the first file that is asked about.
+TEST(LogFileTest, ADeviceIsNoLogFile) {
+  LogCapture log(false);
+  int asked = 0;
+  std::string text;
+  {
+    PATCH_IMPORT(device, GetFileType,
+                 [&](auto original, HANDLE file) { return ++asked == 1 ? DWORD{FILE_TYPE_CHAR} : original(file); });
+    LogInfo(HERE, "one");
+    LogInfo(HERE, "two");
+    text = ReadWholeFile(LogCapture::PathOf("Norvik"));
+  }
+  ExpectMatch(std::string("INFO ") + kTimePattern + "\r\n\tone\r\nINFO " + kTimePattern + "\r\n\ttwo\r\n", text);
+  EXPECT_EQ("", log.Text());
+  DeleteFileA(LogCapture::PathOf("Norvik").c_str());
+}
+
 TEST(LogFileTest, RawTextIsAppendedAsItIs) {
   LogCapture log(false);
   LogText("\tone");

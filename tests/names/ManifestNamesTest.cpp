@@ -6,6 +6,9 @@
 
 namespace {
 
+const std::string kEntry = kForgedEntry;
+const std::string kLine = "\r\n" + kEntry + "\r\n";
+
 constexpr char kRunFailed[] = "ERROR 0x80070005 The 'Execute' or 'ExecuteNavigate' method failed.";
 
 struct ManifestRow {
@@ -44,6 +47,10 @@ INSTANTIATE_TEST_SUITE_P(
         ManifestRow{"LongForm", "\\\\?\\C:\\x.xml", "x"}, ManifestRow{"Network", "\\\\localhost\\share\\x.xml", "x"},
         ManifestRow{"Colon", "http://x/a:b.xml", "b"}, ManifestRow{"Percent", "http://x/%n%s%1.xml", "%n%s%1"},
         ManifestRow{"DotAtTheEnd", "http://x/a.", "a"}, ManifestRow{"Blank", "http://x/ .xml", " "},
+        ManifestRow{"NullDevice", "http://x/nul.xml", "Norvik"}, ManifestRow{"Entry", "http://x/" + kLine + "/a.xml", "a"},
+        ManifestRow{"EntryBehindALineFeed", "http://x/\n" + kEntry + "/a.xml", "a"},
+        ManifestRow{"EntryBehindACarriageReturn", "http://x/\r" + kEntry + "/a.xml", "a"},
+        ManifestRow{"Entries", "http://x/" + kLine + kLine + kLine + "/a.xml", "Norvik"},
         ManifestRow{"QueryThatNoFileNameHolds", "http://x/a?b", ""},
         ManifestRow{"QuoteThatNoFileNameHolds", "http://x/a\"b.xml", ""},
         ManifestRow{"NothingBehindTheLastSlash", "http://x/y/", ""},

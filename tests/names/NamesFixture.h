@@ -36,7 +36,7 @@ class NamesTest : public ControlTest {
   // What came, went or changed in the surroundings since the test began or since it was last asked.
   Lines Changes();
 
-  // Every line begins an entry, belongs to a message or is one of the known lists; none of it was written by `Forged`.
+  // Every line that begins with a level is an entry, and none of these was written by a manifest or a URL.
   static void ExpectLogInOrder(const std::string& log = kRunLog);
 
   std::string Filled(std::string text) const;
@@ -60,8 +60,8 @@ class NamesTest : public ControlTest {
   Listing before;
 };
 
-// A line end, and behind it what would be an entry of its own if it stood at the beginning of a line.
-extern const char kForged[];
+// What would be an entry of its own if it stood at the beginning of a line.
+extern const char kForgedEntry[];
 
 std::string Narrow(const std::wstring& text);
 std::string Replaced(std::string text, const std::string& from, const std::string& to);

@@ -23,6 +23,7 @@ const std::vector<std::string> kLeftAlone = {
     "DisableThreadLibraryCalls",
     "EnterCriticalSection",
     "FreeLibrary",
+    "GetFileType",
     "GetLastError",
     "GetLocalTime",
     "GetModuleHandleA",

@@ -7,6 +7,7 @@
 #include "common/Handles.h"
 #include "support/Files.h"
 #include "support/HResult.h"
+#include "support/ImportPatch.h"
 #include "support/LogCapture.h"
 #include "transfer/DocumentType.h"
 #include "transfer/Transfer.h"
@@ -369,6 +370,33 @@ TEST_F(CopyLocalFileTest, ALocalFileIsNeverSearchedForTheNotFoundText) {
       S_OK, FetchURL(source.c_str(), destination.c_str(), FILE_ATTRIBUTE_NORMAL, nullptr, kTransferXMLDocument, "gone"));
   EXPECT_EQ("<?xml gone?><gone/>", ReadWholeFile(destination));
   EXPECT_EQ("", log.Text());
+}
+
+// Whether a name is a device's is the system's to say: here it says so of call number `call`.
+auto DeviceAtCall(int call) {
+  return [call, count = 0](auto original, HANDLE file) mutable {
+    return ++count == call ? DWORD{FILE_TYPE_CHAR} : original(file);
+  };
+}
+
+TEST_F(CopyLocalFileTest, ADeviceIsNoSource) {
+  WriteWholeFile(source, "x");
+  {
+    PATCH_IMPORT(device, GetFileType, DeviceAtCall(1));
+    EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_INVALID_NAME), Copy());
+  }
+  EXPECT_EQ(Texts{Line("0x8007007b", "Opening", source)}, log.Messages());
+  ExpectNothingLeft();
+}
+
+TEST_F(CopyLocalFileTest, ADeviceIsNoDestination) {
+  WriteWholeFile(source, "x");
+  {
+    PATCH_IMPORT(device, GetFileType, DeviceAtCall(2));
+    EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_INVALID_NAME), Copy());
+  }
+  EXPECT_EQ(Texts{Line("0x8007007b", "Creating", destination)}, log.Messages());
+  EXPECT_TRUE(FileHandle(CreateFileA(destination.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr)));
 }
 
 }  // namespace

@@ -58,6 +58,10 @@ DWORD GetFileSize(HANDLE, DWORD*) {
   return 0;
 }
 
+DWORD GetFileType(HANDLE) {
+  return FILE_TYPE_DISK;
+}
+
 DWORD SetFilePointer(HANDLE, LONG, LONG*, DWORD) {
   return 0;
 }

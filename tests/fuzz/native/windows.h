@@ -132,6 +132,9 @@ BOOL CloseHandle(HANDLE file);
 BOOL ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* count, void* overlapped);
 BOOL WriteFile(HANDLE file, const void* bytes, DWORD size, DWORD* count, void* overlapped);
 DWORD GetFileSize(HANDLE file, DWORD* high);
+#define FILE_TYPE_DISK 1u
+#define FILE_TYPE_CHAR 2u
+DWORD GetFileType(HANDLE file);
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* high, DWORD method);
 BOOL GetFileTime(HANDLE file, FILETIME* creation, FILETIME* access, FILETIME* write);
 BOOL SetFileTime(HANDLE file, const FILETIME* creation, const FILETIME* access, const FILETIME* write);
