@@ -173,3 +173,12 @@ end_wine() {
     WINEPREFIX=$prefix WINEARCH=${WINEARCH:-win64} with_wine wineserver -k 2>/dev/null || true
   fi
 }
+
+# count_torture WIDTH: from the output of the torture tests, how many calls were made to fail.
+count_torture() {
+  tr -d '\r' | awk -v width="$1" '
+    / calls failed/ { for (i = 1; i < NF; i++) if ($(i + 1) == "calls") calls += $i; scenarios++ }
+    / uses$/ { uses += $(NF - 1) }
+    / interrupted [0-9]+ / { stops += $(NF - 1) }
+    END { printf "%s: %d calls failed in %d uses of %d scenarios, %d interruptions\n", width, calls, uses, scenarios, stops }'
+}

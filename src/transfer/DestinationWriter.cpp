@@ -14,26 +14,26 @@ constexpr std::size_t kFirstCookieCapacity = 4096;
 }  // namespace
 
 bool DestinationWriter::Create(DWORD attributes) {
-  if (!isCookie) {
-    file = FileHandle(CreateFileA(name, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, attributes, nullptr));
-    return IsFileCreated();
-  }
-  cookieValue = AllocateText(kFirstCookieCapacity);
-  cookieCapacity = kFirstCookieCapacity;
-  isCreated = cookieValue != nullptr;
-  if (!isCreated)
-    SetLastError(ERROR_OUTOFMEMORY);
+  isCreated = isCookie ? CreateCookie() : CreateFileAnew(attributes);
   return isCreated;
 }
 
-// A name such as nul.txt is that of a device in every folder: it swallows the bytes, or hands them to a printer.
-bool DestinationWriter::IsFileCreated() {
+bool DestinationWriter::CreateFileAnew(DWORD attributes) {
+  file = FileHandle(CreateFileA(name, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, attributes, nullptr));
+  // A name such as nul.txt is that of a device in every folder: it swallows the bytes, or hands them to a printer.
   if (file && IsDevice(file)) {
     file = FileHandle();
     SetLastError(ERROR_INVALID_NAME);
   }
-  isCreated = static_cast<bool>(file);
-  return isCreated;
+  return static_cast<bool>(file);
+}
+
+bool DestinationWriter::CreateCookie() {
+  cookieValue = AllocateText(kFirstCookieCapacity);
+  cookieCapacity = kFirstCookieCapacity;
+  if (!cookieValue)
+    SetLastError(ERROR_OUTOFMEMORY);
+  return cookieValue != nullptr;
 }
 
 bool DestinationWriter::Write(const void* bytes, DWORD count) {

@@ -13,8 +13,8 @@ class DestinationWriter {
   DestinationWriter(const char* destinationName, bool isCookieDestination)
       : name(destinationName), isCookie(isCookieDestination) {}
 
-  // Creates the file alone and anew, with `attributes`; an existing one is emptied. A name that stands for a
-  // device is refused (ERROR_INVALID_NAME).
+  // Creates the file alone and anew, with `attributes`; an existing one is emptied. A name that stands for a device is
+  // refused (ERROR_INVALID_NAME).
   bool Create(DWORD attributes);
 
   // Appends the bytes. A system that takes fewer of them has failed (ERROR_WRITE_FAULT).
@@ -32,7 +32,8 @@ class DestinationWriter {
   void Delete();
 
  private:
-  bool IsFileCreated();
+  bool CreateFileAnew(DWORD attributes);
+  bool CreateCookie();
   bool AppendToCookie(const void* bytes, DWORD count);
   bool SetCookie();
 
