@@ -84,11 +84,8 @@ FileHandle OpenForOneLine() {
 }
 
 bool BeginsWithLevel(const char* text) {
-  for (const char* const level : {kInfo, kWarning, kError}) {
-    if (!std::strncmp(text, level, std::strlen(level)))
-      return true;
-  }
-  return false;
+  const auto begins = [text](const char* level) { return !std::strncmp(text, level, std::strlen(level)); };
+  return begins(kInfo) || begins(kWarning) || begins(kError);
 }
 
 // The texts in a message come from outside, with whatever line ends are in them. A line that they begin is indented when it
