@@ -118,8 +118,14 @@ with_wine() {
 
 # run_windows PROGRAM...: in the prefix that use_wine chose.
 run_windows() {
-  if [ "$WINEARCH" = win64 ]; then with_wine wine64 "$@"; else with_wine wine "$@"; fi
+  if [ "$WINEARCH" = win64 ]; then with_wine "${fixed_addresses[@]}" wine64 "$@"; else with_wine wine "$@"; fi
 }
+
+# A 64-bit process of Wine needs one page at a fixed address. Linux puts the process's heap somewhere in the gigabyte around it,
+# so one process in some ten thousand found it taken and ended before it came up (CreateProcess: 1359). With addresses that are
+# not random there is none; a machine that does not allow this has to live with it.
+fixed_addresses=()
+if setarch -R true 2>/dev/null; then fixed_addresses=(setarch -R); fi
 
 # use_wine [x64|x86]: the environment of every Windows program of that width, and the project's own prefix for it, made once.
 use_wine() {
