@@ -4,6 +4,7 @@
 
 #include "Scenarios.h"
 #include "common/ListItem.h"
+#include "support/Stopwatch.h"
 #include "transfer/SourceURL.h"
 
 namespace {

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "support/Stopwatch.h"
+
 void Require(bool condition, const std::string& message) {
   if (condition)
     return;
@@ -15,15 +17,6 @@ void Require(bool condition, const std::string& message) {
 
 void Report(const std::string& name, double value) {
   std::printf("%s\t%.9g\n", name.c_str(), value);
-}
-
-double SecondsOf(const std::function<void()>& function) {
-  LARGE_INTEGER frequency, start, end;
-  QueryPerformanceFrequency(&frequency);
-  QueryPerformanceCounter(&start);
-  function();
-  QueryPerformanceCounter(&end);
-  return static_cast<double>(end.QuadPart - start.QuadPart) / static_cast<double>(frequency.QuadPart);
 }
 
 void WarmUp(const std::vector<Contestant>& contestants) {

@@ -13,8 +13,6 @@ void Require(bool condition, const std::string& message);
 // One line of output, "name<tab>value", which scripts/bench reads.
 void Report(const std::string& name, double value);
 
-double SecondsOf(const std::function<void()>& function);
-
 // One of several ways to the same end. `finish` checks what `run` made and removes it; it is not timed.
 struct Contestant {
   const char* name;

@@ -2,6 +2,7 @@
 
 #include "Host.h"
 #include "Scenarios.h"
+#include "support/Stopwatch.h"
 
 namespace {
 

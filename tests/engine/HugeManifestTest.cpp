@@ -11,6 +11,7 @@
 #include "engine/Manifest.h"
 #include "support/HResult.h"
 #include "support/LogCapture.h"
+#include "support/Stopwatch.h"
 
 namespace {
 
@@ -30,15 +31,6 @@ void RunInSmallThread(std::function<void()> function) {
   const FileHandle thread(
       CreateThread(nullptr, kStackBytes, CallFunction, &function, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr));
   ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(thread.Get(), kPatienceMilliseconds));
-}
-
-double SecondsOf(const std::function<void()>& function) {
-  LARGE_INTEGER frequency, start, end;
-  QueryPerformanceFrequency(&frequency);
-  QueryPerformanceCounter(&start);
-  function();
-  QueryPerformanceCounter(&end);
-  return static_cast<double>(end.QuadPart - start.QuadPart) / static_cast<double>(frequency.QuadPart);
 }
 
 class HugeManifestTest : public testing::Test {

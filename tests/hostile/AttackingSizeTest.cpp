@@ -4,23 +4,13 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "hostile/HostileFixture.h"
+#include "support/Stopwatch.h"
 
 namespace {
 
 // Ten times as much may cost this many times as much.
 constexpr double kMostTimesAsMuch = 30;
-
-double SecondsOf(const std::function<void()>& function) {
-  LARGE_INTEGER frequency, start, end;
-  QueryPerformanceFrequency(&frequency);
-  QueryPerformanceCounter(&start);
-  function();
-  QueryPerformanceCounter(&end);
-  return static_cast<double>(end.QuadPart - start.QuadPart) / static_cast<double>(frequency.QuadPart);
-}
 
 std::string Repeated(const std::string& text, int count) {
   std::string all;

@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "permissions/SourceDocument.h"
 #include "support/AllocationFailure.h"
 #include "support/FakeXml.h"
 #include "support/HResult.h"
 #include "support/LogCapture.h"
+#include "support/Stopwatch.h"
 
 namespace {
 
@@ -316,19 +319,9 @@ TEST(SourcePermissionSizeTest, ManyEntriesNeedNoStack) {
 
 double MillisecondsFor(std::size_t count) {
   ManyURLs many(count);
-  LARGE_INTEGER frequency;
-  QueryPerformanceFrequency(&frequency);
   double best = 1e9;
-  for (int i = 0; i < 3; ++i) {
-    LARGE_INTEGER start;
-    LARGE_INTEGER end;
-    QueryPerformanceCounter(&start);
-    EXPECT_TRUE(many.ReadAndAsk());
-    QueryPerformanceCounter(&end);
-    const double milliseconds =
-        1000.0 * static_cast<double>(end.QuadPart - start.QuadPart) / static_cast<double>(frequency.QuadPart);
-    best = milliseconds < best ? milliseconds : best;
-  }
+  for (int i = 0; i < 3; ++i)
+    best = std::min(best, 1000 * SecondsOf([&] { EXPECT_TRUE(many.ReadAndAsk()); }));
   return best;
 }
 
