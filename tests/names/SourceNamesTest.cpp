@@ -89,10 +89,16 @@ INSTANTIATE_TEST_SUITE_P(Lengths, LongSourceNamesTest,
                          [](const auto& row) { return row.param.name; });
 
 // How many characters the whole path has is what counts for some functions of the system, and 260 their limit.
-class PathLengthTest : public NamesTest, public testing::WithParamInterface<int> {};
+class PathLengthTest : public NamesTest, public testing::WithParamInterface<std::size_t> {
+ protected:
+  // That takes the path to the parameter's number of characters.
+  std::string Name() const { return std::string(GetParam() - folder.size() - 5, 'n') + ".txt"; }
+};
+
+class LongPathTest : public PathLengthTest {};
 
 TEST_P(PathLengthTest, IsWrittenAndReplacedByEveryPolicy) {
-  const std::string name = std::string(static_cast<std::size_t>(GetParam()) - folder.size() - 5, 'n') + ".txt";
+  const std::string name = Name();
   for (const char* policy : {"", "<IfFileExists><Overwrite/></IfFileExists>", "<IfFileExists><Skip/></IfFileExists>"}) {
     EXPECT_HRESULT(S_OK, RunCommand("{server}/" + name, std::string("<Path>{folder}</Path>") + policy));
     EXPECT_EQ(name, NamesIn(folder)) << policy;
@@ -100,6 +106,21 @@ TEST_P(PathLengthTest, IsWrittenAndReplacedByEveryPolicy) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Characters, PathLengthTest, testing::Values(255, 258, 259));
+
+// Beyond that it is the system's to say whether there can be such a file; the path is never cut.
+TEST_P(LongPathTest, IsWrittenWholeOrNotAtAll) {
+  const HRESULT hr = RunCommand("{server}/" + Name(), kHere);
+  if (hr == S_OK) {
+    EXPECT_EQ(Lines{"{folder}\\" + Name()}, Changes());
+  } else {
+    EXPECT_HRESULT(S_FALSE, hr);
+    EXPECT_EQ(Lines{}, Changes());
+    EXPECT_NE(std::string::npos, Heads(kRunLog).at(0).find(" Creating '" + folder + "\\" + Name() + "' failed."));
+  }
+  ExpectLogInOrder();
+}
+
+INSTANTIATE_TEST_SUITE_P(Characters, LongPathTest, testing::Values(260, 261, 290));
 
 TEST_F(NamesTest, ALocalSourceGoesWhereItsLastComponentSays) {
   for (const char* source : {"{documents}\\a.txt", "file://{documents}\\a.txt", "{documents}/a.txt",
