@@ -84,3 +84,6 @@ std::string Narrow(BSTR text);
 inline std::string Narrow(const BString& text) {
   return Narrow(text.Get());
 }
+
+// The text with every `from` in it replaced by `to`.
+std::string Replaced(std::string text, const std::string& from, const std::string& to);

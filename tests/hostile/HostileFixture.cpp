@@ -72,12 +72,6 @@ std::string ManifestOf(const std::string& commands) {
   return "<?xml version=\"1.0\"?><!DOCTYPE VantorManifest><VantorManifest version=\"1.0\">" + commands + "</VantorManifest>";
 }
 
-std::string Replaced(std::string text, const std::string& from, const std::string& to) {
-  for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
-    text.replace(at, from.size(), to);
-  return text;
-}
-
 std::string RunFailed(const std::string& code) {
   return "ERROR " + code + " The 'Execute' or 'ExecuteNavigate' method failed.";
 }

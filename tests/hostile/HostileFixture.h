@@ -37,8 +37,6 @@ class HostileTest : public ControlTest {
 // A manifest as it should be, around its commands.
 std::string ManifestOf(const std::string& commands);
 
-std::string Replaced(std::string text, const std::string& from, const std::string& to);
-
 // The last line of a run that fails before its commands, and of one with a failed command.
 std::string RunFailed(const std::string& code);
 constexpr char kCommandFailed[] = "ERROR At least one command failed during the 'Execute' or 'ExecuteNavigate' method.";

@@ -42,7 +42,7 @@ class NamesTest : public ControlTest {
   std::string Filled(std::string text) const;
   std::string Shown(std::string text) const;
 
-  // Below the personal folder, and in the one that is permitted there.
+  // The folders of these kinds, without a separator at the end.
   static std::string Personal();
   static std::string Temporary();
 
@@ -64,4 +64,3 @@ class NamesTest : public ControlTest {
 extern const char kForgedEntry[];
 
 std::string Narrow(const std::wstring& text);
-std::string Replaced(std::string text, const std::string& from, const std::string& to);
