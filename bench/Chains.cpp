@@ -12,8 +12,8 @@ namespace {
 std::unique_ptr<CListItem> MakeChain(int count) {
   CListBuilder chain;
   for (int i = 0; i < count; ++i)
-    chain.Append(new CSourceURL(L"https://apps.example.com/tools/", SourceRole::PermittedEntry, nullptr));
-  return std::unique_ptr<CListItem>(chain.Take());
+    chain.Append(std::make_unique<CSourceURL>(L"https://apps.example.com/tools/", SourceRole::PermittedEntry, nullptr));
+  return chain.Take();
 }
 
 }  // namespace

@@ -28,8 +28,8 @@ class UniqueHandle {
   Handle Get() const { return handle; }
   explicit operator bool() const { return handle != Traits::Invalid(); }
 
-  // False when the system reports a failure, with the thread's last error; the handle is gone either way. Nothing to close
-  // is none.
+  // False when the system reports a failure, with the thread's last error; the handle is gone either way. True when there is
+  // no handle.
   bool Close() { return handle == Traits::Invalid() || Traits::Close(std::exchange(handle, Traits::Invalid())); }
 
  private:

@@ -1,21 +1,15 @@
 #include "common/ListItem.h"
 
 CListItem::~CListItem() {
-  CListItem* item = next;
-  next = nullptr;
-  while (item) {
-    CListItem* successor = item->next;
-    item->next = nullptr;
-    delete item;
-    item = successor;
-  }
+  for (std::unique_ptr<CListItem> item = std::move(next); item;)
+    item = std::move(item->next);
 }
 
-void CListItem::Append(CListItem* chain) {
+void CListItem::Append(std::unique_ptr<CListItem> chain) {
   CListItem* last = this;
   while (last->next)
-    last = last->next;
-  last->next = chain;
+    last = last->next.get();
+  last->next = std::move(chain);
 }
 
 CListItem* CListIterator::Next() {
@@ -25,16 +19,16 @@ CListItem* CListIterator::Next() {
   return item;
 }
 
-void CListBuilder::Append(CListItem* item) {
+void CListBuilder::Append(std::unique_ptr<CListItem> item) {
+  CListItem* const appended = item.get();
   if (tail)
-    tail->next = item;
+    tail->next = std::move(item);
   else
-    head = item;
-  tail = item;
+    head = std::move(item);
+  tail = appended;
 }
 
-CListItem* CListBuilder::Take() {
-  CListItem* chain = head;
-  head = tail = nullptr;
-  return chain;
+std::unique_ptr<CListItem> CListBuilder::Take() {
+  tail = nullptr;
+  return std::move(head);
 }

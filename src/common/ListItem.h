@@ -2,6 +2,8 @@
 
 #include "common/Windows.h"
 
+#include <memory>
+
 // The base of every object that is kept in a chain: commands, permitted URLs and extensions, folders.
 // A chain is named by its first item; every item owns the rest of the chain behind it.
 class CListItem {
@@ -22,14 +24,14 @@ class CListItem {
   // Writes the item's main text into the log as it is, without head and line end.
   virtual void Dump() const = 0;
 
-  CListItem* Next() const { return next; }
+  CListItem* Next() const { return next.get(); }
 
-  // Puts `chain` (which may be null) behind the last item of this item's chain and takes ownership of it.
-  void Append(CListItem* chain);
+  // Puts `chain` (which may be null) behind the last item of this item's chain.
+  void Append(std::unique_ptr<CListItem> chain);
 
  private:
   friend class CListBuilder;
-  CListItem* next = nullptr;
+  std::unique_ptr<CListItem> next;
 };
 
 // A cursor over a chain. It owns nothing.
@@ -46,21 +48,20 @@ class CListIterator {
   CListItem* current;
 };
 
-// Collects items into a chain at a constant cost for each. What has not been taken is deleted with the builder.
+// Collects items into a chain at a constant cost for each.
 class CListBuilder {
  public:
   CListBuilder() = default;
   CListBuilder(const CListBuilder&) = delete;
   CListBuilder& operator=(const CListBuilder&) = delete;
-  ~CListBuilder() { delete head; }
 
-  // Takes ownership of one item, which has no successor yet.
-  void Append(CListItem* item);
+  // Appends one item, which has no successor yet.
+  void Append(std::unique_ptr<CListItem> item);
 
-  // Hands the chain to the caller; null when nothing was appended.
-  CListItem* Take();
+  // Hands the chain over; null when nothing was appended.
+  std::unique_ptr<CListItem> Take();
 
  private:
-  CListItem* head = nullptr;
+  std::unique_ptr<CListItem> head;
   CListItem* tail = nullptr;
 };

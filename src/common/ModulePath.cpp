@@ -21,8 +21,6 @@ void RecordFolder() {
 
 void RecordModulePath(HMODULE module) {
   const DWORD length = GetModuleFileNameA(module, modulePath, MAX_PATH);
-  if (length >= MAX_PATH)
-    modulePath[0] = '\0';
   modulePath[length < MAX_PATH ? length : 0] = '\0';
   RecordFolder();
 }

@@ -4,7 +4,7 @@
 
 // The file from which the module was loaded, and its folder. Process-wide; recorded once, when the module is loaded.
 
-// Records the path of `module`. A path that cannot be had, or does not fit into 260 characters, is recorded as empty.
+// Records the path of `module`. A path that cannot be had, or is longer than 259 characters, is recorded as empty.
 void RecordModulePath(HMODULE module);
 
 // Records `path` (at most 259 characters) as the module's path.

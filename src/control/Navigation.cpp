@@ -14,7 +14,7 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-constexpr char kSourceFile[] = "axNorvik";
+constexpr SourceFile kSourceFile = {"axNorvik", 1000};
 
 // SID_SWebBrowserApp: the service goes by the identifier of its interface.
 const GUID& WebBrowserAppService() {

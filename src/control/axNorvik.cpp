@@ -10,7 +10,7 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-constexpr char kSourceFile[] = "axNorvik";
+constexpr SourceFile kSourceFile = {"axNorvik"};
 constexpr wchar_t kLogFileName[] = L"ActiveX.log";
 constexpr DWORD kControlContext = 0;
 constexpr DWORD kSupportedSafety = INTERFACESAFE_FOR_UNTRUSTED_CALLER;
@@ -144,9 +144,9 @@ STDMETHODIMP CAXNorvik::Execute(BSTR bstrManifestURL) {
 
 STDMETHODIMP CAXNorvik::ExecuteNavigate(BSTR bstrManifestURL, BSTR* pbstrNavigateURL) {
   if (!bstrManifestURL || !*bstrManifestURL)
-    return Failed(HERE, E_INVALIDARG, "ActiveX 'Execute' or 'ExecuteNavigate' method missing manifest URL argument.");
+    return Reported(HERE, E_INVALIDARG, "ActiveX 'Execute' or 'ExecuteNavigate' method missing manifest URL argument.");
   if (!executer)
-    return Failed(HERE, E_UNEXPECTED, "ActiveX control missing executer.");
+    return Reported(HERE, E_UNEXPECTED, "ActiveX control missing executer.");
   const HRESULT hr = executer->Run(bstrManifestURL, pbstrNavigateURL);
   if (hr == S_FALSE)
     LogError(HERE, hr, "At least one command failed during the 'Execute' or 'ExecuteNavigate' method.");
@@ -242,10 +242,10 @@ STDMETHODIMP CAXNorvik::InitNew() {
 
 STDMETHODIMP CAXNorvik::Load(IPropertyBag* bag, IErrorLog* errors) {
   if (!executer)
-    return Failed(HERE, E_UNEXPECTED, "ActiveX control missing command executer.");
+    return Reported(HERE, E_UNEXPECTED, "ActiveX control missing command executer.");
   const HRESULT hr = LoadProperties(bag, errors);
   if (FAILED(hr))
-    return Failed(HERE, hr, "Failed to load ActiveX properties or HTML <PARAM> tags.");
+    return Reported(HERE, hr, "Failed to load ActiveX properties or HTML <PARAM> tags.");
   return manifestURL.IsEmpty() ? hr : RunPageManifest();
 }
 
@@ -269,7 +269,10 @@ HRESULT CAXNorvik::LoadProperties(IPropertyBag* bag, IErrorLog* errors) {
 }
 
 HRESULT CAXNorvik::RunPageManifest() {
-  const HRESULT hr = executer->Run(manifestURL.Get(), pendingNavigateURL.Receive());
+  BString url;
+  const HRESULT hr = executer->Run(manifestURL.Get(), url.Receive());
+  if (url)  // a second load whose run yields none leaves that of the first
+    pendingNavigateURL = std::move(url);
   if (hr == S_FALSE)
     LogError(HERE, hr, "At least one command failed executing <PARAM> manifest failed on ActiveX startup.");
   else if (FAILED(hr))

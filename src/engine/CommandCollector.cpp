@@ -8,15 +8,20 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
+// Signed with the name of the command's file, as lines of another one.
+constexpr SourceFile SignedBy(const CommandKind& kind) {
+  return {kind.sourceFile, 3000};
+}
+
 HRESULT GetElements(IXMLDOMDocument2* document, const CommandKind& kind, ComPtr<IXMLDOMNodeList>& elements) {
   const wchar_t* const name = kind.elementName;
   const BString tagName(SysAllocString(name));
   const HRESULT hr = tagName ? document->getElementsByTagName(tagName.Get(), &elements) : E_OUTOFMEMORY;
   if (FAILED(hr))
-    return FailedW(__LINE__, kind.sourceFile, hr, L"Failed to get '%s' (Element: %s) commands from XML.", name, name);
+    return ReportedW(HERE_IN(SignedBy(kind)), hr, L"Failed to get '%s' (Element: %s) commands from XML.", name, name);
   if (!elements) {
-    return FailedW(__LINE__, kind.sourceFile, E_FAIL,
-                   L"Empty node list returned when retrieving '%s' (Node: %s) commands from XML.", name, name);
+    return ReportedW(HERE_IN(SignedBy(kind)), E_FAIL,
+                     L"Empty node list returned when retrieving '%s' (Node: %s) commands from XML.", name, name);
   }
   return S_OK;
 }
@@ -24,9 +29,9 @@ HRESULT GetElements(IXMLDOMDocument2* document, const CommandKind& kind, ComPtr<
 HRESULT GetElement(IXMLDOMNodeList* elements, LONG index, const CommandKind& kind, ComPtr<IXMLDOMNode>& element) {
   const HRESULT hr = elements->get_item(index, &element);
   if (FAILED(hr))
-    return FailedW(__LINE__, kind.sourceFile, hr, L"Getting %s element failed.", kind.elementName);
+    return ReportedW(HERE_IN(SignedBy(kind)), hr, L"Getting %s element failed.", kind.elementName);
   if (!element)
-    return FailedW(__LINE__, kind.sourceFile, E_FAIL, L"Empty node returned when getting %s element.", kind.elementName);
+    return ReportedW(HERE_IN(SignedBy(kind)), E_FAIL, L"Empty node returned when getting %s element.", kind.elementName);
   return S_OK;
 }
 
@@ -40,20 +45,20 @@ HRESULT CollectCommands(IXMLDOMDocument2* document, const CommandKind& kind, CLi
   LONG length = 0;
   hr = elements->get_length(&length);
   if (FAILED(hr))
-    return FailedW(__LINE__, kind.sourceFile, hr, L"Failed to get number of %s elements in XML.", kind.elementName);
+    return ReportedW(HERE_IN(SignedBy(kind)), hr, L"Failed to get number of %s elements in XML.", kind.elementName);
   hr = elements->reset();
   if (FAILED(hr))
-    return FailedW(__LINE__, kind.sourceFile, hr, L"Reseting %s element list failed.", kind.elementName);
+    return ReportedW(HERE_IN(SignedBy(kind)), hr, L"Reseting %s element list failed.", kind.elementName);
 
   for (LONG index = 0; index < length && SUCCEEDED(hr); ++index) {
     ComPtr<IXMLDOMNode> element;
     hr = GetElement(elements.Get(), index, kind, element);
     if (FAILED(hr))
       return hr;
-    CCommand* const command = kind.make(element.Get(), &hr);
+    std::unique_ptr<CCommand> command = kind.make(element.Get(), &hr);
     if (!command)
-      return Failed(__LINE__, kind.sourceFile, E_OUTOFMEMORY, "%s", kind.allocationFailure);
-    commands.Append(command);
+      return Reported(HERE_IN(SignedBy(kind)), E_OUTOFMEMORY, "%s", kind.allocationFailure);
+    commands.Append(std::move(command));
   }
   return hr;
 }

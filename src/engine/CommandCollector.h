@@ -2,6 +2,8 @@
 
 #include "common/Windows.h"
 
+#include <memory>
+
 #include "common/ListItem.h"
 #include "engine/Command.h"
 #include "xml/XMLUtilities.h"
@@ -10,10 +12,10 @@
 struct CommandKind {
   const wchar_t* elementName;
   const char* allocationFailure;  // the message when a command cannot be allocated
-  const char* sourceFile;         // the name in the log lines
+  const char* sourceFile;         // the name that signs the log lines
 
   // A command from its element, with the code of its reading; null when out of memory.
-  CCommand* (*make)(IXMLDOMNode* node, HRESULT* result);
+  std::unique_ptr<CCommand> (*make)(IXMLDOMNode* node, HRESULT* result);
 };
 
 // Makes a command of each element of the kind, in document order, and appends it to `commands`. The first failure ends the

@@ -7,17 +7,17 @@
 
 namespace {
 
-constexpr char kSourceFile[] = "CopyCommand";
+constexpr SourceFile kSourceFile = {"CopyCommand"};
 
 HRESULT CommandFailed(int line, HRESULT hr) {
-  return Failed(line, kSourceFile, hr, "'Copy' command failed.");
+  return Reported(line, kSourceFile.name, hr, "'Copy' command failed.");
 }
 
 }  // namespace
 
 CCopyCommand::CCopyCommand(IXMLDOMNode* node, HRESULT* result) {
   if (!node) {
-    readingCode = Failed(HERE, E_INVALIDARG, "Missing 'CopyNode' XML node parameter.");
+    readingCode = Reported(HERE, E_INVALIDARG, "Missing 'CopyNode' XML node parameter.");
   } else {
     readingCode = Read(node);
     if (FAILED(readingCode))
@@ -39,18 +39,19 @@ void CCopyCommand::SetWrittenFile(const char* writtenFile) {
   fileName.reset();
   folder.reset();
   if (writtenFile && GetDestinationKind() != FolderKind::Cookie)
-    SplitURL(writtenFile, folder, fileName, nullptr);  // a full file name always has a separator
+    SplitURL(writtenFile, folder, fileName,
+             nullptr);  // a bare name (of a relative `Path`, from a source without one) is a folder
 }
 
 HRESULT CCopyCommand::Execute(DWORD /*context*/, const CPermissions* permissions, BSTR* /*navigateURL*/) {
   if (!source)
-    return Failed(HERE, E_UNEXPECTED, "'Copy' command missing source URL.");
+    return Reported(HERE, E_UNEXPECTED, "'Copy' command missing source URL.");
   if (!destination)
-    return Failed(HERE, E_UNEXPECTED, "'Copy' command missing destination folder.");
+    return Reported(HERE, E_UNEXPECTED, "'Copy' command missing destination folder.");
   if (!fileName)
-    return Failed(HERE, E_UNEXPECTED, "'Copy' command missing destination file.");
+    return Reported(HERE, E_UNEXPECTED, "'Copy' command missing destination file.");
   if (!permissions)
-    return Failed(HERE, E_INVALIDARG, "'Copy' command missing 'Permissions' parameter.");
+    return Reported(HERE, E_INVALIDARG, "'Copy' command missing 'Permissions' parameter.");
   sourceText.reset();
   folder.reset();
 
@@ -69,7 +70,7 @@ HRESULT CCopyCommand::Execute(DWORD /*context*/, const CPermissions* permissions
   if (destination->FileExists(destinationFile.get())) {
     hr = HandleExistingFile(policy, destinationFile.get(), force, time);
     if (hr == kCancelledResult)
-      return Failed(HERE, hr, "File exists. 'Copy' command canceled.");
+      return Reported(HERE, hr, "File exists. 'Copy' command canceled.");
     if (FAILED(hr))
       return CommandFailed(__LINE__, hr);
     isLeftAlone = hr == S_FALSE;

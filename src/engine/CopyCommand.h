@@ -83,6 +83,6 @@ class CCopyCommand : public CCommand {
 };
 
 // Makes a command of each `Copy` element of a manifest, in document order. `chain` is the first one, null when there is
-// none; it belongs to the caller. E_INVALIDARG without a document or a place for the chain, else S_OK: failures show in the
-// log and in a chain that ends with the command that failed.
-[[nodiscard]] HRESULT CollectCopyCommands(IXMLDOMDocument2* document, CListItem** chain);
+// none. E_INVALIDARG without a document or a place for the chain, else S_OK: failures show in the log and in a chain that
+// ends with the command that failed.
+[[nodiscard]] HRESULT CollectCopyCommands(IXMLDOMDocument2* document, std::unique_ptr<CListItem>* chain);

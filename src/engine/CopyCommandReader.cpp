@@ -16,7 +16,7 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-constexpr char kSourceFile[] = "CopyCommand";
+constexpr SourceFile kSourceFile = {"CopyCommand", 1000};
 
 struct DestinationQuery {
   const wchar_t* pattern;
@@ -52,17 +52,21 @@ constexpr PolicyQuery kPolicyQueries[] = {
     {L"Destination/IfFileExists/Update", IfFileExists::Update, true},
 };
 
-// Takes a folder that was just made as the destination. A folder that could not be resolved leaves the destination empty and
-// the search for another one goes on.
-HRESULT TakeFolder(CDestinationFolder* folder, HRESULT constructionCode, std::unique_ptr<CDestinationFolder>& destination) {
-  std::unique_ptr<CDestinationFolder> made(folder);
-  if (!made)
-    return Traced(HERE, E_POINTER);
-  if (FAILED(constructionCode))
-    LogErrorTrace(HERE, constructionCode);
-  else
-    destination = std::move(made);
-  return constructionCode;
+// Makes the destination, of an element's text or of a kind alone. True when the search for a destination is over: there is
+// one now, or no memory for one. A folder that cannot be resolved leaves the search to the next query. `hr` tells which.
+bool MakeDestination(FolderKind kind, const wchar_t* text, std::unique_ptr<CDestinationFolder>& destination, HRESULT& hr) {
+  std::unique_ptr<CDestinationFolder> made(
+      text ? new (std::nothrow) CDestinationFolder(kind, text, &hr) : new (std::nothrow) CDestinationFolder(kind, &hr));
+  if (!made) {
+    hr = Traced(HERE, E_POINTER);
+    return true;
+  }
+  if (FAILED(hr)) {
+    LogErrorTrace(HERE, hr);
+    return false;
+  }
+  destination = std::move(made);
+  return true;
 }
 
 bool ReadForce(IXMLDOMNode* policyElement) {
@@ -73,11 +77,11 @@ bool ReadForce(IXMLDOMNode* policyElement) {
   return EqualsNoCase(value.Get(), L"true");
 }
 
-CCommand* MakeCopyCommand(IXMLDOMNode* node, HRESULT* result) {
-  return new (std::nothrow) CCopyCommand(node, result);
+std::unique_ptr<CCommand> MakeCopyCommand(IXMLDOMNode* node, HRESULT* result) {
+  return std::unique_ptr<CCommand>(new (std::nothrow) CCopyCommand(node, result));
 }
 
-constexpr CommandKind kCopyKind = {L"Copy", "Failed to create copy command.", kSourceFile, MakeCopyCommand};
+constexpr CommandKind kCopyKind = {L"Copy", "Failed to create copy command.", kSourceFile.name, MakeCopyCommand};
 
 }  // namespace
 
@@ -119,22 +123,13 @@ HRESULT CCopyCommand::ReadDestination(IXMLDOMNode* node) {
   HRESULT hr = S_OK;
   for (const DestinationQuery& query : kDestinationQueries) {
     BString text;
-    if (FAILED(GetNodeTextW(node, query.pattern, text)))
-      continue;
-    auto* const made = new (std::nothrow) CDestinationFolder(query.kind, text.Get(), &hr);
-    hr = TakeFolder(made, hr, destination);
-    if (destination || !made)
+    if (SUCCEEDED(GetNodeTextW(node, query.pattern, text)) && MakeDestination(query.kind, text.Get(), destination, hr))
       return hr;
   }
-  const bool isCookie = NodeExists(node, L"Destination/Cookie");
-  if (isCookie) {
-    auto* const made = new (std::nothrow) CDestinationFolder(FolderKind::Cookie, &hr);
-    hr = TakeFolder(made, hr, destination);
-    if (destination || !made)
-      return hr;
-  }
-  auto* const made = new (std::nothrow) CDestinationFolder(FolderKind::InternetCache, &hr);
-  return TakeFolder(made, hr, destination);
+  if (NodeExists(node, L"Destination/Cookie") && MakeDestination(FolderKind::Cookie, nullptr, destination, hr))
+    return hr;
+  MakeDestination(FolderKind::InternetCache, nullptr, destination, hr);
+  return hr;
 }
 
 void CCopyCommand::ReadFileName(IXMLDOMNode* node) {
@@ -184,11 +179,11 @@ void CCopyCommand::ReadExpireTime(IXMLDOMNode* node) {
     time.SetText(text.get());
 }
 
-HRESULT CollectCopyCommands(IXMLDOMDocument2* document, CListItem** chain) {
+HRESULT CollectCopyCommands(IXMLDOMDocument2* document, std::unique_ptr<CListItem>* chain) {
   if (!document)
-    return Failed(HERE, E_INVALIDARG, "'Copy' missing XML document parameter.");
+    return Reported(HERE, E_INVALIDARG, "'Copy' missing XML document parameter.");
   if (!chain)
-    return Failed(HERE, E_INVALIDARG, "'Copy' missing command list return value parameter.");
+    return Reported(HERE, E_INVALIDARG, "'Copy' missing command list return value parameter.");
   CListBuilder commands;
   // The failure was logged, and shows in the chain: what came before it is run.
   static_cast<void>(CollectCommands(document, kCopyKind, commands));

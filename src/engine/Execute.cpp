@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr char kSourceFile[] = "Execute";
+constexpr SourceFile kSourceFile = {"Execute"};
 constexpr wchar_t kPermitFileName[] = L"permit.xml";
 
 }  // namespace
@@ -36,10 +36,10 @@ HRESULT CExecuter::ReadPermissions() {
   HRESULT hr = S_OK;
   permissions.reset(new (std::nothrow) CPermissions(context, kPermitFileName, &hr));
   if (!permissions)
-    return FailedW(HERE, E_OUTOFMEMORY, L"Failed to create permissions from '%s'.", kPermitFileName);
+    return ReportedW(HERE, E_OUTOFMEMORY, L"Failed to create permissions from '%s'.", kPermitFileName);
   if (FAILED(hr)) {
     permissions.reset();
-    return FailedW(
+    return ReportedW(
         HERE, hr, L"An error occured while reading permissions from '%s'.  Destroying permissions.", kPermitFileName);
   }
   return hr;
@@ -47,16 +47,16 @@ HRESULT CExecuter::ReadPermissions() {
 
 HRESULT CExecuter::Run(const wchar_t* manifestURL, BSTR* navigateURL) {
   if (!permissions)
-    return Failed(HERE, E_UNEXPECTED, "Missing permissions.");
+    return Reported(HERE, E_UNEXPECTED, "Missing permissions.");
   SetLogFileName(manifestURL);
   HRESULT hr = permissions->IsManifestURLPermitted(manifestURL);
   if (FAILED(hr))
-    return FailedW(HERE, hr, L"Manifest URL '%s' is not permitted.", manifestURL);
+    return ReportedW(HERE, hr, L"Manifest URL '%s' is not permitted.", manifestURL);
 
   CManifest* const allocated = new (std::nothrow) CManifest(context, manifestURL, &hr);
   const std::unique_ptr<CManifest> manifest(allocated);
   if (!manifest)
-    return FailedW(HERE, E_OUTOFMEMORY, L"Failed to create a manifest from %s.", manifestURL);
+    return ReportedW(HERE, E_OUTOFMEMORY, L"Failed to create a manifest from %s.", manifestURL);
   if (SUCCEEDED(hr))
     hr = manifest->Read(permissions.get());
   if (FAILED(hr))

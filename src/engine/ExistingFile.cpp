@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr char kSourceFile[] = "CopyCommand";
+constexpr SourceFile kSourceFile = {"CopyCommand", 2000};
 constexpr DWORD kProtection = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN;
 
 constexpr int kLastNumber = 999;
@@ -37,7 +37,7 @@ HRESULT PrepareUpdate(const char* fileName, bool force, const CXMLFileTime& time
   FILETIME existing;
   const HRESULT hr = GetFileWriteTime(fileName, existing);
   if (FAILED(hr))
-    return Failed(HERE, hr, "Unable to retrieve file time from '%s'.", fileName);
+    return Reported(HERE, hr, "Unable to retrieve file time from '%s'.", fileName);
   return time.CompareTo(&existing) > 0 ? PrepareOverwrite(fileName, force) : S_FALSE;
 }
 
@@ -48,6 +48,18 @@ char* FindNumberPlace(char* fileName) {
   if (length + kNumberLength + 1 > MAX_PATH)
     return fileName + length - kNumberLength;
   return fileName + (LastDot(fileName) - fileName);
+}
+
+// Writes into `newName` the first name of 000 to 999 that is not taken; false, with the last one of them, when all are.
+bool FindFreeName(const char* fileName, char (&newName)[MAX_PATH]) {
+  lstrcpynA(newName, fileName, MAX_PATH);
+  char* const numberPlace = FindNumberPlace(newName);
+  for (int number = 0; number <= kLastNumber; ++number) {
+    wsprintfA(numberPlace, ".%03d", number);
+    if (!Exists(newName))
+      return true;
+  }
+  return false;
 }
 
 }  // namespace
@@ -85,20 +97,12 @@ HRESULT RenameExistingFile(const char* fileName) {
   // A source URL without a file name, or with "..", names a folder; that one stays where it is.
   const DWORD attributes = GetFileAttributesA(fileName);
   if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY))
-    return Failed(HERE, E_ACCESSDENIED, "Rename from '%s' to '%s' failed.", fileName, fileName);
-
+    return Reported(HERE, E_ACCESSDENIED, "Rename from '%s' to '%s' failed.", fileName, fileName);
   char newName[MAX_PATH];
-  lstrcpynA(newName, fileName, MAX_PATH);
-  char* const numberPlace = FindNumberPlace(newName);
-  int number = 0;
-  for (;; ++number) {
-    wsprintfA(numberPlace, ".%03d", number);
-    if (!Exists(newName) || number == kLastNumber)
-      break;
-  }
-  if (Exists(newName) && !DeleteFileA(newName))
+  const bool isFree = FindFreeName(fileName, newName);
+  if (!isFree && !DeleteFileA(newName))
     LogWarning(HERE, ResultFromLastError(), "Rename failed, deleted '%s' instead.", newName);
   if (!MoveFileA(fileName, newName))
-    return Failed(HERE, ResultFromLastError(), "Rename from '%s' to '%s' failed.", fileName, newName);
+    return Reported(HERE, ResultFromLastError(), "Rename from '%s' to '%s' failed.", fileName, newName);
   return S_OK;
 }

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr char kSourceFile[] = "Manifest";
+constexpr SourceFile kSourceFile = {"Manifest"};
 
 }  // namespace
 
@@ -22,28 +22,28 @@ CManifest::CManifest(DWORD executerContext, const wchar_t* manifestURL, HRESULT*
 
 HRESULT CManifest::Initialize(const wchar_t* manifestURL) {
   if (!manifestURL || !*manifestURL)
-    return Failed(HERE, E_INVALIDARG, "Missing manifest URL parameter.");
+    return Reported(HERE, E_INVALIDARG, "Missing manifest URL parameter.");
   HRESULT hr = S_OK;
   sourceURL.reset(new (std::nothrow) CSourceURL(manifestURL, SourceRole::Manifest, &hr));
   if (!sourceURL)
-    return Failed(HERE, E_OUTOFMEMORY, "Failed to create 'SourceURL' class instance.");
+    return Reported(HERE, E_OUTOFMEMORY, "Failed to create 'SourceURL' class instance.");
   if (FAILED(hr)) {
     sourceURL.reset();
-    return Failed(HERE, hr, "Failed to create 'SourceURL' class instance.");
+    return Reported(HERE, hr, "Failed to create 'SourceURL' class instance.");
   }
   hr = CreateXMLDocument(&document);
   if (FAILED(hr))
-    return Failed(HERE, hr, "Failed to create 'XMLDocument' class instance.");
+    return Reported(HERE, hr, "Failed to create 'XMLDocument' class instance.");
   return hr;
 }
 
 HRESULT CManifest::Read(const CPermissions* permissions) {
   if (!sourceURL)
-    return Failed(HERE, E_UNEXPECTED, "Missing manifest source URL.");
+    return Reported(HERE, E_UNEXPECTED, "Missing manifest source URL.");
   if (!document)
-    return Failed(HERE, E_UNEXPECTED, "Missing 'XMLDocument' class instance.");
+    return Reported(HERE, E_UNEXPECTED, "Missing 'XMLDocument' class instance.");
   if (!permissions)
-    return Failed(HERE, E_INVALIDARG, "Missing permissions parameter.");
+    return Reported(HERE, E_INVALIDARG, "Missing permissions parameter.");
   HRESULT hr = CheckURL(*permissions);
   if (FAILED(hr))
     return hr;
@@ -67,7 +67,7 @@ HRESULT CManifest::Fetch(OwnedText& localFile) const {
   HRESULT hr = S_OK;
   const std::unique_ptr<CDestinationFolder> cache(new (std::nothrow) CDestinationFolder(FolderKind::InternetCache, &hr));
   if (!cache)
-    return Failed(HERE, E_OUTOFMEMORY, "Failed to create 'DestinationFolder' class instance.");
+    return Reported(HERE, E_OUTOFMEMORY, "Failed to create 'DestinationFolder' class instance.");
   if (FAILED(hr))
     return Traced(HERE, hr);
   hr = cache->GetDestinationFile(sourceURL.get(), &localFile);
@@ -77,7 +77,7 @@ HRESULT CManifest::Fetch(OwnedText& localFile) const {
                 kTransferXMLDocument | kTransferManifest, nullptr);
   if (FAILED(hr)) {
     cache->DiscardCacheFile(localFile.get());
-    return Failed(HERE, hr, "Failed to copy '%s' to '%s'.", sourceURL->GetURL(), localFile.get());
+    return Reported(HERE, hr, "Failed to copy '%s' to '%s'.", sourceURL->GetURL(), localFile.get());
   }
   hr = cache->CommitToCache(sourceURL.get(), localFile.get());
   if (FAILED(hr)) {
@@ -95,25 +95,25 @@ HRESULT CManifest::Load(const CPermissions& permissions, const char* localFile) 
     return hr;
   hr = LoadXMLDocument(localFile, document.Get(), TRUE);
   if (FAILED(hr))
-    return Failed(HERE, hr, "Failed to read XML document '%s'.", localFile);
+    return Reported(HERE, hr, "Failed to read XML document '%s'.", localFile);
   hr = BuildCommands();
   if (FAILED(hr))
-    return Failed(HERE, hr, "Failed to parse XML document '%s'.", localFile);
+    return Reported(HERE, hr, "Failed to parse XML document '%s'.", localFile);
   return hr;
 }
 
 HRESULT CManifest::BuildCommands() {
-  CListItem* chain = nullptr;
-  HRESULT hr = CollectCopyCommands(document.Get(), &chain);
-  commands.reset(chain);
+  HRESULT hr = CollectCopyCommands(document.Get(), &commands);
   if (FAILED(hr))
     return Traced(HERE, hr);
 
-  chain = nullptr;
-  hr = CollectOpenCommands(document.Get(), &chain);
+  std::unique_ptr<CListItem> opening;
+  hr = CollectOpenCommands(document.Get(), &opening);
+  if (FAILED(hr))
+    return Traced(HERE, hr);
   if (commands)
-    commands->Append(chain);
+    commands->Append(std::move(opening));
   else
-    commands.reset(chain);
-  return FAILED(hr) ? Traced(HERE, hr) : hr;
+    commands = std::move(opening);
+  return hr;
 }

@@ -14,8 +14,8 @@
 // One manifest on its way from a URL to a chain of commands: every `Copy` in document order, then the `Open`.
 class CManifest {
  public:
-  // `result` (may be null): S_OK or S_FALSE; E_INVALIDARG without a URL; E_OUTOFMEMORY;
-  // the failure of the URL or of the XML parser. After a failure the object is of no use and its maker deletes it.
+  // `result` (may be null): S_OK; E_INVALIDARG without a URL; E_OUTOFMEMORY; the failure of the URL or of the XML parser.
+  // After a failure the object is of no use and its maker deletes it.
   CManifest(DWORD executerContext, const wchar_t* manifestURL, HRESULT* result);
 
   // Checks the URL once more, fetches the manifest into the Internet cache, validates it against the module's own document

@@ -10,20 +10,20 @@
 
 namespace {
 
-constexpr char kSourceFile[] = "OpenCommand";
+constexpr SourceFile kSourceFile = {"OpenCommand"};
 
-CCommand* MakeOpenCommand(IXMLDOMNode* node, HRESULT* result) {
-  return new (std::nothrow) COpenCommand(node, result);
+std::unique_ptr<CCommand> MakeOpenCommand(IXMLDOMNode* node, HRESULT* result) {
+  return std::unique_ptr<CCommand>(new (std::nothrow) COpenCommand(node, result));
 }
 
-constexpr CommandKind kOpenKind = {L"Open", "Failed to create open command.", kSourceFile, MakeOpenCommand};
+constexpr CommandKind kOpenKind = {L"Open", "Failed to create open command.", kSourceFile.name, MakeOpenCommand};
 
 }  // namespace
 
 COpenCommand::COpenCommand(IXMLDOMNode* node, HRESULT* result) : CCopyCommand(node, result) {
   HRESULT hr = GetReadingCode();
   if (!node) {
-    hr = Failed(HERE, E_INVALIDARG, "Missing 'OpenNode' XML node parameter.");
+    hr = Reported(HERE, E_INVALIDARG, "Missing 'OpenNode' XML node parameter.");
   } else if (FAILED(hr)) {
     LogError(HERE, hr, "Creation of 'Copy' portion of 'Open' command failed.");
   } else {
@@ -49,10 +49,10 @@ HRESULT COpenCommand::ReadBrowser(IXMLDOMNode* node) {
 
 HRESULT COpenCommand::Execute(DWORD context, const CPermissions* permissions, BSTR* navigateURL) {
   if (browser && !navigateURL)
-    return Failed(HERE, E_INVALIDARG, "Need navigate URL parameter if launched in a browser.");
+    return Reported(HERE, E_INVALIDARG, "Need navigate URL parameter if launched in a browser.");
   const HRESULT copied = CCopyCommand::Execute(context, permissions, nullptr);
   if (FAILED(copied))
-    return Failed(HERE, copied, "'Copy' portion of 'Open' command failed.");
+    return Reported(HERE, copied, "'Copy' portion of 'Open' command failed.");
   if (GetDestinationKind() == FolderKind::Cookie) {
     LogWarning(HERE, E_FAIL, "Cannot OPEN \"Cookie\" folder destination file.  Only COPY allowed to this folder.");
     return copied;
@@ -73,7 +73,7 @@ HRESULT COpenCommand::StoreNavigateURL(BSTR* navigateURL) const {
 
 HRESULT COpenCommand::Start() const {
   if (!GetFileName() || !GetFolder())
-    return Traced(HERE, E_OUTOFMEMORY);  // the names of the file that was written could not be kept
+    return Traced(HERE, E_OUTOFMEMORY);  // there was no memory to keep them, or the file's name is bare (a relative `Path`)
   SHELLEXECUTEINFOA start = {};
   start.cbSize = sizeof(start);
   start.fMask = SEE_MASK_FLAG_NO_UI;
@@ -87,11 +87,11 @@ HRESULT COpenCommand::Start() const {
   return E_FAIL;  // the caller gets this one, whatever the system's own code
 }
 
-HRESULT CollectOpenCommands(IXMLDOMDocument2* document, CListItem** chain) {
+HRESULT CollectOpenCommands(IXMLDOMDocument2* document, std::unique_ptr<CListItem>* chain) {
   if (!document)
-    return Failed(HERE, E_INVALIDARG, "'Open' missing XML document parameter.");
+    return Reported(HERE, E_INVALIDARG, "'Open' missing XML document parameter.");
   if (!chain)
-    return Failed(HERE, E_INVALIDARG, "'Open' missing command list return value parameter.");
+    return Reported(HERE, E_INVALIDARG, "'Open' missing command list return value parameter.");
   CListBuilder commands;
   const HRESULT hr = CollectCommands(document, kOpenKind, commands);
   *chain = commands.Take();

@@ -29,6 +29,6 @@ class COpenCommand : public CCopyCommand {
 };
 
 // Makes a command of each `Open` element of a manifest, in document order. `chain` is the first one, null when there is
-// none; it belongs to the caller, after a failure too. E_INVALIDARG without a document or a place for the chain, else the
-// code of the first failure; the chain ends with the command that failed.
-[[nodiscard]] HRESULT CollectOpenCommands(IXMLDOMDocument2* document, CListItem** chain);
+// none. E_INVALIDARG without a document or a place for the chain, else the code of the first failure; the chain ends with
+// the command that failed.
+[[nodiscard]] HRESULT CollectOpenCommands(IXMLDOMDocument2* document, std::unique_ptr<CListItem>* chain);

@@ -224,12 +224,12 @@ void LogErrorW(int line, const char* file, HRESULT hr, const wchar_t* format, ..
   WRITE_LINE(WriteLineW, kError, hr, format);
 }
 
-HRESULT Failed(int line, const char* file, HRESULT hr, const char* format, ...) {
+HRESULT Reported(int line, const char* file, HRESULT hr, const char* format, ...) {
   WRITE_LINE(WriteLine, kError, hr, format);
   return hr;
 }
 
-HRESULT FailedW(int line, const char* file, HRESULT hr, const wchar_t* format, ...) {
+HRESULT ReportedW(int line, const char* file, HRESULT hr, const wchar_t* format, ...) {
   WRITE_LINE(WriteLineW, kError, hr, format);
   return hr;
 }

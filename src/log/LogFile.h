@@ -6,9 +6,19 @@
 // went wrong. Every line opens the file, appends and closes it again; a line that cannot be written is lost, and nothing
 // here ever fails towards its caller or changes the thread's last error. The state is process-wide and has no lock.
 //
-// Every call passes the line and the name of its source file first. Each source file names itself once, as `kSourceFile`.
-// Formats are those of wvnsprintf; text from outside is an argument of "%s", never a format.
-#define HERE __LINE__, kSourceFile
+// Every call passes a line and the name of a source file first: HERE. Formats are those of wvnsprintf; text from outside is
+// an argument of "%s", never a format.
+
+// How a source file signs its lines; each says it once, as `kSourceFile`. The log shows the name of the class or of the free
+// functions, and several files may carry that code. The file of that name counts its lines from `lineBase` 0, each other one
+// from a thousand of its own, so that a name and a line lead to one place (scripts/check-log-lines).
+struct SourceFile {
+  const char* name;
+  int lineBase = 0;
+};
+
+#define HERE_IN(sourceFile) (sourceFile).lineBase + __LINE__, (sourceFile).name
+#define HERE HERE_IN(kSourceFile)
 
 #define NORVIK_PRINTF(formatIndex, firstArgument) __attribute__((format(ms_printf, formatIndex, firstArgument)))
 
@@ -38,8 +48,8 @@ void SetDebugLogging(LONG value);
 LONG GetDebugLogging();
 
 // A failure that is detected here: writes its message as an ERROR line and gives the code back.
-HRESULT Failed(int line, const char* file, HRESULT hr, const char* format, ...) NORVIK_PRINTF(4, 5);
-HRESULT FailedW(int line, const char* file, HRESULT hr, const wchar_t* format, ...);
+HRESULT Reported(int line, const char* file, HRESULT hr, const char* format, ...) NORVIK_PRINTF(4, 5);
+HRESULT ReportedW(int line, const char* file, HRESULT hr, const wchar_t* format, ...);
 
 // A failure that is not worth a message, or was reported below: writes an ERROR trace line and gives the code back.
 HRESULT Traced(int line, const char* file, HRESULT hr);

@@ -9,7 +9,7 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-constexpr char kSourceFile[] = "DestinationPermission";
+constexpr SourceFile kSourceFile = {"DestinationPermission"};
 
 struct KindName {
   const wchar_t* name;
@@ -34,15 +34,11 @@ constexpr KindName kKindNames[] = {
     {L"Path", FolderKind::Path},
 };
 
-// A bad entry ends its own name's entries only.
 void ReadFolders(IXMLDOMNode* destination, const KindName& kindName, CListBuilder& list) {
-  EntryTexts entries(kSourceFile, destination, kindName.name);
-  for (BString text; entries.Next(text);) {
-    HRESULT hr = S_OK;
-    std::unique_ptr<CListItem> folder(new (std::nothrow) CDestinationFolder(kindName.kind, text.Get(), &hr));
-    if (!AppendEntry(kSourceFile, std::move(folder), hr, list))
-      break;
-  }
+  const auto make = [&kindName](const wchar_t* text, HRESULT* result) {
+    return std::unique_ptr<CListItem>(new (std::nothrow) CDestinationFolder(kindName.kind, text, result));
+  };
+  ReadEntries(kSourceFile.name, destination, kindName.name, make, list);
 }
 
 }  // namespace
@@ -51,7 +47,7 @@ CDestinationPermission::CDestinationPermission(IXMLDOMDocument2* document, HRESU
   const HRESULT hr = Read(document);
   if (GetDebugLogging()) {
     LogText("\tPermitted Destinations:\r\n");
-    DumpList(kSourceFile, folderList.get());
+    DumpList(kSourceFile.name, folderList.get());
   }
   if (result)
     *result = hr;
@@ -65,9 +61,9 @@ HRESULT CDestinationPermission::Read(IXMLDOMDocument2* document) {
   if (FAILED(hr))
     return Traced(HERE, hr);
   CListBuilder list;
-  for (const KindName& kindName : kKindNames)
+  for (const KindName& kindName : kKindNames)  // a bad entry ends its own name's entries only
     ReadFolders(destination.Get(), kindName, list);
-  folderList.reset(list.Take());
+  folderList = list.Take();
   return S_OK;
 }
 
@@ -76,11 +72,11 @@ HRESULT CDestinationPermission::IsFolderPermitted(const CDestinationFolder* fold
     return Traced(HERE, E_UNEXPECTED);
   if (!folder)
     return Traced(HERE, E_INVALIDARG);
-  const HRESULT hr = FindInList(kSourceFile, folderList.get(), folder, "Checking Destination: ");
+  const HRESULT hr = FindInList(kSourceFile.name, folderList.get(), folder, "Checking Destination: ");
   if (hr == E_ACCESSDENIED) {
     LogError(HERE, hr, "Destination folder '%s' doesn't have permission.", folder->GetPath());
     LogText("\tPermitted destination folders:\r\n");
-    DumpList(kSourceFile, folderList.get());
+    DumpList(kSourceFile.name, folderList.get());
   }
   return hr;
 }

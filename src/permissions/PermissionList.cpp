@@ -4,14 +4,24 @@
 
 using Microsoft::WRL::ComPtr;
 
-EntryTexts::EntryTexts(const char* ownerFile, IXMLDOMNode* container, const wchar_t* name) : sourceFile(ownerFile) {
+namespace {
+
+// These lines are signed with the name of the list's owner, as those of its second file.
+constexpr SourceFile SignedBy(const char* ownerFile) {
+  return {ownerFile, 1000};
+}
+
+}  // namespace
+
+EntryTexts::EntryTexts(const char* ownerFile, IXMLDOMNode* container, const wchar_t* name)
+    : sourceFile(SignedBy(ownerFile)) {
   HRESULT hr = SelectNodes(container, name, &nodes);
   if (SUCCEEDED(hr))
     hr = nodes->get_length(&length);
   if (SUCCEEDED(hr))
     hr = nodes->reset();
   if (FAILED(hr)) {
-    LogErrorTrace(__LINE__, sourceFile, hr);
+    LogErrorTrace(HERE_IN(sourceFile), hr);
     length = 0;
   }
 }
@@ -27,27 +37,27 @@ bool EntryTexts::Next(BString& text) {
     hr = E_FAIL;
   if (SUCCEEDED(hr))
     return true;
-  LogErrorTrace(__LINE__, sourceFile, hr);
+  LogErrorTrace(HERE_IN(sourceFile), hr);
   index = length;
   return false;
 }
 
 bool AppendEntry(const char* ownerFile, std::unique_ptr<CListItem> entry, HRESULT constructionCode, CListBuilder& list) {
-  // A missing entry is reported as a bad pointer, not as missing memory: callers have always seen it so.
+  // A missing entry is told as a bad pointer and not as missing memory. That is meant, and kept.
   const HRESULT hr = entry ? constructionCode : E_POINTER;
   if (FAILED(hr)) {
-    LogErrorTrace(__LINE__, ownerFile, hr);
+    LogErrorTrace(HERE_IN(SignedBy(ownerFile)), hr);
     return false;
   }
-  list.Append(entry.release());
+  list.Append(std::move(entry));
   return true;
 }
 
 HRESULT FindInList(const char* ownerFile, CListItem* list, const CListItem* candidate, const char* debugLabel) {
   if (!candidate)
-    return Failed(__LINE__, ownerFile, E_INVALIDARG, "No Item");
+    return Reported(HERE_IN(SignedBy(ownerFile)), E_INVALIDARG, "No Item");
   if (!list)
-    return Failed(__LINE__, ownerFile, E_INVALIDARG, "No List");
+    return Reported(HERE_IN(SignedBy(ownerFile)), E_INVALIDARG, "No List");
   if (debugLabel && GetDebugLogging()) {
     LogText(debugLabel);
     candidate->Dump();
@@ -62,7 +72,7 @@ HRESULT FindInList(const char* ownerFile, CListItem* list, const CListItem* cand
 
 void DumpList(const char* ownerFile, CListItem* list) {
   if (!list) {
-    LogError(__LINE__, ownerFile, E_INVALIDARG, "Missing List.");
+    LogError(HERE_IN(SignedBy(ownerFile)), E_INVALIDARG, "Missing List.");
     return;
   }
   for (CListIterator items(list); items.HasMore();) {

@@ -8,6 +8,7 @@
 
 #include "common/ListItem.h"
 #include "common/Text.h"
+#include "log/LogFile.h"
 #include "xml/XMLUtilities.h"
 
 // What the lists of permitted URLs, extensions and folders have in common: how they are read, searched and shown. The log
@@ -23,7 +24,7 @@ class EntryTexts {
   bool Next(BString& text);
 
  private:
-  const char* sourceFile;
+  SourceFile sourceFile;
   Microsoft::WRL::ComPtr<IXMLDOMNodeList> nodes;
   LONG index = 0;
   LONG length = 0;
@@ -32,6 +33,19 @@ class EntryTexts {
 // Appends a new entry to `list` and tells whether it was good: made at all (null is traced with E_POINTER), and with a
 // construction code that is no failure (which is traced). A bad entry is deleted.
 bool AppendEntry(const char* ownerFile, std::unique_ptr<CListItem> entry, HRESULT constructionCode, CListBuilder& list);
+
+// Appends an entry for each of these elements. `make(text, result)` makes an entry from its text, as an owner, or gives null
+// when memory has run out. The first bad entry ends the reading; those before it stay.
+template <class MakeEntry>
+void ReadEntries(const char* ownerFile, IXMLDOMNode* container, const wchar_t* name, MakeEntry make, CListBuilder& list) {
+  EntryTexts entries(ownerFile, container, name);
+  for (BString text; entries.Next(text);) {
+    HRESULT hr = S_OK;
+    std::unique_ptr<CListItem> entry = make(text.Get(), &hr);
+    if (!AppendEntry(ownerFile, std::move(entry), hr, list))
+      return;
+  }
+}
 
 // S_OK when some item of `list`, asked to compare itself with `candidate`, answers 0; E_ACCESSDENIED when none does;
 // E_INVALIDARG without a candidate or a list. While debug logging is on, `debugLabel` (may be null) and the candidate are

@@ -11,7 +11,7 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-constexpr char kSourceFile[] = "Permissions";
+constexpr SourceFile kSourceFile = {"Permissions"};
 
 }  // namespace
 
@@ -23,11 +23,11 @@ CPermissions::CPermissions(DWORD /*context*/, const wchar_t* fileName, HRESULT* 
 
 HRESULT CPermissions::Read(const wchar_t* fileName) {
   if (!fileName || !*fileName)
-    return Failed(HERE, E_INVALIDARG, "Missing permit file parameter.");
+    return Reported(HERE, E_INVALIDARG, "Missing permit file parameter.");
   HRESULT hr = S_OK;
   const std::unique_ptr<CSourceURL> permitURL(new (std::nothrow) CSourceURL(fileName, SourceRole::Command, &hr));
   if (!permitURL)
-    return FailedW(HERE, E_OUTOFMEMORY, L"Failed to create a 'SourceURL' class instance from '%s'.", fileName);
+    return ReportedW(HERE, E_OUTOFMEMORY, L"Failed to create a 'SourceURL' class instance from '%s'.", fileName);
   if (FAILED(hr)) {
     LogErrorTrace(HERE, S_OK);
     return hr;
@@ -38,23 +38,23 @@ HRESULT CPermissions::Read(const wchar_t* fileName) {
   ComPtr<IXMLDOMDocument2> document;
   hr = CreateXMLDocument(&document);
   if (FAILED(hr))
-    return Failed(HERE, hr, "Failed to create 'XMLDocument' instance.");
+    return Reported(HERE, hr, "Failed to create 'XMLDocument' instance.");
   hr = ReadPermitFile(permitURL.get(), document.Get());
   if (FAILED(hr))
-    return Failed(HERE, hr, "Failed to read permissions.");
+    return Reported(HERE, hr, "Failed to read permissions.");
   return hr;
 }
 
 HRESULT CPermissions::ReadPermitFile(const CSourceURL* permitURL, IXMLDOMDocument2* document) {
   if (!permitURL)
-    return Failed(HERE, E_UNEXPECTED, "Missing permissions source URL.");
+    return Reported(HERE, E_UNEXPECTED, "Missing permissions source URL.");
   if (!document)
-    return Failed(HERE, E_UNEXPECTED, "Missing 'XMLDocument' class instance.");
+    return Reported(HERE, E_UNEXPECTED, "Missing 'XMLDocument' class instance.");
 
   HRESULT hr = S_OK;
   const std::unique_ptr<CDestinationFolder> cache(new (std::nothrow) CDestinationFolder(FolderKind::InternetCache, &hr));
   if (!cache)
-    return Failed(HERE, E_OUTOFMEMORY, "Failed to create 'DestinationFolder' class instance.");
+    return Reported(HERE, E_OUTOFMEMORY, "Failed to create 'DestinationFolder' class instance.");
   if (FAILED(hr))
     return Traced(HERE, hr);
   OwnedText localFile;
@@ -67,7 +67,7 @@ HRESULT CPermissions::ReadPermitFile(const CSourceURL* permitURL, IXMLDOMDocumen
       location, localFile.get(), FILE_ATTRIBUTE_NORMAL, nullptr, kTransferXMLDocument | kTransferPermitFile, nullptr);
   if (FAILED(hr)) {
     cache->DiscardCacheFile(localFile.get());
-    return Failed(HERE, hr, "Failed to copy '%s' to '%s'.", location, localFile.get());
+    return Reported(HERE, hr, "Failed to copy '%s' to '%s'.", location, localFile.get());
   }
   hr = cache->CommitToCache(permitURL, localFile.get());
   if (FAILED(hr)) {
@@ -76,10 +76,10 @@ HRESULT CPermissions::ReadPermitFile(const CSourceURL* permitURL, IXMLDOMDocumen
   }
   hr = LoadXMLDocument(localFile.get(), document, TRUE);
   if (FAILED(hr))
-    return Failed(HERE, hr, "Failed to read XML document '%s'.", localFile.get());
+    return Reported(HERE, hr, "Failed to read XML document '%s'.", localFile.get());
   hr = BuildPermissions(document);
   if (FAILED(hr))
-    return Failed(HERE, hr, "Failed to parse XML document '%s'.", localFile.get());
+    return Reported(HERE, hr, "Failed to parse XML document '%s'.", localFile.get());
   return hr;
 }
 
@@ -87,14 +87,14 @@ HRESULT CPermissions::BuildPermissions(IXMLDOMDocument2* document) {
   HRESULT hr = S_OK;
   sourcePermissions.reset(new (std::nothrow) CSourcePermission(document, &hr));
   if (!sourcePermissions)
-    return Failed(HERE, E_OUTOFMEMORY, "Failed to create a 'SourcePermission' class instance.");
+    return Reported(HERE, E_OUTOFMEMORY, "Failed to create a 'SourcePermission' class instance.");
   if (FAILED(hr)) {
     sourcePermissions.reset();
     return Traced(HERE, hr);
   }
   destinationPermissions.reset(new (std::nothrow) CDestinationPermission(document, &hr));
   if (!destinationPermissions)
-    return Failed(HERE, E_OUTOFMEMORY, "Failed to create a 'DestinationPermission' class instance.");
+    return Reported(HERE, E_OUTOFMEMORY, "Failed to create a 'DestinationPermission' class instance.");
   if (FAILED(hr)) {
     destinationPermissions.reset();
     return Traced(HERE, hr);
@@ -104,25 +104,27 @@ HRESULT CPermissions::BuildPermissions(IXMLDOMDocument2* document) {
 
 HRESULT CPermissions::IsManifestURLPermitted(const wchar_t* url) const {
   if (!sourcePermissions)
-    return Failed(HERE, E_UNEXPECTED, "Missing source permissions.");
+    return Reported(HERE, E_UNEXPECTED, "Missing source permissions.");
   if (!url)
-    return Failed(HERE, E_INVALIDARG, "Missing manifest URL parameter.");
+    return Reported(HERE, E_INVALIDARG, "Missing manifest URL parameter.");
   HRESULT hr = S_OK;
   const std::unique_ptr<CSourceURL> manifestURL(new (std::nothrow) CSourceURL(url, SourceRole::Manifest, &hr));
   if (!manifestURL)
-    return FailedW(HERE, E_OUTOFMEMORY, L"Failed to create a 'SourceURL' class instance from '%s'.", url);
+    return ReportedW(HERE, E_OUTOFMEMORY, L"Failed to create a 'SourceURL' class instance from '%s'.", url);
   if (SUCCEEDED(hr))
     hr = sourcePermissions->IsURLPermitted(manifestURL.get());
   if (FAILED(hr))
-    LogErrorTrace(HERE, S_OK);
+    LogErrorTrace(HERE, hr);
   return hr;
 }
 
+// This question and the two behind it trace a refusal without its code, which the line of the refusal has.
+
 HRESULT CPermissions::IsSourceURLPermitted(const CSourceURL* url) const {
   if (!sourcePermissions)
-    return Failed(HERE, E_UNEXPECTED, "Missing source permissions.");
+    return Reported(HERE, E_UNEXPECTED, "Missing source permissions.");
   if (!url)
-    return Failed(HERE, E_INVALIDARG, "Missing source URL parameter.");
+    return Reported(HERE, E_INVALIDARG, "Missing source URL parameter.");
   const HRESULT hr = sourcePermissions->IsURLPermitted(url);
   if (FAILED(hr))
     LogErrorTrace(HERE, S_OK);
@@ -131,9 +133,9 @@ HRESULT CPermissions::IsSourceURLPermitted(const CSourceURL* url) const {
 
 HRESULT CPermissions::IsExtensionPermitted(const char* extension) const {
   if (!sourcePermissions)
-    return Failed(HERE, E_UNEXPECTED, "Missing source permissions.");
+    return Reported(HERE, E_UNEXPECTED, "Missing source permissions.");
   if (!extension)
-    return Failed(HERE, E_INVALIDARG, "Missing source URL parameter.");  // sic: the wording of the URL question
+    return Reported(HERE, E_INVALIDARG, "Missing source URL parameter.");  // sic: the wording of the URL question
   const HRESULT hr = sourcePermissions->IsExtensionPermitted(extension);
   if (FAILED(hr))
     LogErrorTrace(HERE, S_OK);
@@ -142,9 +144,9 @@ HRESULT CPermissions::IsExtensionPermitted(const char* extension) const {
 
 HRESULT CPermissions::IsDestinationPermitted(const CDestinationFolder* folder) const {
   if (!destinationPermissions)
-    return Failed(HERE, E_UNEXPECTED, "Missing destination permissions.");
+    return Reported(HERE, E_UNEXPECTED, "Missing destination permissions.");
   if (!folder)
-    return Failed(HERE, E_INVALIDARG, "Missing destination folder parameter.");
+    return Reported(HERE, E_INVALIDARG, "Missing destination folder parameter.");
   const HRESULT hr = destinationPermissions->IsFolderPermitted(folder);
   if (FAILED(hr))
     LogErrorTrace(HERE, S_OK);

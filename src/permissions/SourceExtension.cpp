@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr char kSourceFile[] = "SourceExtension";
+constexpr SourceFile kSourceFile = {"SourceExtension"};
 constexpr char kClassName[] = "CSourceExtension";
 
 // The code of a construction from `given` that ended with `copy`.

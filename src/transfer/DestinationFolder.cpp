@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr char kSourceFile[] = "DestinationFolder";
+constexpr SourceFile kSourceFile = {"DestinationFolder"};
 constexpr char kClassName[] = "CDestinationFolder";
 
 constexpr ULONGLONG kCacheLifetime = 36000000000ull;  // one hour in units of 100 nanoseconds
@@ -102,7 +102,7 @@ HRESULT CDestinationFolder::CreateFolder() const {
     return Traced(HERE, E_UNEXPECTED);
   const HRESULT hr = CreatePath(path.get());
   if (FAILED(hr))
-    return Failed(HERE, hr, "Failed to create path '%s'.", path.get());
+    return Reported(HERE, hr, "Failed to create path '%s'.", path.get());
   return hr;
 }
 
@@ -142,8 +142,8 @@ HRESULT CDestinationFolder::CommitToCache(const CSourceURL* source, const char* 
   const ULONGLONG now = LocalTimeNow();
   if (!CommitUrlCacheEntryA(source->GetLocation(), localFile, UniversalTime(now + kCacheLifetime), UniversalTime(now),
                             NORMAL_CACHE_ENTRY, nullptr, 0, source->GetExtension(), nullptr)) {
-    const HRESULT hr = Failed(HERE, ResultFromLastError(), "Unable to commit cache entry.\r\n\tURL: '%s'\r\n\tPath: '%s'",
-                              source->GetLocation(), localFile);
+    const HRESULT hr = Reported(HERE, ResultFromLastError(), "Unable to commit cache entry.\r\n\tURL: '%s'\r\n\tPath: '%s'",
+                                source->GetLocation(), localFile);
     return Traced(HERE, hr);
   }
   return S_OK;

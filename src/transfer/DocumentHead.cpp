@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr char kSourceFile[] = "FileUtilities";
+constexpr SourceFile kSourceFile = {"FileUtilities", 3000};
 
 constexpr DWORD kItemBytes = 512;
 constexpr char kDeclaration[] = "<?xml";
@@ -37,12 +37,12 @@ HRESULT ReadItem(ByteSource& source, HeadItem& item) {
     char character;
     DWORD count = 0;
     if (!source.Read(&character, 1, count))
-      return Failed(HERE, ResultFromLastError(), "Reading failed.");
+      return Reported(HERE, ResultFromLastError(), "Reading failed.");
     if (count == 0)
       return S_OK;
     if (item.length + 1 == kItemBytes) {  // a head that long is no document's: refused rather than cut
       item.isTooLong = true;
-      return Failed(HERE, E_FAIL, "Invalid XML document ('%8s').", item.text);
+      return Reported(HERE, E_FAIL, "Invalid XML document ('%8s').", item.text);
     }
     item.text[item.length++] = character;
     item.text[item.length] = '\0';
@@ -74,9 +74,9 @@ HRESULT WriteSystemLine(DestinationWriter& destination, DWORD flags, const HeadI
   const bool isManifest = (flags & kTransferManifest) != 0;
   const char* const line = isManifest ? GetManifestSystemLine() : own.text;
   if (!line)
-    return Failed(HERE, E_UNEXPECTED, "Writing DTD Path failed.");
+    return Reported(HERE, E_UNEXPECTED, "Writing DTD Path failed.");
   const HRESULT hr = WriteText(destination, line, isManifest ? std::strlen(line) : own.length);
-  return FAILED(hr) ? Failed(HERE, hr, "Writing DTD Path failed.") : hr;
+  return FAILED(hr) ? Reported(HERE, hr, "Writing DTD Path failed.") : hr;
 }
 
 HRESULT WriteDocumentType(DestinationWriter& destination, DWORD flags, const HeadItem& own) {
@@ -84,11 +84,11 @@ HRESULT WriteDocumentType(DestinationWriter& destination, DWORD flags, const Hea
     return WriteSystemLine(destination, flags, own);
   if (flags & kTransferManifest) {
     const HRESULT hr = WriteManifestDTD(destination);
-    return FAILED(hr) ? Failed(HERE, hr, "Writing Manifest DTD in XML failed.") : hr;
+    return FAILED(hr) ? Reported(HERE, hr, "Writing Manifest DTD in XML failed.") : hr;
   }
   if (flags & kTransferPermitFile) {
     const HRESULT hr = WritePermitDTD(destination);
-    return FAILED(hr) ? Failed(HERE, hr, "Writing Permit DTD in XML failed.") : hr;
+    return FAILED(hr) ? Reported(HERE, hr, "Writing Permit DTD in XML failed.") : hr;
   }
   return S_OK;
 }
@@ -118,7 +118,7 @@ HRESULT PrepareDocumentHead(ByteSource& source, DestinationWriter& destination, 
     LogErrorTrace(HERE, hr);  // the next read tells whether the source is lost
   } else if (declaration.Contains(notFoundText)) {
     LogError(HERE, kNotFoundResult, "Source URL not found.");
-    isNotFoundPage = true;  // unless a document type follows: an error page has none
+    isNotFoundPage = true;  // unless a document type follows: then that decides, as for every first item
   } else {
     MoveDeclaration(declaration, destination);
     isOpen = declaration.IsOpenDeclaration();
@@ -129,13 +129,13 @@ HRESULT PrepareDocumentHead(ByteSource& source, DestinationWriter& destination, 
   if (FAILED(hr))
     return Traced(HERE, hr);
   if (item.Contains(notFoundText))
-    return Failed(HERE, kNotFoundResult, "Source URL not found.");
+    return Reported(HERE, kNotFoundResult, "Source URL not found.");
   if (!item.Contains(kDocumentType)) {
     LogError(HERE, E_FAIL, "Invalid XML document ('%8s').", item.text);
     return isNotFoundPage ? kNotFoundResult : E_FAIL;
   }
   // An open instruction would take the module's document type for its own text, and the document could bring another one.
   if (isOpen)
-    return Failed(HERE, E_FAIL, "Invalid XML document ('%8s').", declaration.text);
+    return Reported(HERE, E_FAIL, "Invalid XML document ('%8s').", declaration.text);
   return WriteDocumentType(destination, flags, item);
 }

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr char kSourceFile[] = "FileUtilities";
+constexpr SourceFile kSourceFile = {"FileUtilities"};
 
 }  // namespace
 
@@ -19,10 +19,10 @@ HRESULT GetFileWriteTime(const char* path, FILETIME& time) {
   time = {};
   const FileHandle file(CreateFileA(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!file)
-    return Failed(HERE, ResultFromLastError(), "Unable to read '%s'.", path);
+    return Reported(HERE, ResultFromLastError(), "Unable to read '%s'.", path);
   FILETIME written;
   if (!GetFileTime(file.Get(), nullptr, nullptr, &written))
-    return Failed(HERE, ResultFromLastError(), "File Time for '%s' failed.", path);
+    return Reported(HERE, ResultFromLastError(), "File Time for '%s' failed.", path);
   time = written;
   return S_OK;
 }

@@ -28,15 +28,15 @@ enum class FolderKind : LONG {
 // The text is the folder itself for Path (the module's folder when empty), a subfolder for Temp, VantorUser, Personal,
 // Documents, LocalVantorData, CommonVantorData and VantorData, and not used for the others.
 // S_OK; S_FALSE when neither the special folder nor the temporary folder could be had and "C:\" stands in; E_INVALIDARG for
-// a kind that is none; E_OUTOFMEMORY when the path does not fit into 260 characters; else the system's code. `path` is null
+// a kind that is none; E_OUTOFMEMORY when the path is longer than 259 characters; else the system's code. `path` is null
 // after a failure.
 [[nodiscard]] HRESULT ResolveFolder(FolderKind kind, const char* text, OwnedText& path);
 
 // The special folder `folderId` (a CSIDL number), with up to two subfolders appended; empty or null ones are left out.
-// Results as above; `buffer` holds no path after a failure.
+// Results as above; after a failure `buffer` holds what had been found by then, which is no path to use.
 [[nodiscard]] HRESULT GetSpecialFolder(int folderId, char (&buffer)[MAX_PATH], const char* firstSub, const char* secondSub);
 
-// Creates every missing folder along `path`. S_OK, E_OUTOFMEMORY when the full path is longer than 260 characters, else the
+// Creates every missing folder along `path`. S_OK, E_OUTOFMEMORY when the full path is longer than 259 characters, else the
 // system's code for the first folder that could not be created.
 [[nodiscard]] HRESULT CreatePath(const char* path);
 

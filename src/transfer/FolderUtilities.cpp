@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr char kSourceFile[] = "FileUtilities";
+constexpr SourceFile kSourceFile = {"FileUtilities", 4000};
 constexpr char kFallbackFolder[] = "C:\\";
 
 // How a kind's element text takes part in its path.
@@ -27,8 +27,7 @@ struct SpecialFolder {
   TextUse textUse;
 };
 
-// The plain application data folders ignore their text where Personal and Documents append it: manifests in use carry texts
-// there that were never meant as folders.
+// The plain application data folders ignore their text where Personal and Documents append it. That is meant, and kept.
 constexpr SpecialFolder kSpecialFolders[] = {
     {FolderKind::Cookie, CSIDL_COOKIES, "", TextUse::Ignored},
     {FolderKind::InternetCache, CSIDL_INTERNET_CACHE, "", TextUse::Ignored},
@@ -78,7 +77,7 @@ HRESULT ResolveIntoBuffer(FolderKind kind, char (&buffer)[MAX_PATH], const char*
     return ResolveTemporaryFolder(buffer, text);
   const SpecialFolder* const folder = FindSpecialFolder(kind);
   if (!folder)
-    return Failed(HERE, E_INVALIDARG, "Invalid Type '%d'.", static_cast<int>(kind));
+    return Reported(HERE, E_INVALIDARG, "Invalid Type '%d'.", static_cast<int>(kind));
   return GetSpecialFolder(folder->folderId, buffer, folder->subfolder, folder->textUse == TextUse::Subfolder ? text : "");
 }
 
@@ -93,7 +92,7 @@ HRESULT ResolveFolder(FolderKind kind, const char* text, OwnedText& path) {
   PathRemoveBackslashA(buffer);
   path = CopyText(buffer);
   if (!path)
-    return Failed(HERE, E_OUTOFMEMORY, "Out of memory when allocating '%s'.", buffer);
+    return Reported(HERE, E_OUTOFMEMORY, "Out of memory when allocating '%s'.", buffer);
   return hr;
 }
 

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr char kSourceFile[] = "SourceURL";
+constexpr SourceFile kSourceFile = {"SourceURL"};
 constexpr char kClassName[] = "CSourceURL";
 constexpr std::size_t kFileRootLength = 7;  // "file://"
 
@@ -25,10 +25,10 @@ HRESULT CSourceURL::Initialize(const wchar_t* url) {
     return Traced(HERE, E_INVALIDARG);
   const OwnedText narrow = NarrowText(url);
   if (!narrow)
-    return FailedW(HERE, E_OUTOFMEMORY, L"%s", url);
+    return ReportedW(HERE, E_OUTOFMEMORY, L"%s", url);
   correctedURL = CorrectURL(narrow.get());
   if (!correctedURL)
-    return Failed(HERE, E_OUTOFMEMORY, "Failed to correct '%s'.", narrow.get());
+    return Reported(HERE, E_OUTOFMEMORY, "Failed to correct '%s'.", narrow.get());
   const HRESULT hr = SplitURL(correctedURL.get(), folder, fileName, &extension);
   if (FAILED(hr))
     LogWarning(HERE, hr, "Failed to extract the file from '%s'.", narrow.get());

@@ -9,14 +9,15 @@
 #include "common/Text.h"
 #include "log/LogFile.h"
 #include "transfer/ByteSource.h"
-#include "transfer/DestinationWriter.h"
+#include "transfer/CookieWriter.h"
 #include "transfer/DocumentHead.h"
+#include "transfer/FileWriter.h"
 #include "transfer/URLText.h"
 #include "transfer/WebSource.h"
 
 namespace {
 
-constexpr char kSourceFile[] = "FileUtilities";
+constexpr SourceFile kSourceFile = {"FileUtilities", 1000};
 
 constexpr DWORD kChunkBytes = 4096;
 
@@ -25,9 +26,9 @@ class LocalSource : public ByteSource {
   HRESULT Open(const char* path) {
     file = FileHandle(CreateFileA(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (file && IsDevice(file))  // reading from a console or a port may wait for ever
-      return Failed(HERE, HRESULT_FROM_WIN32(ERROR_INVALID_NAME), "Opening '%s' failed.", path);
+      return Reported(HERE, HRESULT_FROM_WIN32(ERROR_INVALID_NAME), "Opening '%s' failed.", path);
     if (!file)
-      return Failed(HERE, ResultFromLastError(), "Opening '%s' failed.", path);
+      return Reported(HERE, ResultFromLastError(), "Opening '%s' failed.", path);
     return S_OK;
   }
 
@@ -92,20 +93,20 @@ HRESULT CopyBytes(ByteSource& source, DestinationWriter& destination, const Orde
   for (;;) {
     DWORD count = 0;
     if (!source.Read(chunk.Bytes(), kChunkBytes, count))
-      return Failed(HERE, ResultFromLastError(), "Reading '%s' failed.", order.sourceName);
+      return Reported(HERE, ResultFromLastError(), "Reading '%s' failed.", order.sourceName);
     if (count == 0)
       return S_OK;
     if (chunk.HoldsNotFoundText(count))
-      return Failed(HERE, kNotFoundResult, "Source URL '%s' not found.", order.sourceName);
+      return Reported(HERE, kNotFoundResult, "Source URL '%s' not found.", order.sourceName);
     if (!destination.Write(chunk.Bytes(), count))
-      return Failed(HERE, ResultFromLastError(), "Writing '%s' failed.", order.destinationName);
+      return Reported(HERE, ResultFromLastError(), "Writing '%s' failed.", order.destinationName);
   }
 }
 
 HRESULT Fill(ByteSource& source, DestinationWriter& destination, const Order& order) {
   SearchedChunk chunk(order.notFoundText);
   if (!chunk.Allocate())
-    return Failed(HERE, E_OUTOFMEMORY, "Copy buffer creation failed.");
+    return Reported(HERE, E_OUTOFMEMORY, "Copy buffer creation failed.");
   if (order.flags & kTransferXMLDocument) {
     const HRESULT hr = PrepareDocumentHead(source, destination, order.flags, order.notFoundText);
     if (FAILED(hr)) {
@@ -115,20 +116,28 @@ HRESULT Fill(ByteSource& source, DestinationWriter& destination, const Order& or
   }
   const HRESULT hr = CopyBytes(source, destination, order, chunk);
   if (SUCCEEDED(hr) && order.time && !destination.SetTime(*order.time))
-    return Failed(HERE, ResultFromLastError(), "Writing '%s' failed.", order.destinationName);
+    return Reported(HERE, ResultFromLastError(), "Writing '%s' failed.", order.destinationName);
+  return hr;
+}
+
+HRESULT TransferInto(DestinationWriter& destination, ByteSource& source, const Order& order) {
+  if (!destination.Create(order.attributes))
+    return Reported(HERE, ResultFromLastError(), "Creating '%s' failed.", order.destinationName);
+  HRESULT hr = Fill(source, destination, order);
+  if (!destination.Close() && SUCCEEDED(hr))
+    hr = Reported(HERE, ResultFromLastError(), "Writing '%s' failed.", order.destinationName);
+  if (FAILED(hr))
+    destination.Delete();
   return hr;
 }
 
 HRESULT TransferFrom(ByteSource& source, const Order& order) {
-  DestinationWriter destination(order.destinationName, (order.flags & kTransferCookie) != 0);
-  if (!destination.Create(order.attributes))
-    return Failed(HERE, ResultFromLastError(), "Creating '%s' failed.", order.destinationName);
-  HRESULT hr = Fill(source, destination, order);
-  if (!destination.Close() && SUCCEEDED(hr))
-    hr = Failed(HERE, ResultFromLastError(), "Writing '%s' failed.", order.destinationName);
-  if (FAILED(hr))
-    destination.Delete();
-  return hr;
+  if (order.flags & kTransferCookie) {
+    CookieWriter cookie(order.destinationName);
+    return TransferInto(cookie, source, order);
+  }
+  FileWriter file(order.destinationName);
+  return TransferInto(file, source, order);
 }
 
 }  // namespace

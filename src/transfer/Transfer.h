@@ -15,8 +15,10 @@ constexpr HRESULT kNotFoundResult = static_cast<HRESULT>(0x80070002);
 // Brings the bytes of `source` to `destination`, in chunks of 4 KiB. A source that begins with "http:" or "https:" is asked
 // of its server, never of a cache; any other is the name of a local file, taken as it is. The destination gets `attributes`,
 // and `time` (may be null) as its times. `notFoundText` (may be null or empty) marks a page by which a web server says with
-// success that there is no such file: wherever the text stands in the bytes, chunk borders included, the result is
-// kNotFoundResult. Local files are not searched.
+// success that there is no such file: where the text is found in the bytes, also across the border of two chunks, the result
+// is kNotFoundResult. The bytes are searched as text, chunk by chunk: a zero byte ends the search of its chunk, and may end
+// that of the next one; and a text across a border is found only when the chunk before the border is longer than the text.
+// Local files are not searched.
 //
 // S_OK; E_INVALIDARG for an empty or missing name; the system's error as a result code; kNotFoundResult; E_FAIL for an XML
 // document with a head that is none. Whatever the failure, no file is left at the destination once it was created.

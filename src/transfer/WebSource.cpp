@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr char kSourceFile[] = "FileUtilities";
+constexpr SourceFile kSourceFile = {"FileUtilities", 2000};
 constexpr char kAgent[] = "Norvik";
 
 // Always from the server, and nothing of it is left in the browser's cache.
@@ -54,9 +54,9 @@ HRESULT WebSource::Open(const char* url) {
     return Traced(HERE, ResultFromLastError());
   connection = InternetHandle(InternetOpenUrlA(session.Get(), url, nullptr, 0, kOpenFlags, 0));
   if (!connection)
-    return Failed(HERE, ResultFromLastError(), "Opening '%s' failed.", url);
+    return Reported(HERE, ResultFromLastError(), "Opening '%s' failed.", url);
   if (!IsAnswered(connection.Get()))
-    return Failed(HERE, ResultFromError(ERROR_INTERNET_CONNECTION_ABORTED), "Opening '%s' failed.", url);
+    return Reported(HERE, ResultFromError(ERROR_INTERNET_CONNECTION_ABORTED), "Opening '%s' failed.", url);
   ReadAnnouncedBytes();
   return S_OK;
 }

@@ -4,8 +4,6 @@
 
 #include <cwchar>
 
-#include "common/Text.h"
-
 using Microsoft::WRL::ComPtr;
 
 namespace {
@@ -69,20 +67,22 @@ HRESULT GetPart(IXMLDOMNode* child, Part& part) {
   return hr;
 }
 
-// Takes the parts of one destination one after the other, and knows whether they may stand so.
+// Takes the parts of one destination one after the other, up to the first that may not stand there.
 class PartOrder {
  public:
   explicit PartOrder(bool isManifestDestination) : isManifest(isManifestDestination) {}
 
-  void Take(Part part) {
+  // False when it may not stand here.
+  bool Take(Part part) {
     if (part == Part::None)
-      return;
-    isRight = isRight && (isManifest ? MayFollow(part) : part == Part::Folder || part == Part::Cache);
+      return true;
+    const bool isRight = isManifest ? MayFollow(part) : part == Part::Folder || part == Part::Cache;
     hasFolder = hasFolder || part == Part::Folder;
     last = part;
+    return isRight;
   }
 
-  bool IsComplete() const { return isRight && (!isManifest || hasFolder || last == Part::Cache); }
+  bool IsComplete() const { return !isManifest || hasFolder || last == Part::Cache; }
 
  private:
   bool MayFollow(Part part) const {
@@ -103,12 +103,12 @@ class PartOrder {
   }
 
   bool isManifest;
-  bool isRight = true;
   bool hasFolder = false;
   Part last = Part::None;
 };
 
-HRESULT CheckDestination(IXMLDOMNode* destination, bool isManifest) {
+// `content` is the name of the child that is refused.
+HRESULT CheckDestination(IXMLDOMNode* destination, bool isManifest, BString& content) {
   PartOrder order(isManifest);
   ComPtr<IXMLDOMNode> child;
   HRESULT hr = destination->get_firstChild(&child);
@@ -117,7 +117,10 @@ HRESULT CheckDestination(IXMLDOMNode* destination, bool isManifest) {
     hr = GetPart(child.Get(), part);
     if (FAILED(hr))
       return hr;
-    order.Take(part);
+    if (!order.Take(part)) {
+      hr = GetName(child.Get(), content);
+      return FAILED(hr) ? hr : S_FALSE;
+    }
     ComPtr<IXMLDOMNode> next;
     hr = child->get_nextSibling(&next);
     child = next;
@@ -127,21 +130,22 @@ HRESULT CheckDestination(IXMLDOMNode* destination, bool isManifest) {
   return order.IsComplete() ? S_OK : S_FALSE;
 }
 
-HRESULT CheckAll(IXMLDOMNodeList* destinations, bool isManifest) {
+HRESULT CheckAll(IXMLDOMNodeList* destinations, bool isManifest, ForbiddenDestination& forbidden) {
   LONG length = 0;
   HRESULT hr = destinations->get_length(&length);
   for (LONG index = 0; hr == S_OK && index < length; ++index) {
     ComPtr<IXMLDOMNode> destination;
     hr = destinations->get_item(index, &destination);
     if (SUCCEEDED(hr))
-      hr = destination ? CheckDestination(destination.Get(), isManifest) : E_FAIL;
+      hr = destination ? CheckDestination(destination.Get(), isManifest, forbidden.content) : E_FAIL;
+    forbidden.index = index;
   }
   return hr;
 }
 
 }  // namespace
 
-HRESULT CheckDestinations(IXMLDOMDocument2* document) {
+HRESULT CheckDestinations(IXMLDOMDocument2* document, ForbiddenDestination& forbidden) {
   ComPtr<IXMLDOMElement> root;
   HRESULT hr = document->get_documentElement(&root);
   if (FAILED(hr) || !root)
@@ -161,5 +165,5 @@ HRESULT CheckDestinations(IXMLDOMDocument2* document) {
   hr = document->getElementsByTagName(tagName.Get(), &destinations);
   if (FAILED(hr))
     return hr;
-  return destinations ? CheckAll(destinations.Get(), isManifest) : E_FAIL;
+  return destinations ? CheckAll(destinations.Get(), isManifest, forbidden) : E_FAIL;
 }

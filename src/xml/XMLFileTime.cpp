@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr char kSourceFile[] = "XMLFileTime";
+constexpr SourceFile kSourceFile = {"XMLFileTime"};
 
 constexpr LONGLONG kMillisecondsPerHour = 3600000;
 constexpr LONGLONG kMillisecondsPerMinute = 60000;
@@ -39,8 +39,7 @@ WORD Field(int number) {
 }
 
 // Adds an offset to a file time half by half, without a carry between the halves; `negate` turns the sign of each half by
-// itself first. The result is 2^32 units off whenever there would have been a carry; manifests in use count on the times
-// that come out, so it stays.
+// itself first. The result is 2^32 units off whenever there would have been a carry. That is meant, and kept.
 void AddHalves(FILETIME& time, LONGLONG offset, bool negate) {
   DWORD low = static_cast<DWORD>(offset);
   DWORD high = static_cast<DWORD>(offset >> 32);

@@ -2,6 +2,7 @@
 
 #include "common/Windows.h"
 
+#include <shlwapi.h>
 #include <wrl/client.h>
 
 #include <cstring>
@@ -9,13 +10,14 @@
 #include "common/Handles.h"
 #include "log/LogFile.h"
 #include "xml/DestinationContent.h"
+#include "xml/ElementLine.h"
 #include "xml/XMLUtilities.h"
 
 using Microsoft::WRL::ComPtr;
 
 namespace {
 
-constexpr char kSourceFile[] = "XMLUtilities";
+constexpr SourceFile kSourceFile = {"XMLUtilities", 1000};
 
 // The document class of MSXML 2, by its own identifier and no other.
 constexpr CLSID kDocumentClass = {0xF6D90F11, 0x9C73, 0x11D3, {0xB3, 0x2E, 0x00, 0xC0, 0x4F, 0x99, 0x0B, 0xB4}};
@@ -23,7 +25,7 @@ constexpr IID kDocumentInterface = {0x2933BF95, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x0
 
 constexpr std::size_t kReasonBytes = 1024;
 
-// What the parser has to say about a document; a reason that is too long for the buffer is left out.
+// What is wrong with a document. A reason of the parser's that is too long for the buffer is left out.
 struct ParseError {
   LONG line = 0;
   char reason[kReasonBytes] = "";
@@ -44,23 +46,45 @@ ParseError ReadParseError(IXMLDOMParseError* error) {
   return read;
 }
 
-HRESULT Refused(const char* name, HRESULT loadResult, IXMLDOMParseError* parseError) {
+ParseError Describe(const ForbiddenDestination& forbidden, const wchar_t* fileName) {
+  ParseError error;
+  error.line = FindElementLine(fileName, L"Destination", forbidden.index);
+  if (!forbidden.content) {
+    std::strcpy(error.reason, "The document type does not allow 'Destination' without a folder");
+    return error;
+  }
+  const OwnedText content = NarrowText(forbidden.content.Get());
+  wnsprintfA(error.reason, kReasonBytes, "The document type does not allow '%s' at this place in 'Destination'",
+             content ? content.get() : "");
+  return error;
+}
+
+HRESULT Refused(const char* name, HRESULT loadResult, const ParseError& error) {
   const HRESULT hr = FAILED(loadResult) ? loadResult : E_FAIL;
-  const ParseError error = ReadParseError(parseError);
-  return Failed(HERE, hr, "XML Parsing Error in '%s'\r\n\tline %d: %s.", name, static_cast<int>(error.line), error.reason);
+  return Reported(HERE, hr, "XML Parsing Error in '%s'\r\n\tline %d: %s.", name, static_cast<int>(error.line), error.reason);
 }
 
 // Validates a loaded document once more where a parser has not done so while it was loading, or not whole. Where it has, the
-// answer is the same. A document without a document type has nothing to be validated against.
-HRESULT Validate(IXMLDOMDocument2* document, ComPtr<IXMLDOMParseError>& error) {
+// answer is the same. A document without a document type has nothing to be validated against. Anything but S_OK is a
+// refusal, with the reason in `error`.
+HRESULT Validate(IXMLDOMDocument2* document, const wchar_t* fileName, ParseError& error) {
   ComPtr<IXMLDOMDocumentType> documentType;
   HRESULT hr = document->get_doctype(&documentType);
   if (FAILED(hr))
     return hr;
   if (!documentType)
     return S_OK;
-  hr = document->validate(&error);
-  return hr == S_OK ? CheckDestinations(document) : hr;
+  ComPtr<IXMLDOMParseError> parserError;
+  hr = document->validate(&parserError);
+  if (hr != S_OK) {
+    error = ReadParseError(parserError.Get());
+    return hr;
+  }
+  ForbiddenDestination forbidden;
+  hr = CheckDestinations(document, forbidden);
+  if (hr == S_FALSE)
+    error = Describe(forbidden, fileName);
+  return hr;
 }
 
 // A parser that does not take a setting would not validate: that is a failed load.
@@ -165,7 +189,7 @@ HRESULT CreateXMLDocument(IXMLDOMDocument2** document) {
   const HRESULT hr = CoCreateInstance(
       kDocumentClass, nullptr, CLSCTX_INPROC_SERVER, kDocumentInterface, reinterpret_cast<void**>(document));
   if (FAILED(hr))
-    return Failed(HERE, hr, "Loading the Microsoft XML Parser Library failed.");
+    return Reported(HERE, hr, "Loading the Microsoft XML Parser Library failed.");
   return hr;
 }
 
@@ -174,7 +198,7 @@ HRESULT LoadXMLDocument(const char* name, IXMLDOMDocument2* document, LONG fromF
     return Traced(HERE, E_INVALIDARG);
   const BString wideName = WideText(name);
   if (!wideName)
-    return Failed(HERE, E_OUTOFMEMORY, "%s", name);
+    return Reported(HERE, E_OUTOFMEMORY, "%s", name);
 
   VARIANT_BOOL isLoaded = VARIANT_FALSE;
   HRESULT hr = LoadFrom(document, wideName, fromFile, &isLoaded);
@@ -183,14 +207,14 @@ HRESULT LoadXMLDocument(const char* name, IXMLDOMDocument2* document, LONG fromF
   if (FAILED(hr) || !isLoaded) {
     ComPtr<IXMLDOMParseError> error;
     document->get_parseError(&error);  // without one the message has no line and no reason
-    return Refused(name, hr, error.Get());
+    return Refused(name, hr, ReadParseError(error.Get()));
   }
 
   if (fromFile) {
-    ComPtr<IXMLDOMParseError> error;
-    const HRESULT validity = Validate(document, error);
+    ParseError error;
+    const HRESULT validity = Validate(document, wideName.Get(), error);
     if (validity != S_OK)
-      return Refused(name, validity, error.Get());
+      return Refused(name, validity, error);
   }
   return hr;
 }

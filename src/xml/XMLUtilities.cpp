@@ -11,7 +11,7 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-constexpr char kSourceFile[] = "XMLUtilities";
+constexpr SourceFile kSourceFile = {"XMLUtilities"};
 
 HRESULT GetDocumentElement(IXMLDOMDocument2* document, ComPtr<IXMLDOMElement>& element) {
   const HRESULT hr = document->get_documentElement(&element);
@@ -73,7 +73,7 @@ HRESULT SelectNodes(IXMLDOMNode* node, const wchar_t* pattern, IXMLDOMNodeList**
   ComPtr<IXMLDOMNodeList> matches;
   const HRESULT hr = node->selectNodes(query.Get(), &matches);
   if (FAILED(hr))
-    return FailedW(HERE, hr, L"%s", pattern);
+    return ReportedW(HERE, hr, L"%s", pattern);
   if (!matches)
     return Traced(HERE, E_POINTER);
   *found = matches.Detach();

@@ -46,5 +46,5 @@ bool NodeExists(IXMLDOMNode* node, const wchar_t* pattern);
 [[nodiscard]] HRESULT GetNodeTextW(IXMLDOMNode* node, const wchar_t* pattern, BString& text);
 
 // The value of an attribute of the element `node`, its default from the document type included. E_FAIL when the element has
-// no such attribute; every failure below is traced.
+// no such attribute, which is not logged; the parser's failures are traced.
 [[nodiscard]] HRESULT GetAttributeText(IXMLDOMNode* node, const wchar_t* name, BString& text);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <vector>
 
 namespace {
@@ -30,21 +31,23 @@ std::vector<int> NumbersIn(CListItem* chain) {
   return numbers;
 }
 
+std::unique_ptr<Item> NewItem(int number, std::vector<int>* deleted = nullptr) {
+  return std::make_unique<Item>(number, deleted);
+}
+
 TEST(ListItemTest, AppendingWalksToTheTail) {
-  Item* const chain = new Item(1, nullptr);
-  chain->Append(new Item(2, nullptr));
-  chain->Append(new Item(3, nullptr));
-  EXPECT_EQ((std::vector<int>{1, 2, 3}), NumbersIn(chain));
-  delete chain;
+  const std::unique_ptr<Item> chain = NewItem(1);
+  chain->Append(NewItem(2));
+  chain->Append(NewItem(3));
+  EXPECT_EQ((std::vector<int>{1, 2, 3}), NumbersIn(chain.get()));
 }
 
 TEST(ListItemTest, AppendingAChainAppendsAllOfIt) {
-  Item* const chain = new Item(1, nullptr);
-  Item* const other = new Item(2, nullptr);
-  other->Append(new Item(3, nullptr));
-  chain->Append(other);
-  EXPECT_EQ((std::vector<int>{1, 2, 3}), NumbersIn(chain));
-  delete chain;
+  const std::unique_ptr<Item> chain = NewItem(1);
+  std::unique_ptr<Item> other = NewItem(2);
+  other->Append(NewItem(3));
+  chain->Append(std::move(other));
+  EXPECT_EQ((std::vector<int>{1, 2, 3}), NumbersIn(chain.get()));
 }
 
 TEST(ListItemTest, AppendingNothingChangesNothing) {
@@ -55,10 +58,10 @@ TEST(ListItemTest, AppendingNothingChangesNothing) {
 
 TEST(ListItemTest, DeletingAnItemDeletesItsSuccessorsAfterItself) {
   std::vector<int> deleted;
-  Item* const chain = new Item(1, &deleted);
-  chain->Append(new Item(2, &deleted));
-  chain->Append(new Item(3, &deleted));
-  delete chain;
+  std::unique_ptr<Item> chain = NewItem(1, &deleted);
+  chain->Append(NewItem(2, &deleted));
+  chain->Append(NewItem(3, &deleted));
+  chain.reset();
   EXPECT_EQ((std::vector<int>{1, 2, 3}), deleted);
 }
 
@@ -67,8 +70,8 @@ TEST(ListItemTest, AChainOfAMillionItemsIsDeletedWithoutRecursion) {
   std::vector<int> deleted;
   CListBuilder builder;
   for (int i = 0; i < 1000000; ++i)
-    builder.Append(new Item(i, i % 100000 ? nullptr : &deleted));
-  delete builder.Take();
+    builder.Append(NewItem(i, i % 100000 ? nullptr : &deleted));
+  builder.Take().reset();
   EXPECT_EQ(10u, deleted.size());
 }
 
@@ -82,8 +85,8 @@ TEST(ListItemTest, ABuilderDeletesWhatNobodyTook) {
   std::vector<int> deleted;
   {
     CListBuilder builder;
-    builder.Append(new Item(1, &deleted));
-    builder.Append(new Item(2, &deleted));
+    builder.Append(NewItem(1, &deleted));
+    builder.Append(NewItem(2, &deleted));
   }
   EXPECT_EQ((std::vector<int>{1, 2}), deleted);
 }
@@ -91,14 +94,12 @@ TEST(ListItemTest, ABuilderDeletesWhatNobodyTook) {
 TEST(ListItemTest, ABuilderStartsAnewAfterItsChainWasTaken) {
   CListBuilder builder;
   EXPECT_EQ(nullptr, builder.Take());
-  builder.Append(new Item(1, nullptr));
-  CListItem* const first = builder.Take();
-  builder.Append(new Item(2, nullptr));
-  CListItem* const second = builder.Take();
-  EXPECT_EQ(std::vector<int>{1}, NumbersIn(first));
-  EXPECT_EQ(std::vector<int>{2}, NumbersIn(second));
-  delete first;
-  delete second;
+  builder.Append(NewItem(1));
+  const std::unique_ptr<CListItem> first = builder.Take();
+  builder.Append(NewItem(2));
+  const std::unique_ptr<CListItem> second = builder.Take();
+  EXPECT_EQ(std::vector<int>{1}, NumbersIn(first.get()));
+  EXPECT_EQ(std::vector<int>{2}, NumbersIn(second.get()));
 }
 
 }  // namespace

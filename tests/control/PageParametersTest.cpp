@@ -125,6 +125,20 @@ TEST_F(PageParametersTest, ALaterRunByScriptLeavesThePendingFileAlone) {
   EXPECT_EQ(Lines{FileUrl("page.htm")}, browser.urls);
 }
 
+TEST_F(PageParametersTest, ALaterLoadWithoutAFileToShowLeavesThePendingOne) {
+  EXPECT_HRESULT(S_OK, LoadManifest(OpenInBrowser("page.htm")));
+  EXPECT_HRESULT(S_OK, LoadManifest(Copy("a.txt")));
+  EXPECT_HRESULT(S_OK, SetSite(site.Unknown()));
+  EXPECT_EQ(Lines{FileUrl("page.htm")}, browser.urls);
+}
+
+TEST_F(PageParametersTest, ALaterLoadWithAFileToShowTakesThePlaceOfThePendingOne) {
+  EXPECT_HRESULT(S_OK, LoadManifest(OpenInBrowser("page.htm")));
+  EXPECT_HRESULT(S_OK, LoadManifest(OpenInBrowser("other.htm")));
+  EXPECT_HRESULT(S_OK, SetSite(site.Unknown()));
+  EXPECT_EQ(Lines{FileUrl("other.htm")}, browser.urls);
+}
+
 TEST_F(PageParametersTest, AControlMayGoAwayWithSomethingPending) {
   EXPECT_HRESULT(S_OK, LoadManifest(OpenInBrowser("page.htm")));
   control.Reset();

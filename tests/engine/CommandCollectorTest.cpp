@@ -14,13 +14,9 @@ namespace {
 
 constexpr HRESULT kAnyFailure = static_cast<HRESULT>(0x80041234);
 
-CListItem* Garbage() {
-  return reinterpret_cast<CListItem*>(std::uintptr_t{1});
-}
-
 struct Collector {
   const char* element;
-  HRESULT (*collect)(IXMLDOMDocument2*, CListItem**);
+  HRESULT (*collect)(IXMLDOMDocument2*, std::unique_ptr<CListItem>*);
   bool reportsFailures;  // else its result is S_OK and the failure shows in the log and in a short chain
   std::size_t commandSize;
   const char* allocationFailure;
@@ -37,21 +33,19 @@ const Collector kCollectors[] = {
 class CommandCollectorTest : public testing::TestWithParam<Collector> {
  protected:
   CommandCollectorTest() : element(Wide(GetParam().element)) {}
-  ~CommandCollectorTest() override { delete chain; }
 
   HRESULT Collect(IXMLDOMDocument2* document) {
-    chain = Garbage();
+    const auto source = ParseElement(GoodElement("http://h/before.txt"));
+    chain = std::make_unique<CCopyCommand>(source.Get(), nullptr);
+    const CListItem* const before = chain.get();
     const HRESULT hr = GetParam().collect(document, &chain);
-    if (chain == Garbage()) {
-      ADD_FAILURE() << "the chain was not set";
-      chain = nullptr;
-    }
+    EXPECT_NE(before, chain.get()) << "the chain was not set";
     return hr;
   }
 
   int Length() const {
     int length = 0;
-    for (const CListItem* item = chain; item; item = item->Next())
+    for (const CListItem* item = chain.get(); item; item = item->Next())
       ++length;
     return length;
   }
@@ -74,12 +68,12 @@ class CommandCollectorTest : public testing::TestWithParam<Collector> {
   }
 
   std::wstring element;
-  CListItem* chain = nullptr;
+  std::unique_ptr<CListItem> chain;
 };
 
 TEST_P(CommandCollectorTest, NeedsADocument) {
   const LogCapture log;
-  CListItem* untouched = nullptr;
+  std::unique_ptr<CListItem> untouched;
   EXPECT_HRESULT(E_INVALIDARG, GetParam().collect(nullptr, &untouched));
   EXPECT_EQ(nullptr, untouched);
   EXPECT_EQ(std::vector<std::string>{Message("ERROR", "0x80070057 '%s' missing XML document parameter.")}, log.Messages());
@@ -122,7 +116,7 @@ TEST_P(CommandCollectorTest, TakesTheElementsInDocumentOrderWhereverTheyStand) {
   EXPECT_HRESULT(S_OK, Collect(ParseXml("<m>" + first + "<x><y>" + second + "</y></x>" + third + "</m>").Get()));
   ASSERT_EQ(3, Length());
   std::string names;
-  for (const CListItem* item = chain; item; item = item->Next())
+  for (const CListItem* item = chain.get(); item; item = item->Next())
     names += static_cast<const CCopyCommand*>(item)->GetFileName();
   EXPECT_EQ("1.txt2.txt3.txt", names);
   EXPECT_TRUE(log.Messages().empty());
@@ -253,10 +247,7 @@ TEST_P(CommandCollectorTest, EveryAllocationThatFailsLeavesAChainThatCanBeDelete
   const LogCapture log(false);
   HRESULT hr = E_UNEXPECTED;
   const auto collect = [&] { hr = GetParam().collect(document.Get(), &chain); };
-  const auto clear = [&] {
-    delete chain;
-    chain = nullptr;
-  };
+  const auto clear = [&] { chain.reset(); };
   const int failures = FailEachAllocation(clear, collect, [&](int number) {
     EXPECT_GE(2, Length()) << number;
     EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY || hr == E_POINTER) << number << ": " << std::hex << hr;

@@ -67,8 +67,8 @@ TEST(CommandTest, DeletingTheFirstCommandDeletesTheChain) {
   const HeapBalance heap;
   {
     CCopyCommand first(element.Get(), nullptr);
-    first.Append(new CCopyCommand(element.Get(), nullptr));
-    first.Append(new COpenCommand(element.Get(), nullptr));
+    first.Append(std::make_unique<CCopyCommand>(element.Get(), nullptr));
+    first.Append(std::make_unique<COpenCommand>(element.Get(), nullptr));
     EXPECT_LT(10, heap.Outstanding());
   }
   EXPECT_EQ(0, heap.Outstanding());

@@ -6,6 +6,8 @@
 #include <shlobj.h>
 #include <wininet.h>
 
+#include <cwchar>
+
 #include "engine/EngineFixture.h"
 #include "engine/HeapPatches.h"
 #include "engine/OpenCommand.h"
@@ -307,6 +309,19 @@ TEST_F(ManifestTest, AnOpenThatCannotBeAllocatedFailsTheParsingAndKeepsTheCopies
   CListIterator commands = reading.manifest.CommandIterator();
   EXPECT_TRUE(commands.Next());
   EXPECT_FALSE(commands.HasMore());
+}
+
+TEST_F(ManifestTest, AnOpenThatCannotBeReadIsNotPartOfTheChain) {
+  Write(copy + open);
+  MadeManifest reading(path);
+  const LogCapture log(false);
+  const CacheFileWatch cache;
+  PATCH_IMPORT(strings, SysAllocString, [](auto original, const OLECHAR* text) {
+    return text && std::wcscmp(text, L"browser") == 0 ? nullptr : original(text);
+  });
+  EXPECT_HRESULT(E_OUTOFMEMORY, reading.manifest.Read(fixture.permissions.get()));
+  EXPECT_EQ("ERROR 0x8007000e Failed to parse XML document '" + cache.path + "'.", log.Messages().back());
+  EXPECT_EQ(Texts{"CopyCommand"}, DumpChain(reading.manifest.CommandIterator().Next()));
 }
 
 TEST_F(ManifestTest, ACopyThatCannotBeAllocatedShortensTheChain) {

@@ -134,6 +134,26 @@ TEST(RenameExistingFileTest, ItTakesTheLastNumberWhenOnlyThatIsFree) {
   EXPECT_EQ("a.999", NamesIn(folder.Path()));
 }
 
+TEST(RenameExistingFileTest, ANameThatIsTakenMeanwhileIsNotDeleted) {
+  const TemporaryFolder folder;
+  const std::string newName = folder.File("a.000");
+  WriteWholeFile(folder.File("a.txt"), "old");
+  const LogCapture log;
+  {
+    PATCH_IMPORT(files, GetFileAttributesA, [&](auto original, LPCSTR path) {
+      const DWORD attributes = original(path);
+      if (path == newName && attributes == INVALID_FILE_ATTRIBUTES)
+        WriteWholeFile(newName, "another program's");
+      return attributes;
+    });
+    EXPECT_HRESULT(static_cast<HRESULT>(0x800700B7), Rename(folder.File("a.txt")));
+  }
+  EXPECT_EQ("another program's", ReadWholeFile(newName));
+  EXPECT_EQ("old", ReadWholeFile(folder.File("a.txt")));
+  EXPECT_EQ(
+      Texts{"ERROR 0x800700b7 Rename from '" + folder.File("a.txt") + "' to '" + newName + "' failed."}, log.Messages());
+}
+
 // Lets every file name be taken, and keeps the names that were asked for behind the file itself.
 class AllNamesTaken {
  public:

@@ -9,7 +9,7 @@
 #include "Target.h"
 #include "support/ImportPatch.h"
 #include "transfer/CookieText.h"
-#include "transfer/DestinationWriter.h"
+#include "transfer/CookieWriter.h"
 
 namespace {
 
@@ -57,7 +57,7 @@ void FuzzCookie(Input& input) {
     isSet = true;
     return isAccepted;
   });
-  DestinationWriter writer(kURL, true);
+  CookieWriter writer(kURL);
   HOLDS(writer.Create(FILE_ATTRIBUTE_NORMAL));
   for (std::size_t i = 0; i < bytes.size(); i += pieceBytes) {
     const std::string piece = bytes.substr(i, pieceBytes);

@@ -8,6 +8,7 @@
 #include "Target.h"
 #include "transfer/DocumentHead.h"
 #include "transfer/DocumentType.h"
+#include "transfer/FileWriter.h"
 #include "transfer/Transfer.h"
 
 namespace {
@@ -142,7 +143,7 @@ void FuzzHead(Input& input) {
   CapturedFile file;
   file.FailWrite(failedWrite, isShort);
   Bytes source(document, failedRead);
-  DestinationWriter destination(CapturedFile::kPath, false);
+  FileWriter destination(CapturedFile::kPath);
   HOLDS(destination.Create(FILE_ATTRIBUTE_NORMAL));
   const HRESULT hr = PrepareDocumentHead(source, destination, flags, choices & 0x40 ? notFound.c_str() : nullptr);
   HOLDS(destination.Close());

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr char kSourceFile[] = "LogFileTest";
+constexpr SourceFile kSourceFile = {"LogFileTest"};
 constexpr char kNotice[] = "\r\nToo many errors. Logging stopped...\r\n";
 constexpr char kTimePattern[] = "\\(\\d\\d/\\d\\d/\\d{4} \\d\\d:\\d\\d:\\d\\d\\) ";
 
@@ -177,8 +177,8 @@ TEST(LogFileTest, AnyValueButZeroTurnsDebugLoggingOn) {
 
 TEST(LogFileTest, FailuresAreLoggedAndGivenBack) {
   LogCapture log(true);
-  EXPECT_HRESULT(E_FAIL, Failed(HERE, E_FAIL, "%s", "a"));
-  EXPECT_HRESULT(E_POINTER, FailedW(HERE, E_POINTER, L"%s", L"b"));
+  EXPECT_HRESULT(E_FAIL, Reported(HERE, E_FAIL, "%s", "a"));
+  EXPECT_HRESULT(E_POINTER, ReportedW(HERE, E_POINTER, L"%s", L"b"));
   EXPECT_HRESULT(E_UNEXPECTED, Traced(HERE, E_UNEXPECTED));
   EXPECT_EQ((std::vector<std::string>{"ERROR 0x80004005 a", "ERROR 0x80004003 b"}), log.Messages());
   EXPECT_EQ(std::vector<HRESULT>{E_UNEXPECTED}, log.ErrorTraces());

@@ -189,7 +189,7 @@ TEST(AppendEntryTest, AGoodEntryIsAppendedAtTheEnd) {
   CListBuilder list;
   EXPECT_TRUE(AppendEntry(kOwner, std::make_unique<Item>("one"), S_OK, list));
   EXPECT_TRUE(AppendEntry(kOwner, std::make_unique<Item>("two"), S_FALSE, list));
-  const std::unique_ptr<CListItem> chain(list.Take());
+  const std::unique_ptr<CListItem> chain = list.Take();
   ASSERT_TRUE(chain);
   EXPECT_STREQ("one", static_cast<Item*>(chain.get())->name);
   ASSERT_TRUE(chain->Next());
@@ -224,10 +224,11 @@ TEST(AppendEntryTest, AnEntryThatFailedIsTracedAndDeleted) {
 class FindInListTest : public testing::Test {
  protected:
   FindInListTest() : list(new Item("one")) {
-    second = new Item("two");
-    third = new Item("three");
-    list->Append(second);
-    list->Append(third);
+    for (Item** const place : {&second, &third}) {
+      auto item = std::make_unique<Item>(place == &second ? "two" : "three");
+      *place = item.get();
+      list->Append(std::move(item));
+    }
   }
 
   const std::unique_ptr<Item> list;

@@ -35,14 +35,15 @@ class PermissionsTest : public testing::Test {
   std::unique_ptr<CPermissions> permissions;
 };
 
-// A refusal has one message, and the trace of this class without a code behind it.
-void ExpectRefusal(const LogCapture& log, const std::string& message) {
+// A refusal has one message, and the trace of this class behind it: with the code for a manifest, without one for the
+// others.
+void ExpectRefusal(const LogCapture& log, const std::string& message, HRESULT traced = S_OK) {
   EXPECT_EQ(Lines{"ERROR 0x80070005 " + message}, log.Messages());
   const auto entries = log.Entries();
   ASSERT_EQ(2u, entries.size());
   EXPECT_EQ("ERROR", entries[1].level);
   EXPECT_EQ("Permissions", entries[1].file);
-  EXPECT_HRESULT(S_OK, entries[1].code);
+  EXPECT_HRESULT(traced, entries[1].code);
 }
 
 // An answer that could not be given has one message by this class, and nothing else.
@@ -70,20 +71,23 @@ TEST_F(PermissionsTest, AManifestElsewhereIsRefused) {
   LogCapture log;
   EXPECT_HRESULT(E_ACCESSDENIED, permissions->IsManifestURLPermitted(L"http://host/other/setup.xml"));
   ExpectRefusal(
-      log, "URL 'http://host/other/setup.xml' is not permitted.\r\n\tPermitted source URLs:\r\n\t\thttp://host/apps/");
+      log, "URL 'http://host/other/setup.xml' is not permitted.\r\n\tPermitted source URLs:\r\n\t\thttp://host/apps/",
+      E_ACCESSDENIED);
 }
 
 TEST_F(PermissionsTest, AnEmptyManifestURLIsRefused) {
   LogCapture log;
   EXPECT_HRESULT(E_ACCESSDENIED, permissions->IsManifestURLPermitted(L""));
-  ExpectRefusal(log, "URL '' is not permitted.\r\n\tPermitted source URLs:\r\n\t\thttp://host/apps/");
+  ExpectRefusal(log, "URL '' is not permitted.\r\n\tPermitted source URLs:\r\n\t\thttp://host/apps/", E_ACCESSDENIED);
 }
 
 TEST_F(PermissionsTest, ABareManifestNameLiesBesideTheModule) {
   LogCapture log;
   EXPECT_HRESULT(E_ACCESSDENIED, permissions->IsManifestURLPermitted(L"setup.xml"));
-  ExpectRefusal(log, "URL '" + permit.ModuleFolder() +
-                         "\\setup.xml' is not permitted.\r\n\tPermitted source URLs:\r\n\t\thttp://host/apps/");
+  ExpectRefusal(log,
+                "URL '" + permit.ModuleFolder() +
+                    "\\setup.xml' is not permitted.\r\n\tPermitted source URLs:\r\n\t\thttp://host/apps/",
+                E_ACCESSDENIED);
 }
 
 TEST_F(PermissionsTest, AManifestURLOfAnyLengthIsAnswered) {
@@ -168,7 +172,7 @@ TEST_F(PermissionsTest, AManifestURLThatCannotBeConvertedGetsNoAnswer) {
   }
   EXPECT_HRESULT(E_OUTOFMEMORY, hr);
   EXPECT_EQ(Lines{"ERROR 0x8007000e http://host/apps/setup.xml"}, log.Messages());
-  EXPECT_EQ(Codes{S_OK}, log.ErrorTraces());
+  EXPECT_EQ(Codes{E_OUTOFMEMORY}, log.ErrorTraces());
   EXPECT_EQ("Permissions", log.Entries().back().file);
 }
 

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr char kSourceFile[] = "LogCaptureTest";
+constexpr SourceFile kSourceFile = {"LogCaptureTest"};
 
 struct ParseRow {
   const char* name;

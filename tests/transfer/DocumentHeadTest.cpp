@@ -11,6 +11,7 @@
 #include "support/HResult.h"
 #include "support/LogCapture.h"
 #include "transfer/DocumentType.h"
+#include "transfer/FileWriter.h"
 #include "transfer/Transfer.h"
 
 namespace {
@@ -59,7 +60,7 @@ class DocumentHeadTest : public testing::Test {
   ~DocumentHeadTest() override { FreeSystemLines(); }
 
   HRESULT Prepare(MemorySource& source, DWORD flags, const char* notFoundText = nullptr) {
-    DestinationWriter destination(path.c_str(), false);
+    FileWriter destination(path.c_str());
     EXPECT_TRUE(destination.Create(FILE_ATTRIBUTE_NORMAL));
     const HRESULT hr = PrepareDocumentHead(source, destination, flags, notFoundText);
     destination.Close();

@@ -124,6 +124,29 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"ADocumentTypeWithLeftovers", "<!DOCTYPE r [<!ELEMENT r EMPTY>]> ]><r/>"}),
     RowName);
 
+// A content model that a validating parser may pass over: two branches begin alike.
+constexpr char kManifestType[] =
+    "<?xml version=\"1.0\"?><!DOCTYPE VantorManifest [\n<!ELEMENT VantorManifest (Destination*)>\n"
+    "<!ELEMENT Destination ((FileName?, Temp) | (FileName?, Path))>\n"
+    "<!ELEMENT FileName EMPTY>\n<!ELEMENT Temp EMPTY>\n<!ELEMENT Path EMPTY>\n]>\n";
+
+TEST_F(LoadedFileTest, ADestinationWithForbiddenContentIsRefusedWithItsLineAndTheElementsName) {
+  EXPECT_HRESULT(
+      E_FAIL, Load(std::string(kManifestType) + "<VantorManifest>\n<Destination><Temp/></Destination>\n"
+                                                "<Destination><Temp/><FileName/></Destination></VantorManifest>"));
+  EXPECT_EQ(Lines{"ERROR 0x80004005 XML Parsing Error in '" + path +
+                  "'\r\n\tline 10: The document type does not allow 'FileName' at this place in 'Destination'."},
+            log.Messages());
+}
+
+TEST_F(LoadedFileTest, ADestinationWithoutAFolderIsRefusedWithItsLine) {
+  EXPECT_HRESULT(E_FAIL, Load(std::string(kManifestType) +
+                              "<VantorManifest>\n<Destination><FileName/></Destination></VantorManifest>"));
+  EXPECT_EQ(Lines{"ERROR 0x80004005 XML Parsing Error in '" + path +
+                  "'\r\n\tline 9: The document type does not allow 'Destination' without a folder."},
+            log.Messages());
+}
+
 TEST_F(LoadedFileTest, AFileWithoutADocumentTypeLoads) {
   EXPECT_HRESULT(S_OK, Load("<r><anything x='1'/></r>"));
   EXPECT_EQ("", log.Text());
