@@ -20,12 +20,9 @@ CListItem* CListIterator::Next() {
 }
 
 void CListBuilder::Append(std::unique_ptr<CListItem> item) {
-  CListItem* const appended = item.get();
-  if (tail)
-    tail->next = std::move(item);
-  else
-    head = std::move(item);
-  tail = appended;
+  std::unique_ptr<CListItem>& end = tail ? tail->next : head;
+  end = std::move(item);
+  tail = end.get();
 }
 
 std::unique_ptr<CListItem> CListBuilder::Take() {

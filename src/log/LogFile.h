@@ -13,7 +13,7 @@
 // functions, and several files may carry that code. The file of that name counts its lines from `lineBase` 0, each other one
 // from a thousand of its own, so that a name and a line lead to one place (scripts/check-log-lines).
 struct SourceFile {
-  const char* name;
+  const char* name = nullptr;
   int lineBase = 0;
 };
 
