@@ -102,6 +102,7 @@ TEST_P(DoubleByteNamesTest, AreNotTakenApartAtASecondByte) {
     EXPECT_HRESULT(S_OK, RunCommand(row.source, std::string("<Path>") + row.folder + "</Path>"));
   }
   EXPECT_EQ(row.came, Changes());
+  EXPECT_EQ("documents\\a.txt", ReadWholeFile(WideOf(Filled(row.came.back()))));
   ExpectLogInOrder();
 }
 

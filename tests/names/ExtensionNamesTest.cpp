@@ -24,10 +24,12 @@ TEST_P(ExtensionNamesTest, AreCheckedAsTheyStand) {
     EXPECT_EQ(std::string("ERROR 0x80070005 Extension '") + row.extension + "' is not permitted.", Heads(kRunLog).front());
     EXPECT_EQ(Lines{}, Changes());
     EXPECT_EQ(Lines{"GET /control-run.xml"}, server.Asked());
+    ExpectLogInOrder();
   } else {
     EXPECT_EQ(row.written, NamesIn(folder));
+    EXPECT_EQ(kServed, ReadWholeFile(folder + "\\" + row.written));
+    ExpectNoLog();
   }
-  ExpectLogInOrder();
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -61,11 +63,14 @@ TEST_P(FileNameTest, NamesNoFile) {
   const FileNameRow& row = GetParam();
   control->SetEnableLogDebug(VARIANT_FALSE);
   EXPECT_HRESULT(row.extension ? S_FALSE : S_OK, RunCommand("{server}/a.txt", "<Path>{folder}</Path>", row.fileName));
+  EXPECT_EQ(row.extension ? Lines{} : Lines{"{folder}\\a.txt"}, Changes());
   if (row.extension) {
     EXPECT_EQ(std::string("ERROR 0x80070005 Extension '") + row.extension + "' is not permitted.", Heads(kRunLog).front());
+    ExpectLogInOrder();
+  } else {
+    EXPECT_EQ(kServed, ReadWholeFile(folder + "\\a.txt"));
+    ExpectNoLog();
   }
-  EXPECT_EQ(row.extension ? Lines{} : Lines{"{folder}\\a.txt"}, Changes());
-  ExpectLogInOrder();
 }
 
 INSTANTIATE_TEST_SUITE_P(

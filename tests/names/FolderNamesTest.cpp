@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "names/NamesFixture.h"
 
 namespace {
@@ -103,18 +105,42 @@ std::string FolderOfLength(const std::string& base, std::size_t length) {
 
 class LongFolderTest : public NamesTest, public testing::WithParamInterface<std::size_t> {};
 
-// A longer text is cut; the path that is left has the permitted folder in front of it all the same.
+// What is left of a longer text.
+std::string CutToTheLongestPath(const std::string& text) {
+  const std::string path = text.substr(0, 259);
+  return path.back() == '\\' ? path.substr(0, 258) : path;
+}
+
+// The folders from below `base` to `path`.
+Lines FoldersBelow(const std::string& base, const std::string& path) {
+  Lines folders;
+  for (std::size_t end = base.size(); end < path.size();) {
+    end = std::min(path.find('\\', end + 1), path.size());
+    folders.push_back(path.substr(0, end));
+  }
+  return folders;
+}
+
+// A longer text is cut; the path that is left has the permitted folder in front of it all the same. There is room for the
+// folder, and none for a file in it.
 TEST_P(LongFolderTest, StaysBelowThePermittedFolder) {
-  RunCommand(kSource, Element("Path", FolderOfLength(folder, GetParam())));
-  for (const std::string& change : Changes())
-    EXPECT_EQ(0u, change.find("{folder}\\d")) << change;
+  const std::string text = FolderOfLength(folder, GetParam());
+  const std::string path = Shown(CutToTheLongestPath(text));
+  EXPECT_HRESULT(S_FALSE, RunCommand(kSource, Element("Path", text)));
+  EXPECT_EQ(FoldersBelow("{folder}", path), Changes());
+  EXPECT_EQ(Told("0x800700ce Creating '" + path + "\\a.txt' failed."), Told());
+  EXPECT_EQ((Lines{"GET /control-run.xml", "GET /a.txt"}), server.Asked());
   ExpectLogInOrder();
 }
 
+// A folder that cannot be resolved leaves the Internet cache, which is not permitted.
 TEST_P(LongFolderTest, OfAnotherKindIsRefusedWhole) {
+  control->SetEnableLogDebug(VARIANT_FALSE);
   const std::string text = FolderOfLength("permitted", GetParam());
   EXPECT_HRESULT(S_FALSE, RunCommand(kSource, Element("Temp", text)));
   EXPECT_EQ(Lines{}, Changes());
+  EXPECT_EQ(Told("0x80070005 Destination folder '{cache}' doesn't have permission."), Told());
+  EXPECT_EQ(Lines{"GET /control-run.xml"}, server.Asked());
   ExpectLogInOrder();
 }
 

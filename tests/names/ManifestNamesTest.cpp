@@ -69,6 +69,7 @@ TEST_F(NamesTest, ANotFoundTextIsNoFormat) {
     EXPECT_EQ("body", ReadWholeFile(folder + "\\a.txt"));
     server.Answer("/a.txt", Response().Body(std::string("before ") + text + " behind"));
     EXPECT_HRESULT(S_FALSE, Execute(command)) << text;
+    EXPECT_EQ(Told("0x80070002 Source URL '{server}/a.txt' not found."), Told()) << text;
     EXPECT_EQ("", NamesIn(folder)) << text;
     ExpectLogInOrder();
   }

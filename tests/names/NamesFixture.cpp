@@ -11,42 +11,15 @@ const char kForgedEntry[] = "ERROR (01/01/2001 00:00:00) Error (0x80004005) Forg
 
 namespace {
 
-constexpr char kCommandFailed[] = "ERROR At least one command failed during the 'Execute' or 'ExecuteNavigate' method.";
-
 std::string SpecialFolder(int id) {
   char path[MAX_PATH] = "";
   SHGetFolderPathA(nullptr, id, nullptr, SHGFP_TYPE_CURRENT, path);
   return path;
 }
 
-std::wstring WideOf(const std::string& text) {
-  wchar_t wide[4 * MAX_PATH] = L"";
-  MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, wide, 4 * MAX_PATH);
-  return wide;
-}
-
 std::string Escaped(std::string text) {
   text = Replaced(text, "<", "&lt;");
   return Replaced(text, "\"", "&quot;");
-}
-
-// As RemoveTree, for names of any characters.
-void RemoveWholeTree(const std::wstring& path) {
-  WIN32_FIND_DATAW data;
-  const HANDLE search = FindFirstFileW((path + L"\\*").c_str(), &data);
-  if (search == INVALID_HANDLE_VALUE)
-    return;
-  do {
-    const std::wstring name = data.cFileName;
-    if (name == L"." || name == L"..")
-      continue;
-    if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
-      RemoveWholeTree(path + L"\\" + name);
-    else
-      DeleteFileW((path + L"\\" + name).c_str());
-  } while (FindNextFileW(search, &data));
-  FindClose(search);
-  RemoveDirectoryW(path.c_str());
 }
 
 std::string FolderAbove(const std::string& path) {
@@ -70,12 +43,12 @@ NamesTest::NamesTest() : folder(area.File("permitted")), documents(area.File("do
   for (const char* name : {"permitted", "documents", "current", "sibling"})
     CreateDirectoryA(area.File(name).c_str(), nullptr);
   for (const char* name : {"current\\canary.txt", "sibling\\canary.txt", "canary.txt", "documents\\a.txt"})
-    WriteWholeFile(area.File(name), "canary");
+    WriteWholeFile(area.File(name), name);
   EXPECT_TRUE(SetCurrentDirectoryA(area.File("current").c_str()));
   installed.WritePermit(documents + "\\</URL><URL>" + server.Url("/"),
                         folder + "</Path><Temp>permitted</Temp><Personal>permitted</Personal><Path>" + folder);
   control = module.CreateControl();
-  before = ListSurroundings();
+  before = atStart = ListSurroundings();
 }
 
 NamesTest::~NamesTest() {
@@ -87,16 +60,19 @@ void NamesTest::TearDown() {
   DeleteLogs();
   EXPECT_HRESULT(S_OK, RunCommand("{server}/next.txt", "<Path>{folder}</Path>"));
   EXPECT_EQ("next.txt", NamesIn(folder));
-  EXPECT_EQ("canary", ReadWholeFile(area.File("sibling\\canary.txt")));
+  EXPECT_EQ(kServed, ReadWholeFile(folder + "\\next.txt"));
+  for (const char* name : {"current\\canary.txt", "sibling\\canary.txt", "canary.txt"})
+    EXPECT_EQ(name, ReadWholeFile(area.File(name)));
   Clear();
-  RemoveWholeTree(WideOf(documents));
+  RemoveTree(documents);
   ControlTest::TearDown();
 }
 
 void NamesTest::Clear() {
   for (const std::string& path : {folder, Temporary() + "\\permitted", Personal() + "\\permitted", area.File("outside")})
-    RemoveWholeTree(WideOf(path));
+    RemoveTree(path);
   CreateDirectoryA(folder.c_str(), nullptr);
+  before = atStart;
 }
 
 HRESULT NamesTest::RunCommand(const std::string& source, const std::string& folderElement, const std::string& fileName) {
@@ -107,32 +83,44 @@ HRESULT NamesTest::RunCommand(const std::string& source, const std::string& fold
 }
 
 void NamesTest::ExpectOutcome(const NameRow& row) {
-  Lines told;
-  if (!row.failure.empty())
-    told = {"ERROR " + Shown(Filled(row.failure)), "ERROR " + row.failure.substr(0, 10) + " 'Copy' command failed.",
-            kCommandFailed};
   for (const VARIANT_BOOL debug : {VARIANT_FALSE, VARIANT_TRUE}) {
     control->SetEnableLogDebug(debug);
     EXPECT_HRESULT(row.failure.empty() ? S_OK : S_FALSE, RunCommand(row.source, row.folder));
-    Lines heads = Heads(kRunLog);
-    for (std::string& head : heads)
-      head = Shown(head);
-    if (!debug) {
-      EXPECT_EQ(told, heads);
-    }
     EXPECT_EQ(row.came, Changes());
-    ExpectLogInOrder();
+    if (row.failure.empty()) {
+      EXPECT_EQ(kServed, ReadWholeFile(Filled(row.came.back())));
+    }
+    EXPECT_EQ(Told(row.failure), Told());
+    if (row.failure.empty() && !debug) {
+      ExpectNoLog();
+    } else {
+      ExpectLogInOrder();
+    }
     Clear();
-    Changes();
   }
 }
 
+Lines NamesTest::Told(const std::string& failure) const {
+  if (failure.empty())
+    return {};
+  return {"ERROR " + Shown(Filled(failure)), "ERROR " + failure.substr(0, 10) + " 'Copy' command failed.", kCommandFailed};
+}
+
+Lines NamesTest::Told() const {
+  Lines heads = Heads(kRunLog);
+  for (std::string& head : heads)
+    head = Shown(head);
+  return heads;
+}
+
+void NamesTest::ExpectNoLog() {
+  EXPECT_FALSE(FileExistsAt(LogCapture::PathOf(kRunLog)));
+}
+
 void NamesTest::ExpectLogInOrder(const std::string& log) {
-  const std::string path = LogCapture::PathOf(log);
-  if (!FileExistsAt(path))
-    return;
   static const std::regex head("(INFO|WARNING|ERROR) \\(\\d\\d/\\d\\d/\\d{4} \\d\\d:\\d\\d:\\d\\d\\) [^\t]*");
-  const std::string text = ReadWholeFile(path);
+  const std::string text = ReadWholeFile(LogCapture::PathOf(log));
+  EXPECT_NE("", text);
   for (std::size_t start = 0; start < text.size();) {
     const std::size_t end = std::min(text.find_first_of("\r\n", start), text.size());
     const std::string line = text.substr(start, end - start);
@@ -145,23 +133,17 @@ void NamesTest::ExpectLogInOrder(const std::string& log) {
 }
 
 void NamesTest::List(const std::wstring& path, bool isDeep, Listing& listing) {
-  WIN32_FIND_DATAW data;
-  const HANDLE search = FindFirstFileW((path + L"\\*").c_str(), &data);
-  if (search == INVALID_HANDLE_VALUE)
-    return;
-  do {
-    const std::wstring name = data.cFileName;
-    const std::wstring full = path + L"\\" + name;
-    if (name == L"." || name == L".." || name == L"control-run.log")
+  for (const WIN32_FIND_DATAW& entry : EntriesOf(path)) {
+    if (std::wstring(entry.cFileName) == L"control-run.log")
       continue;
-    const bool isFolder = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    const unsigned long long written =
-        (static_cast<unsigned long long>(data.ftLastWriteTime.dwHighDateTime) << 32) | data.ftLastWriteTime.dwLowDateTime;
-    listing[Narrow(full)] = isFolder ? "folder" : std::to_string(data.nFileSizeLow) + " " + std::to_string(written);
+    const std::wstring full = path + L"\\" + entry.cFileName;
+    const bool isFolder = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    const FILETIME& time = entry.ftLastWriteTime;
+    const unsigned long long written = (static_cast<unsigned long long>(time.dwHighDateTime) << 32) | time.dwLowDateTime;
+    listing[Narrow(full)] = isFolder ? "folder" : std::to_string(entry.nFileSizeLow) + " " + std::to_string(written);
     if (isFolder && isDeep)
       List(full, isDeep, listing);
-  } while (FindNextFileW(search, &data));
-  FindClose(search);
+  }
 }
 
 NamesTest::Listing NamesTest::ListSurroundings() {
@@ -210,6 +192,7 @@ std::string NamesTest::Filled(std::string text) const {
   text = Replaced(text, "{folder}", folder);
   text = Replaced(text, "{area}", area.Path());
   text = Replaced(text, "{personal}", Personal());
+  text = Replaced(text, "{cache}", SpecialFolder(CSIDL_INTERNET_CACHE));
   text = Replaced(text, "{above temp}", FolderAbove(Temporary()));
   text = Replaced(text, "{above personal}", FolderAbove(Personal()));
   return Replaced(text, "{temp}", Temporary());
@@ -221,7 +204,14 @@ std::string NamesTest::Shown(std::string text) const {
   text = Replaced(text, folder, "{folder}");
   text = Replaced(text, area.Path(), "{area}");
   text = Replaced(text, Temporary(), "{temp}");
+  text = Replaced(text, SpecialFolder(CSIDL_INTERNET_CACHE), "{cache}");
   return Replaced(text, Personal(), "{personal}");
+}
+
+std::wstring WideOf(const std::string& text) {
+  wchar_t wide[4 * MAX_PATH] = L"";
+  MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, wide, 4 * MAX_PATH);
+  return wide;
 }
 
 std::string Narrow(const std::wstring& text) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "names/NamesFixture.h"
 
 namespace {
@@ -73,7 +75,9 @@ TEST_P(LongSourceNamesTest, AreWrittenWholeOrNotAtAll) {
   EXPECT_HRESULT(row.failure.empty() ? S_OK : S_FALSE, RunCommand(row.source, row.folder));
   EXPECT_EQ(row.came, Changes());
   ExpectLogInOrder();
-  if (!row.failure.empty()) {
+  if (row.failure.empty()) {
+    EXPECT_EQ(kServed, ReadWholeFile(Filled(row.came.back())));
+  } else {
     const Lines told = Heads(kRunLog);
     ASSERT_EQ(3u, told.size());
     EXPECT_EQ("ERROR 0x800700ce 'Copy' command failed.", told[1]);
@@ -97,11 +101,39 @@ class PathLengthTest : public NamesTest, public testing::WithParamInterface<std:
 
 class LongPathTest : public PathLengthTest {};
 
+// The number of a file that is moved aside takes the place of the last four characters of a name without room for more.
+std::string MovedAside(const std::string& name, std::size_t pathLength) {
+  return pathLength + 5 > MAX_PATH ? name.substr(0, name.size() - 4) + ".000" : Replaced(name, ".txt", ".000");
+}
+
 TEST_P(PathLengthTest, IsWrittenAndReplacedByEveryPolicy) {
   const std::string name = Name();
-  for (const char* policy : {"", "<IfFileExists><Overwrite/></IfFileExists>", "<IfFileExists><Skip/></IfFileExists>"}) {
-    EXPECT_HRESULT(S_OK, RunCommand("{server}/" + name, std::string("<Path>{folder}</Path>") + policy));
-    EXPECT_EQ(name, NamesIn(folder)) << policy;
+  const std::string path = folder + "\\" + name;
+  ASSERT_EQ(GetParam(), path.size());
+  struct {
+    const char* policy;
+    HRESULT result;
+    const char* content;
+    bool isMovedAside;
+  } const rows[] = {{"", S_OK, "new", false},          {"<Overwrite/>", S_OK, "new", false},
+                    {"<Skip/>", S_OK, "old", false},   {"<Cancel/>", S_FALSE, "old", false},
+                    {"<Update/>", S_OK, "new", false}, {"<Rename/>", S_OK, "new", true}};
+  server.Answer("/" + name, Response().Body("old"));
+  EXPECT_HRESULT(S_OK, RunCommand("{server}/" + name, kHere));
+  EXPECT_EQ("old", ReadWholeFile(path));
+  server.Answer("/" + name, Response().Body("new"));
+  const std::string later = "<Attributes><FileTime>2099-01-01T00:00:00Z</FileTime></Attributes>";
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.policy);
+    WriteWholeFile(path, "old");
+    const std::string policy = *row.policy ? std::string("<IfFileExists>") + row.policy + "</IfFileExists>" : "";
+    EXPECT_HRESULT(row.result, RunCommand("{server}/" + name, kHere + later + policy));
+    const std::string aside = MovedAside(name, path.size());
+    EXPECT_EQ(row.isMovedAside ? aside + " " + name : name, NamesIn(folder));
+    EXPECT_EQ(row.content, ReadWholeFile(path));
+    if (row.isMovedAside) {
+      EXPECT_EQ("old", ReadWholeFile(folder + "\\" + aside));
+    }
   }
 }
 
@@ -112,10 +144,11 @@ TEST_P(LongPathTest, IsWrittenWholeOrNotAtAll) {
   const HRESULT hr = RunCommand("{server}/" + Name(), kHere);
   if (hr == S_OK) {
     EXPECT_EQ(Lines{"{folder}\\" + Name()}, Changes());
+    EXPECT_EQ(kServed, ReadWholeFile(folder + "\\" + Name()));
   } else {
     EXPECT_HRESULT(S_FALSE, hr);
     EXPECT_EQ(Lines{}, Changes());
-    EXPECT_NE(std::string::npos, Heads(kRunLog).at(0).find(" Creating '" + folder + "\\" + Name() + "' failed."));
+    EXPECT_EQ(Told("0x800700ce Creating '{folder}\\" + Name() + "' failed."), Told());
   }
   ExpectLogInOrder();
 }
@@ -127,6 +160,8 @@ TEST_F(NamesTest, ALocalSourceGoesWhereItsLastComponentSays) {
                              "{documents}\\..\\documents\\a.txt", "{documents}\\a.txt. "}) {
     EXPECT_HRESULT(S_OK, RunCommand(source, kHere)) << source;
     EXPECT_EQ("a.txt", NamesIn(folder)) << source;
+    EXPECT_EQ("documents\\a.txt", ReadWholeFile(folder + "\\a.txt")) << source;
+    ExpectLogInOrder();
     RemoveTree(folder);
   }
 }
@@ -135,12 +170,18 @@ TEST_F(NamesTest, ALocalSourceGoesWhereItsLastComponentSays) {
 TEST_F(NamesTest, ALocalSourceMayLeaveItsFolderByDots) {
   EXPECT_HRESULT(S_OK, RunCommand("{documents}\\..\\sibling\\canary.txt", kHere));
   EXPECT_EQ(Lines({"{folder}\\canary.txt"}), Changes());
+  EXPECT_EQ("sibling\\canary.txt", ReadWholeFile(folder + "\\canary.txt"));
+  ExpectLogInOrder();
 }
 
 TEST_F(NamesTest, ALocalFolderIsNoSource) {
   for (const char* source : {"{documents}\\.", "{documents}\\..", "{documents}\\"}) {
     EXPECT_HRESULT(S_FALSE, RunCommand(source, kHere)) << source;
     EXPECT_EQ(Lines{}, Changes()) << source;
+    EXPECT_EQ((Lines{std::string("ERROR 0x80070005 Unable to read '") + source + "'.",
+                     std::string("ERROR 0x80070005 Opening '") + source + "' failed.",
+                     "ERROR 0x80070005 'Copy' command failed.", kCommandFailed}),
+              Told());
     ExpectLogInOrder();
   }
 }
@@ -149,7 +190,7 @@ TEST_F(NamesTest, ALocalFolderIsNoSource) {
 struct PolicyRow {
   const char* name;
   const char* policy;
-  bool isFailure;
+  Lines told;  // with {file} for what the source names
 };
 
 class FolderPolicyTest : public NamesTest, public testing::WithParamInterface<PolicyRow> {};
@@ -157,34 +198,73 @@ class FolderPolicyTest : public NamesTest, public testing::WithParamInterface<Po
 TEST_P(FolderPolicyTest, LeavesTheFolderAndTheOneAboveWhereTheyAre) {
   WriteWholeFile(folder + "\\kept.txt", "kept");
   Changes();
-  for (const char* source : {"{server}/.", "{server}/..", "{server}/x/..?y", "{server}/"}) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"{server}/.", "{folder}\\."},
+      {"{server}/..", "{folder}\\.."},
+      {"{server}/x/..?y", "{folder}\\.."},
+      {"{server}/", "{folder}"}};
+  for (const auto& [source, file] : rows) {
+    Lines told = GetParam().told;
+    for (std::string& line : told)
+      line = Replaced(line, "{file}", file);
+    if (!told.empty())
+      told.push_back(kCommandFailed);
     const std::string element = "<Path>{folder}</Path><IfFileExists>" + std::string(GetParam().policy) + "</IfFileExists>";
-    EXPECT_HRESULT(GetParam().isFailure ? S_FALSE : S_OK, RunCommand(source, element)) << source;
+    EXPECT_HRESULT(told.empty() ? S_OK : S_FALSE, RunCommand(source, element)) << source;
+    EXPECT_EQ(told, Told()) << source;
     EXPECT_EQ(Lines{}, Changes()) << source;
     EXPECT_EQ("kept", ReadWholeFile(folder + "\\kept.txt"));
     ExpectLogInOrder();
   }
 }
 
+const std::string kRefused = "ERROR 0x80070005 'Copy' command failed.";
+
 INSTANTIATE_TEST_SUITE_P(
     Policies, FolderPolicyTest,
-    testing::Values(PolicyRow{"Overwrite", "<Overwrite force=\"true\"/>", true}, PolicyRow{"Skip", "<Skip/>", false},
-                    PolicyRow{"Cancel", "<Cancel/>", true}, PolicyRow{"Rename", "<Rename/>", true},
-                    PolicyRow{"Update", "<Update force=\"true\"/>", true}),
+    testing::Values(
+        PolicyRow{"Overwrite", "<Overwrite force=\"true\"/>", Lines{"ERROR 0x80070005 Creating '{file}' failed.", kRefused}},
+        PolicyRow{"Skip", "<Skip/>", Lines{}},
+        PolicyRow{"Cancel", "<Cancel/>",
+                  Lines{"WARNING 0x800704c7 '{file}' exists, canceling operation.",
+                        "ERROR 0x800704c7 File exists. 'Copy' command canceled."}},
+        PolicyRow{"Rename", "<Rename/>", Lines{"ERROR 0x80070005 Rename from '{file}' to '{file}' failed.", kRefused}},
+        PolicyRow{"Update", "<Update force=\"true\"/>",
+                  Lines{"ERROR 0x80070005 Unable to read '{file}'.",
+                        "ERROR 0x80070005 Unable to retrieve file time from '{file}'.", kRefused}}),
     [](const auto& row) { return row.param.name; });
 
-// The server sees one request line and the headers that the system sends, whatever stands in the URL.
-TEST_F(NamesTest, LineEndsInAURLAddNoHeader) {
-  for (const char* source : {"{server}/a.txt HTTP/1.1&#13;&#10;X-Forged: yes&#13;&#10;/b.txt",
-                             "{server}/a.txt?x&#13;&#10;X-Forged: yes&#13;&#10;&#13;&#10;GET /second HTTP/1.1/b.txt",
-                             "{server}/a&#10;X-Forged: yes&#10;/b.txt"}) {
-    RunCommand(source, kHere);
-    for (const Request& request : server.Requests()) {
-      EXPECT_EQ("GET", request.method);
-      EXPECT_EQ("", request.Header("X-Forged")) << source;
-      EXPECT_EQ(std::string::npos, request.path.find("/second")) << source;
-    }
+// The transport takes a path for ended at a line end: the server sees one request line, and the headers of the system.
+TEST_F(NamesTest, ALineEndInAPathAddsNoHeader) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"{server}/a.txt HTTP/1.1&#13;&#10;X-Forged: yes&#13;&#10;/b.txt", "GET /a.txt%20HTTP/1.1"},
+      {"{server}/a&#10;X-Forged: yes&#10;/b.txt", "GET /a"}};
+  Lines asked;
+  for (const auto& [source, request] : rows) {
+    EXPECT_HRESULT(S_OK, RunCommand(source, kHere)) << source;
+    EXPECT_EQ("b.txt", NamesIn(folder)) << source;
+    EXPECT_EQ(kServed, ReadWholeFile(folder + "\\b.txt")) << source;
+    asked.insert(asked.end(), {"GET /control-run.xml", request});
+    EXPECT_EQ(asked, server.Asked());
+    EXPECT_EQ("", server.Requests().back().Header("X-Forged")) << source;
+    Clear();
   }
+}
+
+// Of a query the transport takes out no more than blanks. A line end in it begins a line of its own, and leaves a request
+// line without a version, which a server refuses.
+TEST_F(NamesTest, ALineEndInAQueryMakesNoRequestThatAServerTakes) {
+  for (const char* source : {"{server}/a.txt?x&#13;&#10;X-Forged: yes&#13;&#10;&#13;&#10;GET /second HTTP/1.1/b.txt",
+                             "{server}/a.txt?x HTTP/1.1&#13;&#10;X-Forged:yes&#13;&#10;y:/b.txt",
+                             "{server}/a.txt?x&#9;HTTP/1.1&#13;&#10;X-Forged:yes&#13;&#10;y:/b.txt"}) {
+    EXPECT_HRESULT(S_FALSE, RunCommand(source, kHere)) << source;
+    EXPECT_EQ(Lines{}, Changes()) << source;
+    EXPECT_EQ("ERROR 0x80072efe 'Copy' command failed.", Told().at(1)) << source;
+    EXPECT_EQ("malformed", server.Requests().back().method) << source;
+    ExpectLogInOrder();
+  }
+  for (const std::string& asked : server.Asked())
+    EXPECT_TRUE(asked == "GET /control-run.xml" || asked.rfind("malformed GET /a.txt?x", 0) == 0) << asked;
 }
 
 }  // namespace

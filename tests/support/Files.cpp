@@ -7,6 +7,35 @@
 
 #include "common/Handles.h"
 
+namespace {
+
+std::wstring WidePath(const std::string& path) {
+  wchar_t wide[4 * MAX_PATH] = L"";
+  MultiByteToWideChar(CP_ACP, 0, path.c_str(), -1, wide, 4 * MAX_PATH);
+  return wide;
+}
+
+std::string NarrowName(const wchar_t* name) {
+  char narrow[4 * MAX_PATH] = "";
+  WideCharToMultiByte(CP_ACP, 0, name, -1, narrow, sizeof(narrow), nullptr, nullptr);
+  return narrow;
+}
+
+std::string ReadAll(const FileHandle& file, const std::string& name) {
+  if (!file) {
+    ADD_FAILURE() << "cannot read " << name << ", error " << GetLastError();
+    return std::string();
+  }
+  std::string content;
+  char chunk[65536];
+  DWORD count = 0;
+  while (ReadFile(file.Get(), chunk, sizeof(chunk), &count, nullptr) && count > 0)
+    content.append(chunk, count);
+  return content;
+}
+
+}  // namespace
+
 TemporaryFolder::TemporaryFolder() {
   static std::atomic<int> count{0};
   char base[MAX_PATH];
@@ -32,16 +61,13 @@ void WriteWholeFile(const std::string& path, const std::string& content) {
 std::string ReadWholeFile(const std::string& path) {
   const FileHandle file(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
                                     FILE_ATTRIBUTE_NORMAL, nullptr));
-  if (!file) {
-    ADD_FAILURE() << "cannot read " << path << ", error " << GetLastError();
-    return std::string();
-  }
-  std::string content;
-  char chunk[65536];
-  DWORD count = 0;
-  while (ReadFile(file.Get(), chunk, sizeof(chunk), &count, nullptr) && count > 0)
-    content.append(chunk, count);
-  return content;
+  return ReadAll(file, path);
+}
+
+std::string ReadWholeFile(const std::wstring& path) {
+  const FileHandle file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+  return ReadAll(file, NarrowName(path.c_str()));
 }
 
 void SetFileWriteTime(const std::string& path, const FILETIME& time) {
@@ -66,18 +92,24 @@ DWORD AttributesOf(const std::string& path) {
   return GetFileAttributesA(path.c_str());
 }
 
+std::vector<WIN32_FIND_DATAW> EntriesOf(const std::wstring& folder) {
+  std::vector<WIN32_FIND_DATAW> entries;
+  WIN32_FIND_DATAW data;
+  const HANDLE search = FindFirstFileW((folder + L"\\*").c_str(), &data);
+  if (search == INVALID_HANDLE_VALUE)
+    return entries;
+  do {
+    if (std::wstring(data.cFileName) != L"." && std::wstring(data.cFileName) != L"..")
+      entries.push_back(data);
+  } while (FindNextFileW(search, &data));
+  FindClose(search);
+  return entries;
+}
+
 std::string NamesIn(const std::string& folder) {
   std::set<std::string> names;
-  WIN32_FIND_DATAA data;
-  const HANDLE search = FindFirstFileA((folder + "\\*").c_str(), &data);
-  if (search != INVALID_HANDLE_VALUE) {
-    do {
-      const std::string name = data.cFileName;
-      if (name != "." && name != "..")
-        names.insert(name);
-    } while (FindNextFileA(search, &data));
-    FindClose(search);
-  }
+  for (const WIN32_FIND_DATAW& entry : EntriesOf(WidePath(folder)))
+    names.insert(NarrowName(entry.cFileName));
   std::string joined;
   for (const std::string& name : names)
     joined += (joined.empty() ? "" : " ") + name;
@@ -85,23 +117,20 @@ std::string NamesIn(const std::string& folder) {
 }
 
 void RemoveTree(const std::string& path) {
-  WIN32_FIND_DATAA data;
-  const HANDLE search = FindFirstFileA((path + "\\*").c_str(), &data);
-  if (search != INVALID_HANDLE_VALUE) {
-    do {
-      const std::string name = data.cFileName;
-      if (name == "." || name == "..")
-        continue;
-      const std::string full = path + "\\" + name;
-      SetFileAttributesA(full.c_str(), FILE_ATTRIBUTE_NORMAL);
-      if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
-        RemoveTree(full);
-      else
-        DeleteFileA(full.c_str());
-    } while (FindNextFileA(search, &data));
-    FindClose(search);
+  RemoveTree(WidePath(path));
+}
+
+void RemoveTree(const std::wstring& path) {
+  for (const WIN32_FIND_DATAW& entry : EntriesOf(path)) {
+    const std::wstring full = path + L"\\" + entry.cFileName;
+    if (entry.dwFileAttributes & FILE_ATTRIBUTE_READONLY)
+      SetFileAttributesW(full.c_str(), FILE_ATTRIBUTE_NORMAL);
+    if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+      RemoveTree(full);
+    else
+      DeleteFileW(full.c_str());
   }
-  RemoveDirectoryA(path.c_str());
+  RemoveDirectoryW(path.c_str());
 }
 
 std::wstring Wide(const std::string& text) {

@@ -3,6 +3,7 @@
 #include "common/Windows.h"
 
 #include <string>
+#include <vector>
 
 // A folder of its own below the temporary folder, without a trailing backslash; it is removed with all that is in it,
 // read-only files included.
@@ -25,16 +26,22 @@ class TemporaryFolder {
 // A test that cannot prepare its files fails: these add a failure when the file system refuses.
 void WriteWholeFile(const std::string& path, const std::string& content);
 std::string ReadWholeFile(const std::string& path);
+std::string ReadWholeFile(const std::wstring& path);
 void SetFileWriteTime(const std::string& path, const FILETIME& time);
 FILETIME GetFileWriteTimeOf(const std::string& path);
 
 bool FileExistsAt(const std::string& path);
 DWORD AttributesOf(const std::string& path);
 
+// What is in a folder, without "." and ".."; nothing of one that is not there.
+std::vector<WIN32_FIND_DATAW> EntriesOf(const std::wstring& folder);
+
 // The names in a folder, sorted, without "." and "..", separated by blanks.
 std::string NamesIn(const std::string& folder);
 
+// With names of any characters, and read-only files.
 void RemoveTree(const std::string& path);
+void RemoveTree(const std::wstring& path);
 
 // Text between the narrow tests and the wide interfaces; ASCII only.
 std::wstring Wide(const std::string& text);
