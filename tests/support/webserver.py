@@ -15,7 +15,8 @@ in hexadecimal.
 
   answer HEX(path) STEP...   what a request for the path gets from now on; a path without an answer gets status 404
   requests                   replies one line for each request: port name, method, HEX(path), then HEX(name):HEX(value)
-                             for each header
+                             for each header. A request whose first line is none is refused: its method is
+                             "malformed", its path that line
   held HEX(path)             waits until an answer for the path is held; replies "yes", or "no" after half a minute
   release HEX(path)          lets the answers go on that are held for the path now; replies their number
   clear                      forgets answers and requests, and resets the connections that are still served
@@ -167,8 +168,12 @@ def answer_request(script, port, tls, connection):
             connection = tls.wrap_socket(connection, server_side=True, do_handshake_on_connect=False)
             connection.do_handshake()
         lines = read_until(connection, b"\r\n\r\n").decode("latin-1").split("\r\n")
-        method, path, _ = lines[0].split(" ", 2)
         headers = [(name, value.strip()) for name, _, value in (line.partition(":") for line in lines[1:])]
+        words = lines[0].split(" ", 2)
+        if len(words) < 3:
+            script.take_request(run, port, "malformed", lines[0], headers)
+            raise ValueError("no request line")
+        method, path, _ = words
         steps = script.take_request(run, port, method, path, headers)
         carry_out(script, run, path, steps, connection)
         close(connection)
