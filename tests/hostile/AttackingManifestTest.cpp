@@ -33,6 +33,7 @@ class AttackingManifestTest : public HostileTest, public testing::WithParamInter
       asked.push_back("GET /a.txt");
     EXPECT_EQ(asked, server.Asked());
     EXPECT_EQ(IsDone() ? "a.txt" : "", NamesIn(destination.Path()));
+    EXPECT_EQ(IsDone() ? std::optional<std::string>("a") : std::nullopt, Written("a.txt"));
     if (FileExistsAt(LogCapture::PathOf(kRunLog))) {
       EXPECT_EQ(std::string::npos, ReadWholeFile(LogCapture::PathOf(kRunLog)).find("CANARY"));
     }

@@ -141,20 +141,23 @@ TEST_F(LyingContentTest, AManifestMayBeRedirected) {
   server.Answer("/other.xml", Response().Body(ManifestOf(Copy("a.txt"))));
   EXPECT_HRESULT(S_OK, RunAnswered(Response().Redirect("/other.xml")));
   EXPECT_EQ("a.txt", Written("a.txt"));
+  EXPECT_EQ((Lines{"GET /control-run.xml", "GET /other.xml", "GET /a.txt"}), server.Asked());
 }
 
+// The transport does not follow it: what came with it is the file.
 TEST_F(LyingContentTest, ARedirectToALocalFileNeverBringsIt) {
   const std::string secret = documents.File("secret.txt");
   WriteWholeFile(secret, "CANARY");
   server.Answer("/a.txt", Response().Redirect("file:///" + Replaced(secret, "\\", "/")).Body("moved"));
-  Execute(CopyOf("a.txt"));
-  EXPECT_EQ(std::string::npos, Written("a.txt").value_or("").find("CANARY"));
+  EXPECT_HRESULT(S_OK, Execute(CopyOf("a.txt")));
+  EXPECT_EQ((Lines{"GET /control-run.xml", "GET /a.txt"}), server.Asked());
+  EXPECT_EQ("moved", Written("a.txt"));
 }
 
 struct PageRow {
   const char* name;
   Response response;
-  bool isFound;  // the text in the page
+  std::optional<std::string> written = std::nullopt;  // nothing when the text is found in the page
 };
 
 class NotFoundPageTest : public HostileTest, public testing::WithParamInterface<PageRow> {};
@@ -162,7 +165,8 @@ class NotFoundPageTest : public HostileTest, public testing::WithParamInterface<
 TEST_P(NotFoundPageTest, IsNoFile) {
   server.Answer("/a.txt", GetParam().response);
   const HRESULT hr = Execute(CopyOf("a.txt", "", "<NotFoundHTML>Page Missing</NotFoundHTML>"));
-  if (GetParam().isFound) {
+  EXPECT_EQ(GetParam().written, Written("a.txt"));
+  if (!GetParam().written) {
     EXPECT_HRESULT(S_FALSE, hr);
     EXPECT_EQ((Lines{"ERROR 0x80070002 Source URL '{server}/a.txt' not found.", "ERROR 0x80070002 'Copy' command failed.",
                      kCommandFailed}),
@@ -173,26 +177,30 @@ TEST_P(NotFoundPageTest, IsNoFile) {
     EXPECT_EQ(Lines{}, Told());
     EXPECT_EQ("a.txt", NamesIn(destination.Path()));
   }
+  EXPECT_EQ((Lines{"GET /control-run.xml", "GET /a.txt"}), server.Asked());
 }
 
 const std::string kPage = "<html>Sorry, Page Missing</html>";
+const std::string kZeroFirst = std::string("0123456789ab\0", 13) + kPage;
 
 INSTANTIATE_TEST_SUITE_P(
     , NotFoundPageTest,
     testing::Values(
-        PageRow{"Status200", Response().Body(kPage), true},
-        PageRow{"Status404", Response().Status("404 Not Found").Body(kPage), true},
-        PageRow{"Status500", Response().Status("500 Broken").Body(kPage), true},
-        PageRow{"Status404WithoutTheText", Response().Status("404 Not Found").Body("something else"), false},
-        PageRow{"Status204", Response().Status("204 No Content").NoLength(), false},
-        PageRow{"Status304", Response().Status("304 Not Modified").NoLength(), false},
-        PageRow{"AcrossTheBorderOfTwoReads", Response().Body(std::string(4091, 'x') + "Page Missing"), true},
-        PageRow{"AcrossTheBorderOfTwoChunks", Response().Chunk("<html>Sorry, Page M").Chunk("issing</html>"), true},
-        PageRow{"BehindAZeroByte", Response().Body(std::string("0123456789ab\0", 13) + kPage), false}),
+        PageRow{"Status200", Response().Body(kPage)}, PageRow{"Status404", Response().Status("404 Not Found").Body(kPage)},
+        PageRow{"Status500", Response().Status("500 Broken").Body(kPage)},
+        PageRow{"Status404WithoutTheText", Response().Status("404 Not Found").Body("something else"), "something else"},
+        PageRow{"Status204", Response().Status("204 No Content").NoLength(), ""},
+        PageRow{"Status304", Response().Status("304 Not Modified").NoLength(), ""},
+        PageRow{"AcrossTheBorderOfTwoReads", Response().Body(std::string(4091, 'x') + "Page Missing")},
+        PageRow{"AcrossTheBorderOfTwoChunks", Response().Chunk("<html>Sorry, Page M").Chunk("issing</html>")},
+        PageRow{"BehindAZeroByte", Response().Body(kZeroFirst), kZeroFirst}),
     [](const testing::TestParamInfo<PageRow>& row) { return std::string(row.param.name); });
 
 struct PolicyRow {
   const char* policy;
+  HRESULT result;
+  Lines told;
+  bool isAsked;       // the server, for the file
   const char* names;  // what is in the folder afterwards
   const char* kept;   // the one that holds what was there before; null when it is lost
 };
@@ -203,17 +211,29 @@ TEST_P(PolicyTest, DecidesWhatAFailedTransferCosts) {
   server.Answer("/a.txt", Response().Length(100).Body("half"));
   WriteWholeFile(destination.File("a.txt"), "old");
   const std::string time = "<Attributes><FileTime>2002-06-25T12:00:00Z</FileTime></Attributes>";
-  Execute(CopyOf("a.txt", time + "<IfFileExists><" + GetParam().policy + "/></IfFileExists>"));
+  const std::string policy = std::string("<IfFileExists><") + GetParam().policy + "/></IfFileExists>";
+  EXPECT_HRESULT(GetParam().result, Execute(CopyOf("a.txt", time + policy)));
+  EXPECT_EQ(GetParam().told, Told());
+  EXPECT_EQ(
+      GetParam().isAsked ? Lines({"GET /control-run.xml", "GET /a.txt"}) : Lines{"GET /control-run.xml"}, server.Asked());
   EXPECT_EQ(GetParam().names, NamesIn(destination.Path()));
   if (GetParam().kept) {
     EXPECT_EQ("old", Written(GetParam().kept));
   }
 }
 
+const Lines kBrokenOff = {
+    "ERROR 0x80072efe Reading '{server}/a.txt' failed.", "ERROR 0x80072efe 'Copy' command failed.", kCommandFailed};
+const Lines kCanceled = {"WARNING 0x800704c7 '{folder}\\a.txt' exists, canceling operation.",
+                         "ERROR 0x800704c7 File exists. 'Copy' command canceled.", kCommandFailed};
+
+// The time of the existing file is later than the one in the command.
 INSTANTIATE_TEST_SUITE_P(, PolicyTest,
-                         testing::Values(PolicyRow{"Overwrite", "", nullptr}, PolicyRow{"Skip", "a.txt", "a.txt"},
-                                         PolicyRow{"Cancel", "a.txt", "a.txt"}, PolicyRow{"Rename", "a.000", "a.000"},
-                                         PolicyRow{"Update", "a.txt", "a.txt"}),
+                         testing::Values(PolicyRow{"Overwrite", S_FALSE, kBrokenOff, true, "", nullptr},
+                                         PolicyRow{"Skip", S_OK, Lines{}, false, "a.txt", "a.txt"},
+                                         PolicyRow{"Cancel", S_FALSE, kCanceled, false, "a.txt", "a.txt"},
+                                         PolicyRow{"Rename", S_FALSE, kBrokenOff, true, "a.000", "a.000"},
+                                         PolicyRow{"Update", S_OK, Lines{}, false, "a.txt", "a.txt"}),
                          [](const testing::TestParamInfo<PolicyRow>& row) { return std::string(row.param.policy); });
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <thread>
 
 #include "hostile/HostileFixture.h"
@@ -10,10 +11,21 @@ namespace {
 
 constexpr char kAborted[] = "0x80072efe";
 constexpr char kNoConnection[] = "0x80072efd";
+constexpr char kReset[] = "0x80072eff";
 
 HRESULT ResultOf(const std::string& code) {
   return static_cast<HRESULT>(std::stoul(code, nullptr, 16));
 }
+
+// What is told of a manifest that could not be read to its end.
+Lines Unread(const std::string& code) {
+  return {"ERROR " + code + " Reading '{manifest}' failed.", "ERROR " + code + " Failed to copy '{manifest}' to '{cached}'.",
+          RunFailed(code)};
+}
+
+// What is told of one that was cut without a notice.
+const Lines kCutDocument = {"ERROR 0x80004005 XML Parsing Error in '{cached}'",
+                            "ERROR 0x80004005 Failed to read XML document '{cached}'.", RunFailed("0x80004005")};
 
 struct LieRow {
   const char* name;
@@ -95,23 +107,42 @@ TEST_F(TooLongBodyTest, IsCutOrLeavesNoFile) {
 }
 
 TEST_F(TooLongBodyTest, IsNoManifest) {
-  EXPECT_TRUE(FAILED(RunAnswered(response)));
+  const HRESULT hr = RunAnswered(response);
+  if (hr == E_FAIL) {
+    EXPECT_EQ(kCutDocument, Told());
+  } else {
+    EXPECT_HRESULT(ResultOf(kAborted), hr);
+    EXPECT_EQ(Unread(kAborted), Told());
+  }
 }
 
 // Which of two codes a reset gives depends on how much of the body was taken before it.
-using ResetTest = HostileTest;
+class ResetTest : public HostileTest {
+ protected:
+  // The code that the first message of the log has, which is one of the two.
+  std::string CodeTold() const {
+    const Lines told = Told();
+    const std::string code = told.empty() ? "" : told[0].substr(std::strlen("ERROR "), std::strlen(kAborted));
+    EXPECT_TRUE(code == kAborted || code == kReset) << code;
+    return code;
+  }
+};
 
 TEST_F(ResetTest, InTheBodyLeavesNoFile) {
   server.Answer("/a.txt", Response().Length(100000).Body(std::string(50000, 'x')).Reset());
   EXPECT_HRESULT(S_FALSE, Execute(CopyOf("a.txt") + Copy("b.txt")));
-  const Lines told = Told();
-  ASSERT_EQ(3u, told.size());
-  EXPECT_NE(std::string::npos, told[0].find(" Reading '{server}/a.txt' failed."));
+  const std::string code = CodeTold();
+  EXPECT_EQ((Lines{"ERROR " + code + " Reading '{server}/a.txt' failed.", "ERROR " + code + " 'Copy' command failed.",
+                   kCommandFailed}),
+            Told());
   EXPECT_EQ("b.txt", NamesIn(destination.Path()));
 }
 
 TEST_F(ResetTest, InTheBodyIsNoManifest) {
-  EXPECT_TRUE(FAILED(RunAnswered(Response().Length(100000).Body(kGood).Reset())));
+  const HRESULT hr = RunAnswered(Response().Length(100000).Body(kGood).Reset());
+  const std::string code = CodeTold();
+  EXPECT_HRESULT(ResultOf(code), hr);
+  EXPECT_EQ(Unread(code), Told());
 }
 
 struct OddRow {
@@ -157,21 +188,42 @@ INSTANTIATE_TEST_SUITE_P(
 
 // Whether a body in chunks is whole only the system's transport can tell, and not every one does. Nothing is made up, and a
 // cut document is refused.
-class CutChunksTest : public HostileTest, public testing::WithParamInterface<OddRow> {};
+struct CutRow {
+  const char* name;
+  Response response;
+  std::string sent;  // of the body
+  Lines head = {};   // what is told about the document's head
+};
+
+class CutChunksTest : public HostileTest, public testing::WithParamInterface<CutRow> {};
 
 TEST_P(CutChunksTest, AreNeverMoreThanWasSent) {
   server.Answer("/a.txt", GetParam().response);
   const HRESULT hr = Execute(CopyOf("a.txt"));
-  const std::string written = Written("a.txt").value_or("");
-  EXPECT_EQ(kGood.substr(0, written.size()), written);
-  if (FAILED(hr) || hr == S_FALSE) {
+  if (hr == S_OK) {
+    EXPECT_EQ(GetParam().sent, Written("a.txt"));
+  } else {
+    EXPECT_HRESULT(S_FALSE, hr);
+    EXPECT_EQ("ERROR 0x80072efe 'Copy' command failed.", Told().at(1));
     EXPECT_EQ("", NamesIn(destination.Path()));
   }
+  EXPECT_EQ((Lines{"GET /control-run.xml", "GET /a.txt"}), server.Asked());
 }
 
 TEST_P(CutChunksTest, AreNoManifest) {
-  EXPECT_TRUE(FAILED(RunAnswered(GetParam().response)));
+  const HRESULT hr = RunAnswered(GetParam().response);
+  if (hr == E_FAIL) {
+    Lines told = GetParam().head;
+    told.insert(told.end(), {"ERROR 0x80004005 Failed to copy '{manifest}' to '{cached}'.", RunFailed("0x80004005")});
+    EXPECT_EQ(GetParam().head.empty() ? kCutDocument : told, Told());
+  } else {
+    EXPECT_HRESULT(ResultOf(kAborted), hr);
+    EXPECT_EQ(Unread(kAborted), Told());
+  }
 }
+
+constexpr char kNoXML[] = "ERROR 0x80004005 Not an XML document ('        ').";
+constexpr char kNoItem[] = "ERROR 0x80004005 Invalid XML document ('        ').";
 
 Response Chunked(const std::string& body) {
   return Response().NoLength().Header("Transfer-Encoding", "chunked").Body(body);
@@ -179,10 +231,11 @@ Response Chunked(const std::string& body) {
 
 INSTANTIATE_TEST_SUITE_P(
     , CutChunksTest,
-    testing::Values(OddRow{"ALengthThatIsNoNumber", Chunked("zz\r\n" + kGood + "\r\n0\r\n\r\n")},
-                    OddRow{"NoLastChunk", Chunked("a\r\n" + kGood.substr(0, 10) + "\r\n")},
-                    OddRow{"ChunkCutShort", Chunked("ff\r\n" + kGood.substr(0, 40))}, OddRow{"NoChunk", Chunked("")}),
-    [](const testing::TestParamInfo<OddRow>& row) { return std::string(row.param.name); });
+    testing::Values(CutRow{"ALengthThatIsNoNumber", Chunked("zz\r\n" + kGood + "\r\n0\r\n\r\n"), "", {kNoXML, kNoItem}},
+                    CutRow{"NoLastChunk", Chunked("a\r\n" + kGood.substr(0, 10) + "\r\n"), kGood.substr(0, 10), {kNoItem}},
+                    CutRow{"ChunkCutShort", Chunked("ff\r\n" + kGood.substr(0, 40)), kGood.substr(0, 40)},
+                    CutRow{"NoChunk", Chunked(""), "", {kNoXML, kNoItem}}),
+    [](const testing::TestParamInfo<CutRow>& row) { return std::string(row.param.name); });
 
 struct StallRow {
   const char* name;
