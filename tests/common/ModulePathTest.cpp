@@ -22,6 +22,34 @@ TEST_F(ModulePathTest, AModuleInTheRootOfADriveLiesInTheDrive) {
   EXPECT_STREQ("C:", GetModuleFolder());
 }
 
+TEST_F(ModulePathTest, APathOf259CharactersIsTheLongest) {
+  const std::string folder = "C:\\" + std::string(254, 'f');
+  SetModulePath((folder + "\\n").c_str());
+  EXPECT_EQ(folder + "\\n", GetModulePath());
+  EXPECT_EQ(folder, GetModuleFolder());
+  SetModulePath((folder + "\\norvik.dll").c_str());
+  EXPECT_EQ(folder + "\\n", GetModulePath());
+}
+
+TEST_F(ModulePathTest, APathWithoutASeparatorHasNoFolder) {
+  SetModulePath("C:\\Prog\\norvik.dll");
+  SetModulePath("norvik.dll");
+  EXPECT_STREQ("norvik.dll", GetModulePath());
+  EXPECT_STREQ("", GetModuleFolder());
+}
+
+TEST_F(ModulePathTest, APathThatJustFitsIsRecorded) {
+  PATCH_IMPORT(name, GetModuleFileNameA, [](auto, HMODULE module, char* buffer, DWORD size) {
+    EXPECT_EQ(reinterpret_cast<HMODULE>(4), module);
+    EXPECT_EQ(260u, size);
+    lstrcpyA(buffer, ("C:\\" + std::string(256, 'n')).c_str());
+    return DWORD{259};
+  });
+  RecordModulePath(reinterpret_cast<HMODULE>(4));
+  EXPECT_EQ("C:\\" + std::string(256, 'n'), GetModulePath());
+  EXPECT_STREQ("C:", GetModuleFolder());
+}
+
 TEST_F(ModulePathTest, TheRunningProgramHasAPath) {
   RecordModulePath(nullptr);
   char expected[MAX_PATH];

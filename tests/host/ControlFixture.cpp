@@ -96,9 +96,3 @@ std::string Narrow(BSTR text) {
   const OwnedText narrow = NarrowText(text);
   return narrow.get();
 }
-
-std::string Replaced(std::string text, const std::string& from, const std::string& to) {
-  for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
-    text.replace(at, from.size(), to);
-  return text;
-}

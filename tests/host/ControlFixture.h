@@ -10,6 +10,7 @@
 #include "support/Files.h"
 #include "support/HResult.h"
 #include "support/LogCapture.h"
+#include "support/Replaced.h"
 #include "support/WebServer.h"
 
 using Lines = std::vector<std::string>;
@@ -84,6 +85,3 @@ std::string Narrow(BSTR text);
 inline std::string Narrow(const BString& text) {
   return Narrow(text.Get());
 }
-
-// The text with every `from` in it replaced by `to`.
-std::string Replaced(std::string text, const std::string& from, const std::string& to);

@@ -4,6 +4,7 @@
 #include "permissions/SourcePermission.h"
 #include "support/AllocationFailure.h"
 #include "support/HResult.h"
+#include "support/HeapBalance.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -150,24 +151,10 @@ TEST_F(ExtensionQuestionTest, WithoutMemoryThereIsNoAnswer) {
 }
 
 TEST_F(ExtensionQuestionTest, AskingLosesNoMemory) {
-  int balance = 0;
-  int lost = -1;
-  {
-    PATCH_IMPORT(allocate, HeapAlloc, [&](auto original, auto... arguments) {
-      ++balance;
-      return original(arguments...);
-    });
-    PATCH_IMPORT(release, HeapFree, [&](auto original, auto... arguments) {
-      --balance;
-      return original(arguments...);
-    });
-    const int before = balance;
-    const HRESULT first = permission.IsExtensionPermitted("exe");
-    const HRESULT second = permission.IsExtensionPermitted("EXE");
-    if (first == S_OK && second == S_OK)
-      lost = balance - before;
-  }
-  EXPECT_EQ(0, lost);
+  const HeapBalance heap;
+  EXPECT_HRESULT(S_OK, permission.IsExtensionPermitted("exe"));
+  EXPECT_HRESULT(S_OK, permission.IsExtensionPermitted("EXE"));
+  EXPECT_EQ(0, heap.Outstanding());
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "permissions/DestinationDocument.h"
 #include "permissions/PermitFileReading.h"
 #include "support/AllocationFailure.h"
+#include "support/Replaced.h"
 
 namespace {
 
@@ -249,13 +250,6 @@ TEST_F(PermitFileFailureTest, ADestinationThatCannotBeReadLeavesTheSource) {
   EXPECT_EQ(Lines{"ERROR 0x8000ffff Missing destination permissions."}, question.Messages());
 }
 
-// A message in which the name of the local copy, which differs from run to run, is replaced.
-std::string WithoutCopy(std::string message, const std::string& copy) {
-  for (std::size_t at = message.find(copy); !copy.empty() && at != std::string::npos; at = message.find(copy))
-    message.replace(at, copy.size(), "<copy>");
-  return message;
-}
-
 // What each allocation of the reading leaves in the log when it is refused, and what may be asked afterwards.
 class RefusedAllocations {
  public:
@@ -284,7 +278,7 @@ class RefusedAllocations {
   void Check() {
     std::string report;
     for (const std::string& message : log->Messages())
-      report += WithoutCopy(message, copy) + "\n";
+      report += (copy[0] ? Replaced(message, copy, "<copy>") : message) + "\n";  // its name differs from run to run
     reports.insert(report);
     EXPECT_TRUE(SUCCEEDED(hr) || hr == E_OUTOFMEMORY || hr == E_INVALIDARG) << report;
     EXPECT_TRUE(SUCCEEDED(hr) || !report.empty());

@@ -8,6 +8,7 @@
 #include "permissions/DestinationDocument.h"
 #include "permissions/Permissions.h"
 #include "support/HResult.h"
+#include "support/InternetCache.h"
 #include "support/LogCapture.h"
 #include "support/WebServer.h"
 #include "transfer/DocumentType.h"
@@ -35,14 +36,6 @@ class PermitFileTest : public testing::Test {
   PermitFile permit;
   std::unique_ptr<CPermissions> permissions;
 };
-
-// The local copy that the Internet cache holds for a file or URL; empty when it holds none.
-std::string CachedFile(const std::string& location) {
-  alignas(INTERNET_CACHE_ENTRY_INFOA) char buffer[4096];
-  DWORD bytes = sizeof(buffer);
-  auto* const info = reinterpret_cast<INTERNET_CACHE_ENTRY_INFOA*>(buffer);
-  return GetUrlCacheEntryInfoA(location.c_str(), info, &bytes) ? info->lpszLocalFileName : "";
-}
 
 TEST_F(PermitFileTest, IsReadFromTheModulesFolder) {
   permit.Write();

@@ -5,6 +5,7 @@
 #include "support/HResult.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
+#include "support/Sign.h"
 #include "transfer/SourceURL.h"
 
 namespace {
@@ -151,16 +152,12 @@ struct CompareRow {
 
 class SourceExtensionCompareTest : public testing::TestWithParam<CompareRow> {};
 
-int Sign(int value) {
-  return (value > 0) - (value < 0);
-}
-
 TEST_P(SourceExtensionCompareTest, TellsWhetherTheWholeTextsAreEqual) {
   const CompareRow& row = GetParam();
   const CSourceExtension entry(row.entry, nullptr);
   const CSourceExtension other(row.other, nullptr);
   const int result = entry.Compare(&other);
-  EXPECT_EQ(row.result, row.entry && row.other ? Sign(result) : result);
+  EXPECT_EQ(row.result, row.entry && row.other ? SignOf(result) : result);
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -89,7 +89,10 @@ bool FileExistsAt(const std::string& path) {
 }
 
 DWORD AttributesOf(const std::string& path) {
-  return GetFileAttributesA(path.c_str());
+  const DWORD attributes = GetFileAttributesA(path.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES)
+    ADD_FAILURE() << "cannot get the attributes of " << path << ", error " << GetLastError();
+  return attributes;
 }
 
 std::vector<WIN32_FIND_DATAW> EntriesOf(const std::wstring& folder) {
@@ -131,6 +134,13 @@ void RemoveTree(const std::wstring& path) {
       DeleteFileW(full.c_str());
   }
   RemoveDirectoryW(path.c_str());
+}
+
+std::string PatternOf(std::size_t bytes) {
+  std::string pattern(bytes, '\0');
+  for (std::size_t i = 0; i < bytes; ++i)
+    pattern[i] = static_cast<char>(i * 7 + i / 4096);
+  return pattern;
 }
 
 std::wstring Wide(const std::string& text) {

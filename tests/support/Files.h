@@ -29,9 +29,9 @@ std::string ReadWholeFile(const std::string& path);
 std::string ReadWholeFile(const std::wstring& path);
 void SetFileWriteTime(const std::string& path, const FILETIME& time);
 FILETIME GetFileWriteTimeOf(const std::string& path);
+DWORD AttributesOf(const std::string& path);  // also when there is nothing at `path`
 
 bool FileExistsAt(const std::string& path);
-DWORD AttributesOf(const std::string& path);
 
 // What is in a folder, without "." and ".."; nothing of one that is not there.
 std::vector<WIN32_FIND_DATAW> EntriesOf(const std::wstring& folder);
@@ -42,6 +42,9 @@ std::string NamesIn(const std::string& folder);
 // With names of any characters, and read-only files.
 void RemoveTree(const std::string& path);
 void RemoveTree(const std::wstring& path);
+
+// Bytes of which every one differs from the one 4 KiB before it, so that a chunk that is lost or doubled shows.
+std::string PatternOf(std::size_t bytes);
 
 // Text between the narrow tests and the wide interfaces; ASCII only.
 std::wstring Wide(const std::string& text);

@@ -19,13 +19,6 @@ using Codes = std::vector<HRESULT>;
 
 constexpr FILETIME kTime = {0xB1A8C200, 0x01C21C87};
 
-std::string PatternOf(std::size_t bytes) {
-  std::string pattern(bytes, '\0');
-  for (std::size_t i = 0; i < bytes; ++i)
-    pattern[i] = static_cast<char>(i * 7 + i / 4096);
-  return pattern;
-}
-
 class CopyLocalFileTest : public testing::Test {
  protected:
   CopyLocalFileTest() : source(folder.File("source.bin")), destination(folder.File("copy.bin")) {}

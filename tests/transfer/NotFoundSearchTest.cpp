@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "GuardedHeap.h"
 #include "ScriptedInternet.h"
 #include "support/Files.h"
+#include "support/GuardedHeap.h"
 #include "support/HResult.h"
 #include "support/LogCapture.h"
 #include "transfer/Transfer.h"

@@ -10,6 +10,7 @@
 #include "support/HResult.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
+#include "support/Sign.h"
 
 namespace {
 
@@ -217,10 +218,6 @@ struct CompareRow {
 };
 
 class SourceURLCompareTest : public SourceURLTest, public testing::WithParamInterface<CompareRow> {};
-
-int SignOf(int value) {
-  return (value > 0) - (value < 0);
-}
 
 int Compare(const wchar_t* url, const wchar_t* other) {
   const CSourceURL first(url, SourceRole::PermittedEntry, nullptr);
