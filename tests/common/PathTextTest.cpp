@@ -38,6 +38,7 @@ TEST(PathTextTest, OtherTextsOfTheSameLengthAreStripped) {
 }
 
 TEST(PathTextTest, OnlyTheGivenLengthIsLookedAt) {
+  EXPECT_EQ(0u, LengthWithoutTrailingSeparator("/a", 0));
   EXPECT_EQ(1u, LengthWithoutTrailingSeparator("a/b", 2));
   EXPECT_EQ(3u, LengthWithoutTrailingSeparator("a/b/", 3));
   EXPECT_EQ(7u, LengthWithoutTrailingSeparator("http://host/", 7));

@@ -1,11 +1,19 @@
 #include "log/LogFile.h"
 
 #include <gtest/gtest.h>
+#include <shlwapi.h>
 
+#include <cstring>
+#include <cwchar>
+#include <functional>
 #include <regex>
 #include <string>
+#include <tuple>
+#include <vector>
 
+#include "log/LocalFolder.h"
 #include "support/Files.h"
+#include "support/GuardedHeap.h"
 #include "support/HResult.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
@@ -18,6 +26,28 @@ constexpr char kTimePattern[] = "\\(\\d\\d/\\d\\d/\\d{4} \\d\\d:\\d\\d:\\d\\d\\)
 
 void ExpectMatch(const std::string& pattern, const std::string& text) {
   EXPECT_TRUE(std::regex_match(text, std::regex(pattern))) << text << "\ndoes not match\n" << pattern;
+}
+
+// What the log is like before anything was chosen: it is looked at before the first test begins.
+struct FirstUse {
+  FirstUse() {
+    PATCH_IMPORT(local, SHGetFolderPathA, FolderAt(folder.Path()));
+    LogText("one");
+    LogText("two");
+  }
+
+  const LONG debugLogging = GetDebugLogging();
+  const TemporaryFolder folder;
+};
+
+const FirstUse firstUse;
+
+TEST(LogFileTest, DebugLoggingIsOnToBeginWith) {
+  EXPECT_EQ(1, firstUse.debugLogging);
+}
+
+TEST(LogFileTest, ALineBeforeAnyFileWasChosenGoesToTheDefaultFile) {
+  EXPECT_EQ("onetwo", ReadWholeFile(firstUse.folder.File("Vantor\\Logs\\Norvik\\Norvik.log")));
 }
 
 TEST(LogFileTest, AnEntryWithoutDebugLoggingHasLevelAndTime) {
@@ -40,19 +70,70 @@ TEST(LogFileTest, AFailureShowsItsCodeAndTheSystemsText) {
               log.Text());
 }
 
+// A handler of FormatMessageA: the system's text for E_INVALIDARG.
+auto SystemTextIs(const char* text) {
+  return [text](auto, DWORD flags, const void* source, DWORD code, DWORD language, char* buffer, DWORD size,
+                va_list* arguments) {
+    EXPECT_EQ(DWORD{FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_FROM_SYSTEM}, flags);
+    EXPECT_EQ(nullptr, source);
+    EXPECT_EQ(0x80070057u, code);
+    EXPECT_EQ(0x400u, language);  // the user's own
+    EXPECT_EQ(0u, size);
+    EXPECT_EQ(nullptr, arguments);
+    char* const copy = static_cast<char*>(LocalAlloc(LPTR, 32));
+    lstrcpyA(copy, text);
+    *reinterpret_cast<char**>(buffer) = copy;
+    return static_cast<DWORD>(lstrlenA(copy));
+  };
+}
+
 TEST(LogFileTest, TheSystemsTextLosesItsLineEnd) {
   LogCapture log(false);
-  PATCH_IMPORT(systemText, FormatMessageA,
-               [](auto, DWORD flags, const void*, DWORD code, DWORD, char* buffer, DWORD, va_list*) {
-    EXPECT_EQ(DWORD{FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_FROM_SYSTEM}, flags);
-    EXPECT_EQ(0x80070057u, code);
-    char* text = static_cast<char*>(LocalAlloc(LPTR, 32));
-    lstrcpyA(text, "100%s wrong.\r\n");
-    *reinterpret_cast<char**>(buffer) = text;
-    return static_cast<DWORD>(lstrlenA(text));
-  });
+  PATCH_IMPORT(systemText, FormatMessageA, SystemTextIs("100%s wrong.\r\n"));
   LogError(HERE, E_INVALIDARG, "x");
   ExpectMatch(std::string("ERROR ") + kTimePattern + "Error \\(0x80070057\\) 100%s wrong\\.\r\n\tx\r\n", log.Text());
+}
+
+// A text of two characters could not be a line end with anything before it.
+TEST(LogFileTest, ASystemTextThatIsTooShortForALineEndIsWrittenWhole) {
+  const char* const rows[][2] = {{"a", "a"}, {"ab", "ab"}, {"abc", "a"}};
+  for (const auto& row : rows) {
+    LogCapture log(false);
+    PATCH_IMPORT(systemText, FormatMessageA, SystemTextIs(row[0]));
+    LogError(HERE, E_INVALIDARG, "x");
+    ExpectMatch(std::string("ERROR ") + kTimePattern + "Error \\(0x80070057\\) " + row[1] + "\r\n\tx\r\n", log.Text());
+  }
+}
+
+TEST(LogFileTest, TheSystemsTextIsGivenBack) {
+  LogCapture log(false);
+  char* given = nullptr;
+  std::vector<HLOCAL> freed;
+  PATCH_IMPORT(systemText, FormatMessageA, [&](auto original, auto... arguments) {
+    const DWORD length = SystemTextIs("text")(original, arguments...);
+    given = *reinterpret_cast<char**>(std::get<4>(std::make_tuple(arguments...)));
+    return length;
+  });
+  PATCH_IMPORT(record, LocalFree, [&](auto original, HLOCAL memory) {
+    freed.push_back(memory);
+    return original(memory);
+  });
+  LogError(HERE, E_INVALIDARG, "x");
+  EXPECT_EQ(std::vector<HLOCAL>{given}, freed);
+}
+
+// A length without a text, or a text without a length, is none.
+TEST(LogFileTest, ASystemTextThatIsHalfThereIsNone) {
+  for (const DWORD length : {0, 4}) {
+    LogCapture log(false);
+    PATCH_IMPORT(half, FormatMessageA, [length](auto original, auto... arguments) {
+      if (length == 0)
+        SystemTextIs("text")(original, arguments...);
+      return length;
+    });
+    LogError(HERE, E_INVALIDARG, "x");
+    ExpectMatch(std::string("ERROR ") + kTimePattern + "Error \\(0x80070057\\)\r\n\tx\r\n", log.Text());
+  }
 }
 
 TEST(LogFileTest, ACodeWithoutSystemTextStandsAlone) {
@@ -74,8 +155,12 @@ TEST(LogFileTest, AnEmptyOrMissingFormatIsASingleLine) {
   LogErrorW(HERE, S_OK, L"");
   LogErrorW(HERE, S_OK, nullptr);
   LogError(HERE, S_OK, nullptr);
-  ExpectMatch(
-      std::string("ERROR ") + kTimePattern + "\r\nERROR " + kTimePattern + "\r\nERROR " + kTimePattern + "\r\n", log.Text());
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-zero-length"
+  LogError(HERE, S_OK, "");
+#pragma GCC diagnostic pop
+  const std::string line = std::string("ERROR ") + kTimePattern + "\r\n";
+  ExpectMatch(line + line + line + line, log.Text());
 }
 
 TEST(LogFileTest, TheTimeIsTheLocalTime) {
@@ -97,6 +182,56 @@ TEST(LogFileTest, AnOverlongWideMessageIsCutAt2046Characters) {
   const std::wstring text(4000, L'a');
   LogInfoW(HERE, L"%s", text.c_str());
   EXPECT_EQ(std::string(2046, 'a'), log.Entries().at(0).message);
+}
+
+TEST(LogFileTest, AnOverlongHeadIsCutAt1023Characters) {
+  LogCapture log(true);
+  const std::string name(2000, 'f');
+  LogInfo(7, name.c_str(), "x");
+  const std::string text = log.Text();
+  ASSERT_EQ(1023 + std::strlen("\r\n\tx\r\n"), text.size());
+  EXPECT_EQ("\r\n\tx\r\n", text.substr(1023));
+  ExpectMatch(std::string("INFO ") + kTimePattern + "on line 7 in file 'f+", text.substr(0, 1023));
+}
+
+// Some systems end a text that was cut without a terminator.
+TEST(LogFileTest, ATextThatWasCutIsEndedAllTheSame) {
+  LogCapture log(false);
+  {
+    PATCH_IMPORT(cut, wvnsprintfA, [](auto, char* buffer, int characters, const char*, va_list) {
+      EXPECT_EQ(1024, characters);
+      std::memset(buffer, 'a', static_cast<std::size_t>(characters));
+      return -1;
+    });
+    LogInfo(HERE, "%s", "text");
+  }
+  EXPECT_EQ(std::string(1023, 'a') + "\r\n\t" + std::string(1023, 'a') + "\r\n", log.Text());
+}
+
+TEST(LogFileTest, AWideTextThatWasCutIsEndedAllTheSame) {
+  LogCapture log(false);
+  {
+    PATCH_IMPORT(cut, wvnsprintfW, [](auto, wchar_t* buffer, int characters, const wchar_t*, va_list) {
+      EXPECT_EQ(2047, characters);
+      std::wmemset(buffer, L'a', static_cast<std::size_t>(characters));
+      return -1;
+    });
+    LogInfoW(HERE, L"%s", L"text");
+  }
+  EXPECT_EQ(std::string(2046, 'a'), log.Entries().at(0).message);
+}
+
+TEST(LogFileTest, ACharacterOfAWideMessageMayTakeTwoBytes) {
+  LogCapture log(false);
+  PATCH_IMPORT(japanese, WideCharToMultiByte, [](auto original, UINT codePage, DWORD flags, auto... rest) {
+    EXPECT_EQ(UINT{CP_ACP}, codePage);
+    EXPECT_EQ(0u, flags);
+    return original(932, flags, rest...);
+  });
+  GuardedHeap heap;
+  LogInfoW(HERE, L"%s", L"\u30BD\u30BD");
+  EXPECT_EQ("\x83\x5C\x83\x5C", log.Entries().at(0).message);
+  EXPECT_LE(1, heap.Checked());
 }
 
 TEST(LogFileTest, WideMessagesAreWrittenInTheAnsiCodePage) {
@@ -223,18 +358,18 @@ INSTANTIATE_TEST_SUITE_P(
 // Whether a name is a device's is the system's to say: here it says so of the first file that is asked about.
 TEST(LogFileTest, ADeviceIsNoLogFile) {
   LogCapture log(false);
-  int asked = 0;
-  std::string text;
+  const TemporaryFolder folder;
   {
-    PATCH_IMPORT(device, GetFileType,
-                 [&](auto original, HANDLE file) { return ++asked == 1 ? DWORD{FILE_TYPE_CHAR} : original(file); });
+    PATCH_IMPORT(local, SHGetFolderPathA, FolderAt(folder.Path()));
+    PATCH_IMPORT(device, GetFileType, [asked = 0](auto original, HANDLE file) mutable {
+      return ++asked == 1 ? DWORD{FILE_TYPE_CHAR} : original(file);
+    });
     LogInfo(HERE, "one");
     LogInfo(HERE, "two");
-    text = ReadWholeFile(LogCapture::PathOf("Norvik"));
   }
-  ExpectMatch(std::string("INFO ") + kTimePattern + "\r\n\tone\r\nINFO " + kTimePattern + "\r\n\ttwo\r\n", text);
+  ExpectMatch(std::string("INFO ") + kTimePattern + "\r\n\tone\r\nINFO " + kTimePattern + "\r\n\ttwo\r\n",
+              ReadWholeFile(folder.File("Vantor\\Logs\\Norvik\\Norvik.log")));
   EXPECT_EQ("", log.Text());
-  DeleteFileA(LogCapture::PathOf("Norvik").c_str());
 }
 
 TEST(LogFileTest, RawTextIsAppendedAsItIs) {
@@ -300,6 +435,25 @@ TEST_F(CappedLogTest, ChoosingTheFileAnewLiftsTheCap) {
   EXPECT_EQ("fresh", ReadWholeFile(path));
 }
 
+TEST_F(CappedLogTest, AFileThatIsChosenAnewGetsItsOwnNotice) {
+  for (int time = 1; time <= 2; ++time) {
+    SetLogFileName(L"capped.xml");
+    Fill(65536);
+    LogText("lost");
+    EXPECT_EQ(std::string(65536, 'x') + kNotice, ReadWholeFile(path)) << time;
+  }
+}
+
+TEST_F(CappedLogTest, ANoticeWhoseEndCannotBeFoundIsLost) {
+  Fill(65536);
+  {
+    PATCH_IMPORT(noSeek, SetFilePointer, FailWith(INVALID_SET_FILE_POINTER, ERROR_GEN_FAILURE));
+    LogText("lost");
+  }
+  LogText("lost");
+  EXPECT_EQ(std::string(65536, 'x'), ReadWholeFile(path));
+}
+
 TEST(LogFileTest, AFileHeldByAnotherLosesTheLineAndIsNotEmptiedLater) {
   LogCapture restore;
   const std::string path = LogCapture::PathOf("held");
@@ -361,13 +515,25 @@ TEST(LogFileTest, TheFileIsOpenedAloneForEveryLine) {
 
 TEST(LogFileTest, LoggingKeepsTheLastError) {
   LogCapture log(true);
-  SetLastError(4711);
-  LogError(HERE, E_FAIL, "a");
-  LogErrorW(HERE, E_FAIL, L"a");
-  LogErrorTrace(HERE, E_FAIL);
-  LogText("a");
-  SetLogFileName(L"other.xml");
-  EXPECT_EQ(4711u, GetLastError());
+  PATCH_IMPORT(changesWriting, WriteFile, [](auto original, auto... arguments) {
+    const BOOL isWritten = original(arguments...);
+    SetLastError(ERROR_DISK_FULL);
+    return isWritten;
+  });
+  PATCH_IMPORT(changesChoosing, SHGetFolderPathA, [](auto original, auto... arguments) {
+    const HRESULT hr = original(arguments...);
+    SetLastError(ERROR_DISK_FULL);
+    return hr;
+  });
+  PATCH_IMPORT(exists, GetFileAttributesA, [](auto, const char*) { return DWORD{FILE_ATTRIBUTE_DIRECTORY}; });
+  const std::function<void()> calls[] = {[] { LogError(HERE, E_FAIL, "a"); }, [] { LogErrorW(HERE, E_FAIL, L"a"); },
+                                         [] { LogErrorTrace(HERE, E_FAIL); }, [] { LogText("a"); },
+                                         [] { SetLogFileName(L"other.xml"); }};
+  for (const std::function<void()>& call : calls) {
+    SetLastError(4711);
+    call();
+    EXPECT_EQ(4711u, GetLastError()) << &call - calls;
+  }
 }
 
 }  // namespace

@@ -1,10 +1,10 @@
 #include "log/LogPath.h"
 
 #include <gtest/gtest.h>
-#include <shlobj.h>
 
 #include <string>
 
+#include "log/LocalFolder.h"
 #include "support/Files.h"
 #include "support/ImportPatch.h"
 
@@ -24,16 +24,6 @@ std::string LocalApplicationData() {
 
 std::string InLogFolder(const std::string& name) {
   return LocalApplicationData() + "\\Vantor\\Logs\\Norvik\\" + name;
-}
-
-// Gives the local application data folder another path, of which the test is the owner.
-auto FolderAt(const std::string& path) {
-  return [path](auto, HWND, int folder, HANDLE, DWORD flags, char* buffer) -> HRESULT {
-    EXPECT_EQ(CSIDL_LOCAL_APPDATA, folder);
-    EXPECT_EQ(0u, flags);
-    lstrcpynA(buffer, path.c_str(), MAX_PATH);
-    return S_OK;
-  };
 }
 
 struct NameRow {
@@ -58,6 +48,7 @@ INSTANTIATE_TEST_SUITE_P(
         NameRow{"Query", L"http://host/get.asp?name=x", "get.log"}, NameRow{"ParentFolder", L"http://host/..", "..log"},
         NameRow{"FolderAbove", L"http://host/..\\", "Norvik.log"},
         NameRow{"FolderAboveSlash", L"http://host/../", "Norvik.log"}, NameRow{"FolderAboveTwice", L"..\\\\", "Norvik.log"},
+        NameRow{"DotAndASlash", L"http://host/.a/", ".log"}, NameRow{"SecondDotAndASlash", L"http://host/a./", "a.log"},
         NameRow{"DotsBeforeAName", L"http://host/../a.xml", "a.log"}, NameRow{"NameWithDots", L"..a.xml", "..a.log"}),
     [](const auto& row) { return row.param.title; });
 
@@ -82,6 +73,28 @@ TEST(LogPathTest, WithoutLocalApplicationDataTheBaseIsTheDrive) {
   PATCH_IMPORT(noFolder, SHGetFolderPathA, [](auto, auto...) { return E_FAIL; });
   PATCH_IMPORT(exists, GetFileAttributesA, [](auto, const char*) { return DWORD{FILE_ATTRIBUTE_DIRECTORY}; });
   EXPECT_EQ("C:\\Vantor\\Logs\\Norvik\\setup.log", PathFor(L"setup.xml"));
+}
+
+// What the shell leaves in the buffer with it is nobody's folder yet.
+TEST(LogPathTest, AHalfHeartedAnswerOfTheShellIsNoFolder) {
+  PATCH_IMPORT(halfHearted, SHGetFolderPathA, FolderAt("X:\\Later", S_FALSE));
+  PATCH_IMPORT(exists, GetFileAttributesA, [](auto, const char*) { return DWORD{FILE_ATTRIBUTE_DIRECTORY}; });
+  EXPECT_EQ("C:\\Vantor\\Logs\\Norvik\\setup.log", PathFor(L"setup.xml"));
+}
+
+TEST(LogPathTest, ANameIsConvertedAsItIs) {
+  PATCH_IMPORT(conversion, WideCharToMultiByte,
+               [](auto original, UINT codePage, DWORD flags, const wchar_t* text, int length, char* buffer, int bytes,
+                  const char* replacement, BOOL* isReplaced) {
+    EXPECT_EQ(UINT{CP_ACP}, codePage);
+    EXPECT_EQ(0u, flags);
+    EXPECT_EQ(-1, length);
+    EXPECT_EQ(260, bytes);
+    EXPECT_EQ(nullptr, replacement);
+    EXPECT_EQ(nullptr, isReplaced);
+    return original(1252, flags, text, length, buffer, bytes, replacement, isReplaced);
+  });
+  EXPECT_EQ(InLogFolder("Zo\xeb.log"), PathFor(L"Zo\u00eb.xml"));
 }
 
 TEST(LogPathTest, AFolderThatCannotBeMadeIsReplacedByTheDrive) {

@@ -13,6 +13,7 @@ class GuardedHeap {
  public:
   GuardedHeap() = default;
   ~GuardedHeap() {
+    isChecking = true;
     for (const auto& [memory, bytes] : blocks)
       Check(memory, bytes);
   }
@@ -25,6 +26,8 @@ class GuardedHeap {
   static constexpr char kGuard = 0x5A;
 
   void* Allocate(decltype(&::HeapAlloc) original, HANDLE heap, DWORD flags, SIZE_T bytes) {
+    if (isChecking)
+      return original(heap, flags, bytes);
     void* const memory = original(heap, flags, bytes + kGuardBytes);
     if (memory) {
       std::memset(static_cast<char*>(memory) + bytes, kGuard, kGuardBytes);
@@ -36,9 +39,11 @@ class GuardedHeap {
   BOOL Free(decltype(&::HeapFree) original, HANDLE heap, DWORD flags, void* memory) {
     const auto block = blocks.find(static_cast<char*>(memory));
     if (block != blocks.end()) {
+      isChecking = true;
       ++checked;
       Check(block->first, block->second);
       blocks.erase(block);
+      isChecking = false;
     }
     return original(heap, flags, memory);
   }
@@ -50,6 +55,7 @@ class GuardedHeap {
 
   std::map<char*, std::size_t> blocks;
   int checked = 0;
+  bool isChecking = false;  // what a report of a failure allocates and frees is nobody's to guard
 
   ImportedFunction<struct GuardedFree, decltype(&::HeapFree)> free{
       "HeapFree", [this](auto... arguments) { return Free(arguments...); }};

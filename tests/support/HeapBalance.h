@@ -5,6 +5,7 @@
 // Counts the blocks of the process heap that were taken since the object was made and have not been given back.
 class HeapBalance {
  public:
+  HeapBalance() { outstanding = 0; }  // the second patch takes memory, too
   int Outstanding() const { return outstanding; }
 
  private:
