@@ -85,13 +85,24 @@ class FakeNodeMethods : public FakeDispatch<Interface, InterfaceId> {
   const wchar_t* text = nullptr;
   const wchar_t* xml = nullptr;
   const wchar_t* name = nullptr;
+  DOMNodeType type = NODE_ELEMENT;
   IXMLDOMNamedNodeMap* attributes = nullptr;
+
+  // The nodes as a walk meets them.
+  IXMLDOMNode* firstChild = nullptr;
+  IXMLDOMNode* nextSibling = nullptr;
 
   // Named by the pattern that selects them, a literal.
   std::map<std::wstring_view, IXMLDOMNode*> children;
   std::map<std::wstring_view, IXMLDOMNodeList*> lists;
 
   HRESULT WINAPI get_nodeName(BSTR* out) override { return this->HandOutText("get_nodeName", name, out); }
+  HRESULT WINAPI get_nodeType(DOMNodeType* out) override {
+    *out = type;
+    return this->CodeOf("get_nodeType");
+  }
+  HRESULT WINAPI get_firstChild(IXMLDOMNode** out) override { return this->HandOut("get_firstChild", firstChild, out); }
+  HRESULT WINAPI get_nextSibling(IXMLDOMNode** out) override { return this->HandOut("get_nextSibling", nextSibling, out); }
   HRESULT WINAPI get_text(BSTR* out) override { return this->HandOutText("get_text", text, out); }
   HRESULT WINAPI get_xml(BSTR* out) override { return this->HandOutText("get_xml", xml, out); }
   HRESULT WINAPI get_attributes(IXMLDOMNamedNodeMap** out) override {
@@ -106,13 +117,10 @@ class FakeNodeMethods : public FakeDispatch<Interface, InterfaceId> {
 
   FAKE_METHOD_REFUSED(get_nodeValue, VARIANT*)
   FAKE_METHOD_REFUSED(put_nodeValue, VARIANT)
-  FAKE_METHOD_REFUSED(get_nodeType, DOMNodeType*)
   FAKE_METHOD_REFUSED(get_parentNode, IXMLDOMNode**)
   FAKE_METHOD_REFUSED(get_childNodes, IXMLDOMNodeList**)
-  FAKE_METHOD_REFUSED(get_firstChild, IXMLDOMNode**)
   FAKE_METHOD_REFUSED(get_lastChild, IXMLDOMNode**)
   FAKE_METHOD_REFUSED(get_previousSibling, IXMLDOMNode**)
-  FAKE_METHOD_REFUSED(get_nextSibling, IXMLDOMNode**)
   FAKE_METHOD_REFUSED(insertBefore, IXMLDOMNode*, VARIANT, IXMLDOMNode**)
   FAKE_METHOD_REFUSED(replaceChild, IXMLDOMNode*, IXMLDOMNode*, IXMLDOMNode**)
   FAKE_METHOD_REFUSED(removeChild, IXMLDOMNode*, IXMLDOMNode**)

@@ -189,7 +189,66 @@ TEST_F(DestinationFailureTest, OfAMissingItemIsReturned) {
 }
 
 TEST_F(DestinationFailureTest, OfADestinationsContentIsReturned) {
-  EXPECT_HRESULT(E_NOTIMPL, Check(&document));
+  destination.Answer("get_firstChild", kAnyFailure);
+  EXPECT_HRESULT(kAnyFailure, Check(&document));
+}
+
+// Two parts that are as they may be, of which the parser fails to tell something.
+class PartFailureTest : public DestinationFailureTest {
+ protected:
+  PartFailureTest() {
+    fileName.name = L"FileName";
+    folder.name = L"Temp";
+    fileName.nextSibling = &folder;
+    destination.firstChild = &fileName;
+  }
+
+  FakeNode folder;
+  FakeNode fileName;
+};
+
+TEST_F(PartFailureTest, WithoutAFailureThePartsAreRight) {
+  EXPECT_HRESULT(S_OK, Check(&document));
+}
+
+TEST_F(PartFailureTest, OfAPartsKindIsReturned) {
+  folder.Answer("get_nodeType", kAnyFailure);
+  EXPECT_HRESULT(kAnyFailure, Check(&document));
+}
+
+TEST_F(PartFailureTest, OfAPartsNameIsReturned) {
+  fileName.Answer("get_nodeName", kAnyFailure);
+  EXPECT_HRESULT(kAnyFailure, Check(&document));
+}
+
+TEST_F(PartFailureTest, OfAMissingNameIsReturned) {
+  folder.name = nullptr;
+  EXPECT_HRESULT(E_FAIL, Check(&document));
+}
+
+TEST_F(PartFailureTest, OfAPartsTextIsReturned) {
+  folder.type = NODE_TEXT;
+  folder.Answer("get_text", kAnyFailure);
+  EXPECT_HRESULT(kAnyFailure, Check(&document));
+}
+
+TEST_F(PartFailureTest, OfTheStepToTheNextPartIsReturned) {
+  fileName.Answer("get_nextSibling", kAnyFailure);
+  EXPECT_HRESULT(kAnyFailure, Check(&document));
+  fileName.nextSibling = nullptr;
+  destination.firstChild = &folder;  // which alone is all that a destination needs
+  folder.Answer("get_nextSibling", kAnyFailure);
+  EXPECT_HRESULT(kAnyFailure, Check(&document));
+}
+
+TEST_F(PartFailureTest, ATextThatIsMissingIsNone) {
+  fileName.type = NODE_TEXT;
+  EXPECT_HRESULT(S_OK, Check(&document));
+}
+
+TEST_F(PartFailureTest, OneListIsWalkedToItsEndAndNoFurther) {
+  list.claimedLength = 2;
+  EXPECT_HRESULT(E_FAIL, Check(&document));
 }
 
 TEST_F(DestinationFailureTest, OfMemoryIsReturned) {

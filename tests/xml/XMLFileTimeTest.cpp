@@ -84,6 +84,12 @@ TEST(XMLFileTimeTest, ParsingADateDoesNotFillTheDayOfWeek) {
   EXPECT_EQ(0, time.AsSystemTime()->wDayOfWeek);  // it was a Tuesday
 }
 
+TEST(XMLFileTimeTest, AZoneFillsTheDayOfWeekOfTheMomentInUTC) {
+  EXPECT_EQ(2, CXMLFileTime("2002-06-25T15:45:00Z").AsSystemTime()->wDayOfWeek);
+  EXPECT_EQ(3, CXMLFileTime("2002-06-25T23:45:00-08:00").AsSystemTime()->wDayOfWeek);
+  EXPECT_EQ(0, CXMLFileTime("2002-06-25T15:45:00").AsSystemTime()->wDayOfWeek);  // without a zone as without a time
+}
+
 TEST(XMLFileTimeTest, WithoutMemoryTheTextIsTheMessage) {
   const LogCapture log;
   CXMLFileTime time("2002-06-25");

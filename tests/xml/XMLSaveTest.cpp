@@ -2,6 +2,7 @@
 
 #include "support/FakeXml.h"
 #include "support/Files.h"
+#include "support/GuardedHeap.h"
 #include "support/HResult.h"
 #include "support/ImportPatch.h"
 #include "support/XmlDocuments.h"
@@ -49,6 +50,7 @@ TEST_F(SaveTest, TheDocumentSavesItself) {
 TEST_F(SaveTest, ASavedDocumentLoadsAgain) {
   const auto original = ParseXml("<r a='1'><b>x &amp; y</b><c/></r>");
   for (const LONG pretty : {0, 1}) {
+    DeleteFileA(path.c_str());  // what is loaded is what was saved in this way
     EXPECT_HRESULT(S_OK, SaveXMLDocument(original.Get(), path.c_str(), pretty));
     const auto loaded = NewXmlDocument();
     EXPECT_HRESULT(S_OK, LoadXMLDocument(path.c_str(), loaded.Get(), 1));
@@ -90,6 +92,18 @@ TEST_F(SaveTest, EveryPairGetsALineEnd) {
   EXPECT_EQ(expected, Pretty(xml.c_str()));
 }
 
+TEST_F(SaveTest, NothingIsWrittenBehindTheText) {
+  std::wstring many;
+  for (int i = 0; i < 1000; ++i)
+    many += L"<a/>";
+  for (const wchar_t* const xml : {L"", L"<a/>", L"<a/><b/>", L"<a><b/></a>", L"Zo\u00eb \u4e2d \U0001F600", many.c_str()}) {
+    document.xml = xml;
+    GuardedHeap heap;
+    EXPECT_HRESULT(S_OK, Save(1));
+    EXPECT_LE(2, heap.Checked());
+  }
+}
+
 TEST_F(SaveTest, TextWithoutMarkupIsWrittenAsItIs) {
   EXPECT_EQ("", Pretty(L""));
   EXPECT_EQ(">", Pretty(L">"));
@@ -116,11 +130,15 @@ TEST_F(SaveTest, TheFileIsOpenedAlone) {
     EXPECT_STREQ(path.c_str(), name);
     EXPECT_EQ(GENERIC_WRITE, access);
     EXPECT_EQ(0u, sharing);
+    EXPECT_EQ(nullptr, security);
     EXPECT_EQ(DWORD{CREATE_ALWAYS}, disposition);
+    EXPECT_EQ(DWORD{FILE_ATTRIBUTE_NORMAL}, attributes);
+    EXPECT_EQ(nullptr, pattern);
     return original(name, access, sharing, security, disposition, attributes, pattern);
   });
   EXPECT_HRESULT(S_OK, Save(-1));
   EXPECT_EQ(1, calls);
+  EXPECT_TRUE(DeleteFileA(path.c_str()));  // it is closed again
 }
 
 TEST_F(SaveTest, AFileThatCannotBeMadeIsIgnored) {
