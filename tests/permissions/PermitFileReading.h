@@ -8,6 +8,7 @@
 #include "permissions/Permissions.h"
 #include "support/HResult.h"
 #include "support/ImportPatch.h"
+#include "support/InternetCache.h"
 #include "support/LogCapture.h"
 #include "support/PermitFile.h"
 
@@ -40,6 +41,13 @@ class PermitFileReading : public testing::Test {
   }
 
   bool IsHostPermitted() const { return permissions->IsManifestURLPermitted(L"http://host/apps/setup.xml") == S_OK; }
+
+  // The cache made a file, and it is gone.
+  void ExpectNoCopy() const {
+    EXPECT_NE("", copy);
+    EXPECT_FALSE(FileExistsAt(copy));
+    EXPECT_EQ("", CachedFile(permit.Path()));
+  }
 
   // Neither half is there.
   void ExpectNoPermissions() const {

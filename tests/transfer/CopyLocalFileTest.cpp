@@ -7,6 +7,7 @@
 #include "common/Handles.h"
 #include "support/Files.h"
 #include "support/HResult.h"
+#include "support/Holdings.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
 #include "transfer/DocumentType.h"
@@ -68,17 +69,23 @@ TEST_F(CopyLocalFileTest, BothFilesAreClosedAfterwards) {
 TEST_F(CopyLocalFileTest, NoCopyCostsAHandle) {
   WriteWholeFile(source, "x");
   const std::string missing = folder.File("missing");
-  DWORD before = 0, after = 0;
-  for (int i = 0; i < 20; ++i) {
-    if (i == 1)
-      GetProcessHandleCount(GetCurrentProcess(), &before);
+  const auto copyAndFail = [&] {
     EXPECT_HRESULT(S_OK, Copy());
     EXPECT_HRESULT(E_FAIL, Copy(FILE_ATTRIBUTE_NORMAL, nullptr, kTransferXMLDocument));
-    EXPECT_TRUE(FAILED(CopyLocalFile(missing.c_str(), destination.c_str(), 0, nullptr, 0)));
-    EXPECT_TRUE(FAILED(CopyLocalFile(source.c_str(), folder.Path().c_str(), 0, nullptr, 0)));
+    EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND),
+                   CopyLocalFile(missing.c_str(), destination.c_str(), 0, nullptr, 0));
+    EXPECT_HRESULT(E_ACCESSDENIED, CopyLocalFile(source.c_str(), folder.Path().c_str(), 0, nullptr, 0));
+  };
+  copyAndFail();  // the first use may leave something that every other one shares
+  const auto before = LowestFreeHandle();
+  {
+    const FileHandle open(CreateFileA(source.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    ASSERT_TRUE(static_cast<bool>(open));
+    ASSERT_LT(before, LowestFreeHandle()) << "a handle that is open does not count";
   }
-  GetProcessHandleCount(GetCurrentProcess(), &after);
-  EXPECT_EQ(before, after);
+  for (int i = 0; i < 20; ++i)
+    copyAndFail();
+  EXPECT_EQ(before, LowestFreeHandle());
 }
 
 TEST_F(CopyLocalFileTest, TheFilesAreOpenedAsTheyHaveToBe) {
@@ -93,9 +100,8 @@ TEST_F(CopyLocalFileTest, TheFilesAreOpenedAsTheyHaveToBe) {
     EXPECT_EQ(0u, sharing);
     EXPECT_EQ(nullptr, security);
     EXPECT_EQ(isSource ? DWORD{OPEN_EXISTING} : DWORD{CREATE_ALWAYS}, disposition);
-    if (!isSource) {
-      EXPECT_EQ(DWORD{FILE_ATTRIBUTE_HIDDEN}, attributes);
-    }
+    EXPECT_EQ(isSource ? DWORD{FILE_ATTRIBUTE_NORMAL} : DWORD{FILE_ATTRIBUTE_HIDDEN}, attributes);
+    EXPECT_EQ(nullptr, model);
     return original(name, access, sharing, security, disposition, attributes, model);
   });
   EXPECT_HRESULT(S_OK, Copy(FILE_ATTRIBUTE_HIDDEN));
@@ -104,11 +110,16 @@ TEST_F(CopyLocalFileTest, TheFilesAreOpenedAsTheyHaveToBe) {
 
 TEST_F(CopyLocalFileTest, AReadTakes4096Bytes) {
   WriteWholeFile(source, PatternOf(5000));
-  PATCH_IMPORT(record, ReadFile, [](auto original, HANDLE file, void* buffer, DWORD size, auto... arguments) {
-    EXPECT_EQ(4096u, size);
-    return original(file, buffer, size, arguments...);
-  });
-  EXPECT_HRESULT(S_OK, Copy());
+  int reads = 0;
+  {
+    PATCH_IMPORT(record, ReadFile, [&](auto original, HANDLE file, void* buffer, DWORD size, auto... arguments) {
+      ++reads;
+      EXPECT_EQ(4096u, size);
+      return original(file, buffer, size, arguments...);
+    });
+    EXPECT_HRESULT(S_OK, Copy());
+  }
+  EXPECT_EQ(3, reads);
 }
 
 // For a user who is not root, Wine keeps only one of the two on a file: what the system is asked for is what counts.
@@ -202,11 +213,10 @@ TEST_F(CopyLocalFileTest, AFolderIsNoSource) {
 TEST_F(CopyLocalFileTest, ASourceIsTakenAsItIsGiven) {
   WriteWholeFile(source, "x");
   const std::string url = "file://" + source;
-  EXPECT_TRUE(FAILED(FetchURL(url.c_str(), destination.c_str(), 0, nullptr, 0, nullptr)));
-  EXPECT_TRUE(FAILED(FetchURL("ftp://h/a%s.txt", destination.c_str(), 0, nullptr, 0, nullptr)));
-  ASSERT_EQ(2u, log.Messages().size());
-  EXPECT_NE(std::string::npos, log.Messages()[0].find(" Opening '" + url + "' failed."));
-  EXPECT_NE(std::string::npos, log.Messages()[1].find(" Opening 'ftp://h/a%s.txt' failed."));
+  const HRESULT notFound = HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND);
+  EXPECT_HRESULT(notFound, FetchURL(url.c_str(), destination.c_str(), 0, nullptr, 0, nullptr));
+  EXPECT_HRESULT(notFound, FetchURL("ftp://h/a%s.txt", destination.c_str(), 0, nullptr, 0, nullptr));
+  EXPECT_EQ((Texts{Line("0x80070003", "Opening", url), Line("0x80070003", "Opening", "ftp://h/a%s.txt")}), log.Messages());
   ExpectNothingLeft();
 }
 
@@ -241,8 +251,8 @@ TEST_F(CopyLocalFileTest, AFileIsNotCopiedOntoItself) {
 TEST_F(CopyLocalFileTest, AnOverlongNameIsRefused) {
   WriteWholeFile(source, "x");
   destination = folder.File(std::string(5000, 'n'));
-  EXPECT_TRUE(FAILED(Copy()));
-  EXPECT_EQ(1u, log.Messages().size());
+  EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_FILENAME_EXCED_RANGE), Copy());
+  EXPECT_EQ(Texts{Line("0x800700ce", "Creating", destination).substr(0, 17 + 1023)}, log.Messages());
   ExpectNothingLeft();
 }
 
@@ -310,6 +320,30 @@ TEST_F(CopyLocalFileTest, WithoutMemoryForTheBufferNothingIsLeft) {
   EXPECT_HRESULT(E_OUTOFMEMORY, hr);
   EXPECT_EQ(Texts{"ERROR 0x8007000e Copy buffer creation failed."}, log.Messages());
   ExpectNothingLeft();
+}
+
+// A file that the system deletes at once keeps its attributes until then; one that resists is made an ordinary one.
+TEST_F(CopyLocalFileTest, OnlyAFileThatResistsLosesItsAttributesBeforeItIsDeleted) {
+  WriteWholeFile(source, "x");
+  for (const bool resists : {false, true}) {
+    std::vector<std::string> calls;
+    {
+      FileFault fault(source, FileFault::Kind::Read, 1, ERROR_CRC);
+      PATCH_IMPORT(deletes, DeleteFileA, [&](auto original, const char* name) {
+        calls.push_back(std::string("delete ") + name);
+        return resists && calls.size() == 1 ? FALSE : original(name);
+      });
+      PATCH_IMPORT(changes, SetFileAttributesA, [&](auto original, const char* name, DWORD attributes) {
+        calls.push_back(std::to_string(attributes) + " " + name);
+        return original(name, attributes);
+      });
+      EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_CRC), Copy());
+    }
+    const Texts ordinary = {"delete " + destination};
+    const Texts resisting = {"delete " + destination, "128 " + destination, "delete " + destination};
+    EXPECT_EQ(resists ? resisting : ordinary, calls);
+    ExpectNothingLeft();
+  }
 }
 
 TEST_F(CopyLocalFileTest, AFileThatCannotBeDeletedKeepsTheReasonOfTheFailure) {

@@ -339,11 +339,15 @@ TEST(GetDestinationFileTest, ACacheNameThatCannotBeCopiedIsMissing) {
   const CSourceURL source = Source(L"http://h/a.exe");
   const CDestinationFolder cache(FolderKind::InternetCache, nullptr);
   OwnedText fileName = CopyText("old");
+  char made[MAX_PATH] = "";
+  DWORD madeAttributes = INVALID_FILE_ATTRIBUTES;
   HRESULT hr;
   {
-    PATCH_IMPORT(create, CreateUrlCacheEntryA, [](auto, const char*, DWORD, const char*, char* name, DWORD) {
-      lstrcpyA(name, "X:\\a");
-      return TRUE;
+    PATCH_IMPORT(create, CreateUrlCacheEntryA, [&](auto original, auto url, auto size, auto extension, char* name, auto zero) {
+      const BOOL isCreated = original(url, size, extension, name, zero);
+      lstrcpyA(made, name);
+      madeAttributes = GetFileAttributesA(name);
+      return isCreated;
     });
     PATCH_IMPORT(noMemory, HeapAlloc, FailWith(static_cast<void*>(nullptr), ERROR_NOT_ENOUGH_MEMORY));
     hr = cache.GetDestinationFile(&source, &fileName);
@@ -351,6 +355,28 @@ TEST(GetDestinationFileTest, ACacheNameThatCannotBeCopiedIsMissing) {
   EXPECT_HRESULT(S_OK, hr);
   EXPECT_EQ(nullptr, fileName);
   EXPECT_EQ("", log.Text());
+  ASSERT_NE(INVALID_FILE_ATTRIBUTES, madeAttributes) << "the cache made no file";
+  EXPECT_FALSE(FileExistsAt(made)) << "nobody knows the name of the file any more";
+}
+
+TEST(DiscardCacheFileTest, OnlyAFileOfTheCacheIsDeleted) {
+  const TemporaryFolder temporary;
+  const std::string file = temporary.File("a.exe");
+  WriteWholeFile(file, "x");
+  CDestinationFolder(temporary.Path().c_str(), nullptr).DiscardCacheFile(file.c_str());
+  CDestinationFolder(FolderKind::Cookie, nullptr).DiscardCacheFile(file.c_str());
+  CDestinationFolder(FolderKind::Temp, nullptr).DiscardCacheFile(file.c_str());
+  EXPECT_TRUE(FileExistsAt(file));
+  CDestinationFolder(FolderKind::InternetCache, nullptr).DiscardCacheFile(file.c_str());
+  EXPECT_FALSE(FileExistsAt(file));
+}
+
+TEST(DiscardCacheFileTest, WithoutANameNothingIsDeleted) {
+  PATCH_IMPORT(noDelete, DeleteFileA, [](auto, const char*) {
+    ADD_FAILURE() << "nothing is to be deleted";
+    return FALSE;
+  });
+  CDestinationFolder(FolderKind::InternetCache, nullptr).DiscardCacheFile(nullptr);
 }
 
 constexpr char kFile[] = "X:\\cache\\a[1].exe";
@@ -448,7 +474,8 @@ TEST(CommitToCacheTest, TheCacheFindsWhatWasCommitted) {
 TEST(CommitToCacheTest, AFileThatIsNotThereIsRefused) {
   LogCapture log;
   const CSourceURL source = Source(L"http://cache.test/missing.exe");
-  EXPECT_TRUE(FAILED(CDestinationFolder(FolderKind::InternetCache, nullptr).CommitToCache(&source, kFile)));
+  EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND),
+                 CDestinationFolder(FolderKind::InternetCache, nullptr).CommitToCache(&source, kFile));
   EXPECT_EQ(1u, log.Messages().size());
   EXPECT_EQ("", CachedFile(source.GetLocation()));
 }

@@ -170,7 +170,7 @@ TEST_F(DownloadFailureTest, NoTimeIsSetAfterAFailure) {
   ScriptedInternet internet({"a"});
   internet.FailRead(2, ERROR_INTERNET_TIMEOUT);
   FileFault count(destination, FileFault::Kind::SetTime, 0, 0);
-  EXPECT_TRUE(FAILED(Fetch()));
+  EXPECT_HRESULT(ResultOf("0x80072ee2"), Fetch());
   EXPECT_EQ(0, count.Calls());
 }
 

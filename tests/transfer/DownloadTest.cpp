@@ -9,6 +9,7 @@
 #include "support/Files.h"
 #include "support/HResult.h"
 #include "support/ImportPatch.h"
+#include "support/InternetCache.h"
 #include "support/LogCapture.h"
 #include "support/WebServer.h"
 #include "transfer/Transfer.h"
@@ -99,11 +100,7 @@ TEST_F(DownloadTest, EveryTransferAsksTheServer) {
 
 TEST_F(DownloadTest, NothingIsLeftInTheInternetCache) {
   EXPECT_HRESULT(S_OK, FetchPath(Response().Header("Cache-Control", "max-age=3600").Body("x")));
-  BYTE buffer[4096];
-  DWORD size = sizeof(buffer);
-  EXPECT_FALSE(
-      GetUrlCacheEntryInfoA(server.Url("/a.bin").c_str(), reinterpret_cast<INTERNET_CACHE_ENTRY_INFOA*>(buffer), &size));
-  EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, GetLastError());
+  EXPECT_EQ("", CachedFile(server.Url("/a.bin")));
 }
 
 TEST_F(DownloadTest, TheSchemesCaseDoesNotCount) {
@@ -302,7 +299,7 @@ TEST_F(DownloadTest, AFailedTransferLeavesTheHandlesClosed) {
   });
   EXPECT_HRESULT(S_OK, FetchPath(Response().Body("x")));
   EXPECT_EQ(0, open);
-  EXPECT_TRUE(FAILED(Fetch(server.RefusedUrl("/a.bin"))));
+  EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_INTERNET_CANNOT_CONNECT), Fetch(server.RefusedUrl("/a.bin")));
   EXPECT_EQ(0, open);
   EXPECT_HRESULT(kNotFoundResult, Fetch(server.Url("/nothing"), "not found"));
   EXPECT_EQ(0, open);

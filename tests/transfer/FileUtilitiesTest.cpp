@@ -94,7 +94,10 @@ TEST(GetFileWriteTimeTest, TheFileIsOpenedAloneForReading) {
     ++calls;
     EXPECT_EQ(DWORD{GENERIC_READ}, access);
     EXPECT_EQ(0u, sharing);
+    EXPECT_EQ(nullptr, security);
     EXPECT_EQ(DWORD{OPEN_EXISTING}, disposition);
+    EXPECT_EQ(DWORD{FILE_ATTRIBUTE_NORMAL}, attributes);
+    EXPECT_EQ(nullptr, model);
     return original(name, access, sharing, security, disposition, attributes, model);
   });
   EXPECT_HRESULT(S_OK, GetFileWriteTime(folder.File("a.txt").c_str(), time));
@@ -136,9 +139,9 @@ TEST(GetFileWriteTimeTest, AFolderIsNoFile) {
 TEST(GetFileWriteTimeTest, AnEmptyNameIsReported) {
   LogCapture log;
   FILETIME time = kOther;
-  EXPECT_TRUE(FAILED(GetFileWriteTime("", time)));
+  EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND), GetFileWriteTime("", time));
   EXPECT_TRUE(time == FILETIME{});
-  EXPECT_EQ(1u, log.Messages().size());
+  EXPECT_EQ(Texts{"ERROR 0x80070003 Unable to read ''."}, log.Messages());
 }
 
 TEST(GetFileWriteTimeTest, ATimeThatCannotBeReadIsReported) {

@@ -209,8 +209,18 @@ TEST(ResolveFolderTest, WithoutAnyFolderTheDriveStandsIn) {
 
 TEST(ResolveFolderTest, ATemporaryFolderThatDoesNotFitIsNone) {
   PATCH_IMPORT(noFolder, SHGetFolderPathA, [](auto, HWND, int, HANDLE, DWORD, char*) { return kShellFailure; });
-  PATCH_IMPORT(longTemp, GetTempPathA, FailWith(DWORD{300}, ERROR_INSUFFICIENT_BUFFER));
-  EXPECT_EQ("C:\\a", Resolved(FolderKind::Personal, "a", S_FALSE));
+  for (const DWORD needed : {260, 261, 300}) {
+    PATCH_IMPORT(longTemp, GetTempPathA, [needed](auto, DWORD size, char*) {
+      EXPECT_EQ(260u, size);
+      return needed;
+    });
+    EXPECT_EQ("C:\\a", Resolved(FolderKind::Personal, "a", S_FALSE)) << needed;
+  }
+  PATCH_IMPORT(fits, GetTempPathA, [](auto, DWORD, char* path) {
+    std::strcpy(path, "X:\\");
+    return DWORD{259};
+  });
+  EXPECT_EQ("(null)", Resolved(FolderKind::Personal, "a", kShellFailure));
 }
 
 TEST(ResolveFolderTest, AnOverlongTextIsRefusedWithoutALine) {
@@ -262,7 +272,21 @@ TEST(GetSpecialFolderTest, AFolderThatIsNotThereYetIsStillNamed) {
 
 TEST(GetSpecialFolderTest, AnUnknownFolderGivesTheShellsCode) {
   char buffer[MAX_PATH];
-  EXPECT_TRUE(FAILED(GetSpecialFolder(0x7FFF, buffer, "a", "")));
+  EXPECT_HRESULT(E_INVALIDARG, GetSpecialFolder(0x7FFF, buffer, "a", ""));
+}
+
+// With a temporary folder at hand nothing stands in: whoever asked has to know that there is no such folder.
+TEST(GetSpecialFolderTest, AFolderThatIsOnlyPromisedIsAFailure) {
+  std::vector<int> asked;
+  PATCH_IMPORT(promised, SHGetFolderPathA, [&](auto, HWND, int folderId, HANDLE, DWORD flags, char* path) {
+    asked.push_back(folderId);
+    EXPECT_EQ(0u, flags);
+    *path = '\0';
+    return S_FALSE;
+  });
+  char buffer[MAX_PATH];
+  EXPECT_HRESULT(E_FAIL, GetSpecialFolder(CSIDL_APPDATA, buffer, "a", ""));
+  EXPECT_EQ((std::vector<int>{CSIDL_APPDATA, CSIDL_APPDATA | CSIDL_FLAG_DONT_VERIFY}), asked);
 }
 
 TEST(GetSpecialFolderTest, TheStandInDriveTakesSubfoldersToo) {

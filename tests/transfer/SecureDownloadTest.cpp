@@ -88,7 +88,7 @@ TEST_F(SecureDownloadTest, ARedirectToARefusedCertificateLeavesNothing) {
 
 TEST_F(SecureDownloadTest, ARefusedCertificateLeavesTheOldFile) {
   WriteWholeFile(destination, "old");
-  EXPECT_TRUE(FAILED(Fetch(server.UntrustedUrl("/a.bin"))));
+  EXPECT_HRESULT(static_cast<HRESULT>(0x80072F0D), Fetch(server.UntrustedUrl("/a.bin")));
   EXPECT_EQ("old", ReadWholeFile(destination));
 }
 
