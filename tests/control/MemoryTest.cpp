@@ -3,10 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <optional>
 #include <set>
 
 #include "host/ControlFixture.h"
 #include "host/HostDoubles.h"
+#include "support/AllocationFailure.h"
+#include "support/HeapBalance.h"
 #include "support/ImportPatch.h"
 
 using Microsoft::WRL::ComPtr;
@@ -15,41 +18,13 @@ namespace {
 
 using MemoryTest = ControlTest;
 
-// What the module took from the heap and has not given back, from now on.
-class HeapBalance {
- public:
-  explicit HeapBalance(HMODULE module)
-      : allocations(
-            "HeapAlloc",
-            [this](auto original, auto... arguments) {
-    void* const memory = original(arguments...);
-    outstanding.insert(memory);
-    return memory;
-            },
-            module),
-  frees(
-      "HeapFree",
-      [this](auto original, HANDLE heap, DWORD flags, void* memory) {
-    outstanding.erase(memory);
-    return original(heap, flags, memory);
-      },
-      module) {}
-
-  std::size_t Outstanding() const { return outstanding.size(); }
-
- private:
-  std::set<void*> outstanding;
-  ImportedFunction<struct HeapAllocImport, decltype(&::HeapAlloc)> allocations;
-  ImportedFunction<struct HeapFreeImport, decltype(&::HeapFree)> frees;
-};
-
 TEST_F(MemoryTest, AControlGivesBackAllThatItTook) {
   const BString url = Serve(CopyRefused() + Copy("a.txt") + OpenInBrowser("page.htm"));
   control.Reset();
   const HeapBalance heap(module.Handle());
   {
     const auto other = module.CreateControl();
-    EXPECT_GT(heap.Outstanding(), 0u);
+    EXPECT_LT(0, heap.Outstanding());
     EXPECT_HRESULT(E_FAIL, other->Execute(url.Get()));
     EXPECT_HRESULT(E_ACCESSDENIED, other->Execute(Automation("http://127.0.0.1/control-run.xml").Get()));
     EXPECT_HRESULT(S_OK, other->put_ManifestURL(url.Get()));
@@ -58,7 +33,7 @@ TEST_F(MemoryTest, AControlGivesBackAllThatItTook) {
     ASSERT_HRESULT(S_OK, other.As(&page));
     EXPECT_HRESULT(S_FALSE, page->Load(&empty, nullptr));
   }
-  EXPECT_EQ(0u, heap.Outstanding());
+  EXPECT_EQ(0, heap.Outstanding());
 }
 
 TEST_F(MemoryTest, AnObjectThatCannotBeMadeIsToldToTheHost) {
@@ -93,30 +68,29 @@ TEST_F(MemoryTest, AnEngineThatCannotBeMadeLeavesAControlWithoutOne) {
 
 TEST_F(MemoryTest, WhereverTheCreationRunsOutOfMemoryNothingStaysBehind) {
   control.Reset();
-  bool isRefused = true;
-  int call = 0;
-  for (; isRefused; ++call) {
-    isRefused = false;
-    const HeapBalance heap(module.Handle());
-    PATCH_IMPORT(
-        failing, HeapAlloc,
-        [&isRefused, call, count = 0](auto original, auto... arguments) mutable -> void* {
-          isRefused = isRefused || count == call;
-          return count++ == call ? nullptr : original(arguments...);
-        },
-        module.Handle());
+  std::optional<HeapBalance> heap;
+  HRESULT hr = E_UNEXPECTED;
+  const auto create = [&] {
     ComPtr<IClassFactory> factory;
-    const HRESULT hr =
-        module.GetClassObject(CLSID_AXNorvik, IID_IClassFactory, reinterpret_cast<void**>(factory.GetAddressOf()));
+    hr = module.GetClassObject(CLSID_AXNorvik, IID_IClassFactory, reinterpret_cast<void**>(factory.GetAddressOf()));
     ComPtr<IUnknown> made;
     if (SUCCEEDED(hr))
-      static_cast<void>(factory->CreateInstance(nullptr, IID_IUnknown, reinterpret_cast<void**>(made.GetAddressOf())));
-    made.Reset();
-    factory.Reset();
-    EXPECT_EQ(0u, heap.Outstanding()) << "allocation " << call;
-    ASSERT_HRESULT(S_OK, module.CanUnloadNow()) << "allocation " << call;
-  }
-  EXPECT_GT(call, 10);
+      hr = factory->CreateInstance(nullptr, IID_IUnknown, reinterpret_cast<void**>(made.GetAddressOf()));
+    EXPECT_EQ(SUCCEEDED(hr), made != nullptr);
+  };
+  std::set<HRESULT> results;
+  const int failures = ForEachFailedAllocation(
+      [&] { heap.emplace(module.Handle()); }, create,
+      [&] {
+    EXPECT_EQ(0, heap->Outstanding());
+    EXPECT_HRESULT(S_OK, module.CanUnloadNow());
+    results.insert(hr);
+      },
+      module.Handle());
+  EXPECT_LT(10, failures);
+  EXPECT_EQ((std::set<HRESULT>{S_OK, E_OUTOFMEMORY}), results);
+  EXPECT_HRESULT(S_OK, hr);
+  heap.reset();
 }
 
 class NoStringsTest : public ControlTest {

@@ -4,11 +4,14 @@
 
 #include "engine/CopyCommand.h"
 #include "engine/EngineFixture.h"
-#include "engine/HeapPatches.h"
+#include "engine/HeapFailure.h"
 #include "engine/OpenCommand.h"
+#include "support/AllocationFailure.h"
 #include "support/FakeXml.h"
 #include "support/HResult.h"
+#include "support/ImportPatch.h"
 #include "support/LogCapture.h"
+#include "support/Replaced.h"
 
 namespace {
 
@@ -52,10 +55,7 @@ class CommandCollectorTest : public testing::TestWithParam<Collector> {
 
   // A message in which %s stands for the element's name.
   std::string Message(const std::string& level, const std::string& text) const {
-    std::string message = level + " " + text;
-    for (std::size_t place; (place = message.find("%s")) != std::string::npos;)
-      message.replace(place, 2, GetParam().element);
-    return message;
+    return Replaced(level + " " + text, "%s", GetParam().element);
   }
 
   std::string Element(const std::string& content) const {
@@ -248,11 +248,11 @@ TEST_P(CommandCollectorTest, EveryAllocationThatFailsLeavesAChainThatCanBeDelete
   HRESULT hr = E_UNEXPECTED;
   const auto collect = [&] { hr = GetParam().collect(document.Get(), &chain); };
   const auto clear = [&] { chain.reset(); };
-  const int failures = FailEachAllocation(clear, collect, [&](int number) {
-    EXPECT_GE(2, Length()) << number;
-    EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY || hr == E_POINTER) << number << ": " << std::hex << hr;
+  const int failures = ForEachFailedAllocation(clear, collect, [&] {
+    EXPECT_GE(2, Length());
+    EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY || hr == E_POINTER) << std::hex << hr;
     if (Length() < 2) {
-      EXPECT_EQ(GetParam().reportsFailures, FAILED(hr)) << number << ": " << std::hex << hr;
+      EXPECT_EQ(GetParam().reportsFailures, FAILED(hr)) << std::hex << hr;
     }
   });
   EXPECT_LT(10, failures);

@@ -4,8 +4,8 @@
 
 #include "engine/CopyCommand.h"
 #include "engine/EngineFixture.h"
-#include "engine/HeapPatches.h"
 #include "engine/OpenCommand.h"
+#include "support/HeapBalance.h"
 #include "support/LogCapture.h"
 
 namespace {

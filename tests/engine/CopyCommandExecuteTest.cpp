@@ -9,8 +9,12 @@
 
 #include "engine/CopyCommand.h"
 #include "engine/EngineFixture.h"
-#include "engine/HeapPatches.h"
+#include "engine/HeapFailure.h"
+#include "support/AllocationFailure.h"
+#include "support/FirstLines.h"
 #include "support/HResult.h"
+#include "support/HeapBalance.h"
+#include "support/ImportPatch.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -138,7 +142,7 @@ TEST_F(CopyCommandExecuteTest, ARefusedSourceIsNotRead) {
   EXPECT_HRESULT(E_ACCESSDENIED, Run(*command));
   EXPECT_EQ(
       (Texts{"ERROR 0x80070005 URL '" + elsewhere.File("a.txt") + "' is not permitted.", "ERROR 0x80070005 " + kFailed}),
-      FirstLines(log));
+      FirstLines(log.Messages()));
   EXPECT_EQ("", Names());
   EXPECT_EQ("(null)", Text(command->GetSourceText()));
   EXPECT_EQ("(null)", Text(command->GetFolder()));
@@ -152,7 +156,7 @@ TEST_F(CopyCommandExecuteTest, ARefusedDestinationIsNotMade) {
   EXPECT_HRESULT(E_ACCESSDENIED, Run(*command));
   EXPECT_EQ((Texts{"ERROR 0x80070005 Destination folder '" + folder + "' doesn't have permission.",
                    "ERROR 0x80070005 " + kFailed}),
-            FirstLines(log));
+            FirstLines(log.Messages()));
   EXPECT_FALSE(FileExistsAt(folder));
 }
 
@@ -161,7 +165,8 @@ TEST_F(CopyCommandExecuteTest, ARefusedExtensionIsNotCopied) {
   const auto command = ReadElement(CopyElement(fixture.Source("a.bat"), fixture.PathElement()));
   const LogCapture log(false);
   EXPECT_HRESULT(E_ACCESSDENIED, Run(*command));
-  EXPECT_EQ((Texts{"ERROR 0x80070005 Extension 'bat' is not permitted.", "ERROR 0x80070005 " + kFailed}), FirstLines(log));
+  EXPECT_EQ((Texts{"ERROR 0x80070005 Extension 'bat' is not permitted.", "ERROR 0x80070005 " + kFailed}),
+            FirstLines(log.Messages()));
   EXPECT_EQ("", Names());
 }
 
@@ -175,7 +180,7 @@ TEST_F(CopyCommandExecuteTest, TheSourceIsCheckedBeforeTheDestinationAndThatBefo
   EXPECT_EQ(
       (Texts{"ERROR 0x80070005 URL 'C:\\forbidden\\a.bat' is not permitted.", "ERROR 0x80070005 " + kFailed,
              "ERROR 0x80070005 Destination folder 'C:\\forbidden' doesn't have permission.", "ERROR 0x80070005 " + kFailed}),
-      FirstLines(log));
+      FirstLines(log.Messages()));
 }
 
 struct ExtensionRow {
@@ -195,8 +200,8 @@ TEST_P(CopyCommandExtensionTest, IsThatOfTheFileName) {
   EXPECT_HRESULT(GetParam().refused ? E_ACCESSDENIED : S_OK, Run(*command));
   EXPECT_EQ(GetParam().refused ? "" : GetParam().source, Names());
   if (GetParam().refused) {
-    EXPECT_EQ(
-        std::string("ERROR 0x80070005 Extension '") + GetParam().refused + "' is not permitted.", FirstLines(log).at(0));
+    EXPECT_EQ(std::string("ERROR 0x80070005 Extension '") + GetParam().refused + "' is not permitted.",
+              FirstLines(log.Messages()).at(0));
   }
 }
 
@@ -232,7 +237,7 @@ TEST_F(CopyCommandExecuteTest, TheSecondRunChecksTheExtensionOfTheFileThatWasWri
   EXPECT_HRESULT(S_OK, Run(*command));
   const LogCapture log(false);
   EXPECT_HRESULT(E_ACCESSDENIED, Run(*command));
-  EXPECT_EQ("ERROR 0x80070005 Extension 'bin' is not permitted.", FirstLines(log).at(0));
+  EXPECT_EQ("ERROR 0x80070005 Extension 'bin' is not permitted.", FirstLines(log.Messages()).at(0));
   EXPECT_EQ("(null)", Text(command->GetSourceText()));
   EXPECT_EQ("(null)", Text(command->GetFolder()));
 }
@@ -269,10 +274,11 @@ TEST_F(CopyCommandExecuteTest, AFileInTheWayOfTheFolderIsAFailure) {
   fixture.WriteDestination("x", "");
   const auto command = ReadElement(CopyElement(fixture.Source("a.txt"), "<Path>" + fixture.Destination("x\\y") + "</Path>"));
   const LogCapture log(false);
-  const HRESULT hr = Run(*command);
-  EXPECT_TRUE(FAILED(hr));
-  EXPECT_EQ(hr, log.Entries().back().code);
-  EXPECT_EQ(kFailed, log.Entries().back().message);
+  EXPECT_HRESULT(static_cast<HRESULT>(0x80070003), Run(*command));
+  EXPECT_EQ((Texts{"ERROR 0x80070003 Failed to create path '" + fixture.Destination("x\\y") + "'.",
+                   "ERROR 0x80070003 " + kFailed}),
+            log.Messages());
+  EXPECT_EQ("", ReadWholeFile(fixture.Destination("x")));
 }
 
 TEST_F(CopyCommandExecuteTest, AMissingSourceIsAFailureThatStillNamesTheFile) {
@@ -291,7 +297,7 @@ TEST_F(CopyCommandExecuteTest, AMissingSourceIsAFailureThatStillNamesTheFile) {
 TEST_F(CopyCommandExecuteTest, ASourceWithoutAFileNameCopiesNothing) {
   const auto command =
       ReadElement(CopyElement(fixture.source.Path() + "\\", "<FileName>a.txt</FileName>" + fixture.PathElement()));
-  EXPECT_TRUE(FAILED(Run(*command)));
+  EXPECT_HRESULT(E_ACCESSDENIED, Run(*command));
   EXPECT_EQ("", Names());
 }
 
@@ -328,11 +334,11 @@ TEST_F(CopyCommandExecuteTest, EveryAllocationThatFailsIsAFailureOrAWholeFile) {
     command->SetWrittenFile(fixture.Destination("a.txt").c_str());
     DeleteFileA(fixture.Destination("a.txt").c_str());
   };
-  const int failures = FailEachAllocation(prepare, run, [&](int number) {
-    EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY) << number << ": " << std::hex << hr;
-    EXPECT_EQ(hr == S_OK ? "a.txt" : "", Names()) << number;
+  const int failures = ForEachFailedAllocation(prepare, run, [&] {
+    EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY) << std::hex << hr;
+    EXPECT_EQ(hr == S_OK ? "a.txt" : "", Names());
     if (hr == S_OK) {
-      EXPECT_EQ("new", ReadWholeFile(fixture.Destination("a.txt"))) << number;
+      EXPECT_EQ("new", ReadWholeFile(fixture.Destination("a.txt")));
     }
   });
   EXPECT_LT(3, failures);

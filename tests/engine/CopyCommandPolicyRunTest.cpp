@@ -179,7 +179,7 @@ TEST_F(CopyCommandExistingFileTest, ThatIsAFolderIsNeverReplaced) {
   ASSERT_TRUE(DeleteFileA(destination.c_str()));
   ASSERT_TRUE(CreateDirectoryA(destination.c_str(), nullptr));
   for (const char* policy : {kOverwrite, kOverwriteByForce, kRename}) {
-    EXPECT_TRUE(FAILED(ReadAndRun(policy))) << policy;
+    EXPECT_HRESULT(E_ACCESSDENIED, ReadAndRun(policy)) << policy;
     EXPECT_EQ("a.txt", Names()) << policy;
     EXPECT_TRUE(AttributesOf(destination) & FILE_ATTRIBUTE_DIRECTORY) << policy;
   }

@@ -7,9 +7,12 @@
 
 #include "engine/CopyCommand.h"
 #include "engine/EngineFixture.h"
-#include "engine/HeapPatches.h"
+#include "engine/HeapFailure.h"
+#include "support/AllocationFailure.h"
 #include "support/FakeXml.h"
 #include "support/HResult.h"
+#include "support/HeapBalance.h"
+#include "support/ImportPatch.h"
 #include "support/LogCapture.h"
 #include "transfer/Transfer.h"
 
@@ -348,10 +351,9 @@ TEST(CopyCommandReadTest, EveryAllocationThatFailsLeavesACommandThatCanBeDeleted
       CopyElement(kWebSource, "<FileName>a.txt</FileName><Path>C:\\apps</Path>", "<NotFoundHTML>none</NotFoundHTML>"));
   const LogCapture log(false);
   HRESULT hr = E_UNEXPECTED;
-  const int failures = FailEachAllocation([] {}, [&] { const CCopyCommand command(element.Get(), &hr); },
-                                          [&](int number) {
-    EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY || hr == E_POINTER) << number << ": " << std::hex << hr;
-  });
+  const int failures = ForEachFailedAllocation(
+      [] {}, [&] { const CCopyCommand command(element.Get(), &hr); },
+      [&] { EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY || hr == E_POINTER) << std::hex << hr; });
   EXPECT_LT(8, failures);
   EXPECT_HRESULT(S_OK, hr);
 }

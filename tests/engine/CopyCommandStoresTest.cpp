@@ -6,10 +6,15 @@
 #include <shlobj.h>
 #include <wininet.h>
 
+#include <cstring>
+#include <set>
+
 #include "engine/CopyCommand.h"
 #include "engine/EngineFixture.h"
-#include "engine/HeapPatches.h"
+#include "support/AllocationFailure.h"
+#include "support/FirstLines.h"
 #include "support/HResult.h"
+#include "support/ImportPatch.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -119,14 +124,66 @@ TEST_F(CopyCommandCacheTest, ACacheThatIsNotPermittedGetsNothing) {
   EXPECT_HRESULT(E_ACCESSDENIED, command->Execute(0, permissions.get(), nullptr));
 }
 
+// Keeps the path of the file that the Internet cache made last.
+class MadeCacheFile {
+ public:
+  // A plain buffer: nothing else may be allocated while memory runs out.
+  char path[MAX_PATH] = "";
+
+ private:
+  ImportedFunction<struct CreateUrlCacheEntryAImport, decltype(&::CreateUrlCacheEntryA)> entries{
+      "CreateUrlCacheEntryA", [this](auto original, LPCSTR url, DWORD size, LPCSTR extension, LPSTR file, DWORD reserved) {
+        const BOOL isMade = original(url, size, extension, file, reserved);
+        lstrcpynA(path, file, MAX_PATH);
+        return isMade;
+      }};
+};
+
 TEST_F(CopyCommandCacheTest, ANameOfTheCacheThatCannotBeKeptIsAFailure) {
   const LogCapture log(false);
+  const MadeCacheFile made;
   HRESULT hr = E_UNEXPECTED;
-  const int failures = FailEachAllocation([&] { Read("<InternetCache/>"); }, [&] { hr = Run(); },
-                                          [&](int number) {
-    EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY || hr == E_INVALIDARG) << number << ": " << std::hex << hr;
-  });
+  int refusals = 0;
+  {
+    // The only text that is as long as the path is its copy.
+    PATCH_IMPORT(heap, HeapAlloc, [&](auto original, HANDLE from, DWORD flags, SIZE_T size) -> void* {
+      if (refusals > 0 || made.path[0] == '\0' || size != std::strlen(made.path) + 1)
+        return original(from, flags, size);
+      ++refusals;
+      return nullptr;
+    });
+    hr = Run();
+  }
+  EXPECT_EQ(1, refusals);
+  EXPECT_HRESULT(E_INVALIDARG, hr);
+  EXPECT_EQ("ERROR 0x80070057 'Copy' command failed.", log.Messages().back());
+  EXPECT_EQ("(null)", Text(command->GetFolder()));
+  EXPECT_FALSE(FileExistsAt(made.path));
+  EXPECT_EQ("", CachedFile(source));
+}
+
+TEST_F(CopyCommandCacheTest, EveryAllocationThatFailsIsAFailureOrAnEntryOfTheCache) {
+  const LogCapture log(false);
+  const MadeCacheFile made;
+  HRESULT hr = E_UNEXPECTED;
+  std::set<HRESULT> results;
+  const auto prepare = [&] {
+    DeleteUrlCacheEntryA(source.c_str());
+    Read("<InternetCache/>");
+  };
+  const int failures = ForEachFailedAllocation(
+      prepare, [&] { hr = Run(); },
+      [&] {
+    results.insert(hr);
+    EXPECT_EQ(hr == S_OK ? made.path : "", CachedFile(source));
+    EXPECT_EQ(hr == S_OK, FileExistsAt(made.path));
+    if (hr == S_OK) {
+      EXPECT_EQ("new", ReadWholeFile(made.path));
+    }
+      });
   EXPECT_LT(3, failures);
+  // Without the cache's name there is no destination, without the names of what was written there is nothing to tell.
+  EXPECT_EQ((std::set<HRESULT>{S_OK, E_OUTOFMEMORY, E_INVALIDARG}), results);
   EXPECT_HRESULT(S_OK, hr);
 }
 
@@ -218,7 +275,7 @@ TEST_F(CopyCommandCookieTest, ItsExtensionIsCheckedAsAWhole) {
   Read("<Cookie><Extension>b.txt</Extension></Cookie>");
   const LogCapture log(false);
   EXPECT_HRESULT(E_ACCESSDENIED, Run());
-  EXPECT_EQ("ERROR 0x80070005 Extension 'b.txt' is not permitted.", FirstLines(log).at(0));
+  EXPECT_EQ("ERROR 0x80070005 Extension 'b.txt' is not permitted.", FirstLines(log.Messages()).at(0));
   EXPECT_TRUE(calls.empty());
 }
 

@@ -3,7 +3,6 @@
 #include "common/Windows.h"
 
 #include <gtest/gtest.h>
-#include <wininet.h>
 
 #include "support/HResult.h"
 #include "support/LogCapture.h"
@@ -36,20 +35,6 @@ std::string CopyFixture::WriteSource(const std::string& name, const std::string&
 std::string CopyFixture::WriteDestination(const std::string& name, const std::string& content) const {
   WriteWholeFile(Destination(name), content);
   return Destination(name);
-}
-
-std::string CachedFile(const std::string& url) {
-  alignas(INTERNET_CACHE_ENTRY_INFOA) char buffer[4096];
-  DWORD size = sizeof(buffer);
-  auto* const entry = reinterpret_cast<INTERNET_CACHE_ENTRY_INFOA*>(buffer);
-  return GetUrlCacheEntryInfoA(url.c_str(), entry, &size) ? entry->lpszLocalFileName : "";
-}
-
-std::vector<std::string> FirstLines(const LogCapture& log) {
-  std::vector<std::string> lines;
-  for (const std::string& message : log.Messages())
-    lines.push_back(message.substr(0, message.find("\r\n")));
-  return lines;
 }
 
 std::vector<std::string> DumpChain(const CListItem* chain) {

@@ -6,6 +6,7 @@
 
 #include "common/ListItem.h"
 #include "permissions/Permissions.h"
+#include "support/CachedFile.h"
 #include "support/Files.h"
 #include "support/LogCapture.h"
 #include "support/PermitFile.h"
@@ -41,12 +42,6 @@ class CopyFixture {
   TemporaryFolder destination;
   std::unique_ptr<CPermissions> permissions;
 };
-
-// The file that the Internet cache holds for a URL; empty when it holds none.
-std::string CachedFile(const std::string& url);
-
-// The first line of each of the log's messages: refusals list below theirs what would be permitted.
-std::vector<std::string> FirstLines(const LogCapture& log);
 
 // What the chain's items write into the log, one text each. Not for use beside another LogCapture.
 std::vector<std::string> DumpChain(const CListItem* chain);

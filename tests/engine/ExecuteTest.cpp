@@ -4,10 +4,13 @@
 
 #include "common/ModulePath.h"
 #include "engine/EngineFixture.h"
-#include "engine/HeapPatches.h"
+#include "engine/HeapFailure.h"
 #include "engine/Manifest.h"
 #include "log/LogFile.h"
+#include "support/FirstLines.h"
 #include "support/HResult.h"
+#include "support/HeapBalance.h"
+#include "support/ImportPatch.h"
 #include "support/LogCapture.h"
 #include "transfer/DocumentType.h"
 
@@ -17,18 +20,10 @@ using Texts = std::vector<std::string>;
 
 constexpr HRESULT kFileNotFound = static_cast<HRESULT>(0x80070002);
 
-// The log of that name, as the messages of LogCapture.
+// The log of that name: the first lines of its messages.
 Texts MessagesOf(const std::string& logName) {
-  Texts messages;
   const std::string path = LogCapture::PathOf(logName);
-  for (const LogEntry& entry : LogCapture::Parse(FileExistsAt(path) ? ReadWholeFile(path) : "")) {
-    char code[16] = "";
-    if (entry.code != S_OK)
-      wsprintfA(code, "0x%08x ", entry.code);
-    if (!entry.message.empty())
-      messages.push_back(entry.level + " " + code + entry.message.substr(0, entry.message.find("\r\n")));
-  }
-  return messages;
+  return FirstLines(LogCapture::MessagesOf(LogCapture::Parse(FileExistsAt(path) ? ReadWholeFile(path) : "")));
 }
 
 // A permission file, a source folder with manifests, and a destination. The logs of earlier tests are gone.
@@ -183,12 +178,15 @@ TEST_F(ExecuteTest, AManifestThatCannotBeMadeIsItsFailure) {
 
 TEST_F(ExecuteTest, AManifestThatCannotBeAllocatedIsReported) {
   CExecuter executer(0, nullptr);
-  const std::string manifest = Write("first.xml", "");
-  ASSERT_LT(sizeof(CManifest), fixture.source.Path().size()) << "its texts could be taken for the object";
+  // No text of the run may be as long as the object is large: all are longer than this folder's name, or short.
+  const std::string folder = std::string(2 * sizeof(CManifest), 'f');
+  ASSERT_TRUE(CreateDirectoryA(fixture.Source(folder).c_str(), nullptr));
+  const std::string manifest = Write(folder + "\\first.xml", "");
   const std::wstring url = Wide(manifest);
   HRESULT hr = S_OK;
   HeapFailure failure = HeapFailure::OfSize(sizeof(CManifest));
   failure.Run([&] { hr = executer.Run(url.c_str(), nullptr); });
+  EXPECT_EQ(1, failure.Failures());
   EXPECT_HRESULT(E_OUTOFMEMORY, hr);
   EXPECT_EQ(Texts{"ERROR 0x8007000e Failed to create a manifest from " + manifest + "."}, MessagesOf("first"));
 }

@@ -7,8 +7,9 @@
 #include <wininet.h>
 
 #include "engine/EngineFixture.h"
-#include "engine/HeapPatches.h"
+#include "support/AllocationFailure.h"
 #include "support/HResult.h"
+#include "support/ImportPatch.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -301,9 +302,9 @@ TEST_F(OpenCommandTest, EveryAllocationThatFailsIsAFailureOrAnOpenedFile) {
     shellCalls = 0;
   };
   const auto run = [&] { hr = command->Execute(0, fixture.permissions.get(), nullptr); };
-  const int failures = FailEachAllocation(prepare, run, [&](int number) {
-    EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY) << number << ": " << std::hex << hr;
-    EXPECT_EQ(hr == S_OK ? 1 : 0, shellCalls) << number;
+  const int failures = ForEachFailedAllocation(prepare, run, [&] {
+    EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY) << std::hex << hr;
+    EXPECT_EQ(hr == S_OK ? 1 : 0, shellCalls);
   });
   EXPECT_LT(3, failures);
 }

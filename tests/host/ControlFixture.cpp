@@ -4,6 +4,8 @@
 
 #include <wininet.h>
 
+#include "support/FirstLines.h"
+
 ModuleTest::ModuleTest() : module(installed.Path()) {
   DeleteLogs();
 }
@@ -36,10 +38,7 @@ std::string ModuleTest::LastMessage(const std::string& log) {
 }
 
 Lines ModuleTest::Heads(const std::string& log) {
-  Lines heads = Messages(log);
-  for (std::string& message : heads)
-    message = message.substr(0, message.find("\r\n"));
-  return heads;
+  return FirstLines(Messages(log));
 }
 
 Codes ModuleTest::ErrorTraces(const std::string& log) {

@@ -1,24 +1,38 @@
 #pragma once
 
+#include <set>
+
 #include "support/ImportPatch.h"
 
-// Counts the blocks of the process heap that were taken since the object was made and have not been given back.
+// What a module took from the process heap and has not given back, from the construction on. Without a module that is the
+// program itself, whose own objects count as well: keep what is measured in a block of its own.
 class HeapBalance {
  public:
-  HeapBalance() { outstanding = 0; }  // the second patch takes memory, too
-  int Outstanding() const { return outstanding; }
+  explicit HeapBalance(HMODULE module = nullptr)
+      : allocations(
+            "HeapAlloc",
+            [this](auto original, auto... arguments) {
+    void* const memory = original(arguments...);
+    if (memory)
+      outstanding.insert(memory);
+    return memory;
+            },
+            module),
+  frees(
+      "HeapFree",
+      [this](auto original, HANDLE heap, DWORD flags, void* memory) {
+    outstanding.erase(memory);
+    return original(heap, flags, memory);
+      },
+      module) {
+    std::set<void*> ownBlocks;  // of the second patch
+    ownBlocks.swap(outstanding);
+  }
+
+  int Outstanding() const { return static_cast<int>(outstanding.size()); }
 
  private:
-  int outstanding = 0;
-  ImportedFunction<struct BalancedAlloc, decltype(&::HeapAlloc)> allocations{
-      "HeapAlloc", [this](auto original, auto... arguments) {
-        void* const memory = original(arguments...);
-        outstanding += memory ? 1 : 0;
-        return memory;
-      }};
-  ImportedFunction<struct BalancedFree, decltype(&::HeapFree)> frees{
-      "HeapFree", [this](auto original, HANDLE heap, DWORD flags, void* memory) {
-        outstanding -= memory ? 1 : 0;
-        return original(heap, flags, memory);
-      }};
+  std::set<void*> outstanding;
+  ImportedFunction<struct HeapAllocImport, decltype(&::HeapAlloc)> allocations;
+  ImportedFunction<struct HeapFreeImport, decltype(&::HeapFree)> frees;
 };
