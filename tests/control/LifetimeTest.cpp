@@ -75,8 +75,11 @@ TEST_F(LifetimeTest, ControlsHavePropertiesOfTheirOwnAndShareDebugLogging) {
 TEST_F(LifetimeTest, PermissionsAreReadOnceForEachControl) {
   installed.WritePermit("http://127.0.0.1:1/", "C:\\Apps\\");
   EXPECT_HRESULT(S_OK, Execute(Copy("a.txt")));
-  EXPECT_HRESULT(E_ACCESSDENIED, module.CreateControl()->Execute(Serve("").Get()));
+  const auto newer = module.CreateControl();
+  EXPECT_HRESULT(E_ACCESSDENIED, newer->Execute(Serve("").Get()));
   EXPECT_HRESULT(S_OK, Execute(Copy("b.txt")));
+  EXPECT_HRESULT(E_ACCESSDENIED, newer->Execute(Serve("").Get()));
+  EXPECT_EQ("a.txt b.txt", NamesIn(destination.Path()));
 }
 
 TEST_F(LifetimeTest, TheSiteIsGivenBackWithTheControl) {
@@ -93,13 +96,13 @@ class ClingingSite : public FakeSite {
  public:
   using FakeSite::FakeSite;
   ULONG WINAPI Release() override {
-    if (clinging) {
-      clinging->AddRef();
+    // Where the count begins anew, the reference given back would destroy the control again, in the middle of its end.
+    if (clinging && (countSeen = clinging->AddRef()) > 1)
       clinging->Release();
-    }
     return FakeSite::Release();
   }
   IUnknown* clinging = nullptr;
+  ULONG countSeen = 0;
 };
 
 TEST_F(LifetimeTest, AReferenceTakenWhileTheControlGoesAwayDoesNotDestroyItTwice) {
@@ -108,6 +111,7 @@ TEST_F(LifetimeTest, AReferenceTakenWhileTheControlGoesAwayDoesNotDestroyItTwice
   EXPECT_HRESULT(S_OK, As<IObjectWithSite>()->SetSite(site.Unknown()));
   site.clinging = control.Get();
   control.Reset();
+  EXPECT_EQ(2u, site.countSeen);
   EXPECT_EQ(0, site.References());
   EXPECT_HRESULT(S_OK, module.CanUnloadNow());
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "host/Apartments.h"
 #include "host/ControlFixture.h"
 #include "host/RegistryKeys.h"
 #include "support/ImportPatch.h"
@@ -160,29 +161,23 @@ TEST_F(RegistrationTest, RegistrationKeepsNothingLoaded) {
   EXPECT_TRUE(DeleteFileA(installed.Path().c_str())) << GetLastError();
 }
 
-// A thread on which nobody has initialised COM, as an installer's may be.
-struct InstallerThread {
-  const LoadedModule& module;
-  HRESULT registered = E_UNEXPECTED;
-  HRESULT unregistered = E_UNEXPECTED;
+// An installer's thread may have initialised COM in either way, or not at all.
+class RegistrationApartmentTest : public RegistrationTest, public testing::WithParamInterface<Apartment> {};
 
-  static DWORD WINAPI Run(void* argument) {
-    auto* const self = static_cast<InstallerThread*>(argument);
-    self->registered = self->module.RegisterServer();
-    self->unregistered = self->module.UnregisterServer();
-    return 0;
-  }
-};
-
-TEST_F(RegistrationTest, AThreadWithoutComCanRegister) {
-  InstallerThread installer{module};
-  const HANDLE thread = CreateThread(nullptr, 0, InstallerThread::Run, &installer, 0, nullptr);
-  ASSERT_NE(nullptr, thread);
-  EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(thread, INFINITE));
-  CloseHandle(thread);
-  EXPECT_HRESULT(S_OK, installer.registered);
-  EXPECT_HRESULT(S_OK, installer.unregistered);
+TEST_P(RegistrationApartmentTest, IsLeftAsItWas) {
+  InThread(GetParam(), [&] {
+    EXPECT_HRESULT(S_OK, module.RegisterServer());
+    ExpectApartment(GetParam());
+    EXPECT_EQ(ScriptEntries(installed.Path()), DumpClassKeys());
+    EXPECT_HRESULT(S_OK, module.UnregisterServer());
+    ExpectApartment(GetParam());
+    EXPECT_EQ(Lines{}, DumpClassKeys());
+  });
 }
+
+INSTANTIATE_TEST_SUITE_P(Apartments, RegistrationApartmentTest,
+                         testing::Values(Apartment::SingleThreaded, Apartment::MultiThreaded, Apartment::None),
+                         [](const auto& row) { return NameOf(row.param); });
 
 // A host that knows the control by its name only; the module is loaded by the system, from where it is registered.
 class RegisteredControlTest : public ControlTest {

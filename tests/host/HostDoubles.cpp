@@ -55,6 +55,7 @@ HRESULT FakeBag::QueryInterface(REFIID iid, void** object) {
 
 HRESULT FakeBag::Read(LPCOLESTR name, VARIANT* value, IErrorLog* errorLog) {
   asked.push_back(std::string(name, name + wcslen(name)));
+  offered.push_back(Show(*value));
   errors = errorLog;
   const auto found = properties.find(name);
   return found == properties.end() ? E_INVALIDARG : VariantCopy(value, found->second.Get());

@@ -119,6 +119,7 @@ class FakeBag : public IPropertyBag {
 
   std::map<std::wstring_view, Variant> properties;
   std::vector<std::string> asked;    // the names that were read
+  std::vector<std::string> offered;  // what came with each of them, as "type text"
   std::vector<std::string> written;  // as "name type text"
   std::wstring_view unwritable;      // the name that cannot be written
   IErrorLog* errors = nullptr;       // that came with the last read

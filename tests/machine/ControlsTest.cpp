@@ -1,57 +1,13 @@
-// Several controls in one process, and the apartments that they live in.
+// The threads and the apartments that controls live in.
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <thread>
-
+#include "host/Apartments.h"
 #include "host/ControlFixture.h"
 
 using Microsoft::WRL::ComPtr;
 
 namespace {
-
-using ControlsTest = ControlTest;
-
-TEST_F(ControlsTest, TheOlderOutlivesTheNewer) {
-  ComPtr<IAXNorvik> newer = module.CreateControl();
-  EXPECT_HRESULT(S_OK, newer->Execute(Serve(Copy("newer.txt")).Get()));
-  newer.Reset();
-  EXPECT_HRESULT(S_OK, Execute(Copy("older.txt")));
-  EXPECT_EQ("newer.txt older.txt", NamesIn(destination.Path()));
-}
-
-TEST_F(ControlsTest, TheNewerOutlivesTheOlder) {
-  ComPtr<IAXNorvik> newer = module.CreateControl();
-  EXPECT_HRESULT(S_OK, Execute(Copy("older.txt")));
-  control.Reset();
-  EXPECT_HRESULT(S_OK, newer->Execute(Serve(Copy("newer.txt")).Get()));
-  EXPECT_EQ("newer.txt older.txt", NamesIn(destination.Path()));
-}
-
-TEST_F(ControlsTest, EachHasThePermissionsOfItsTime) {
-  installed.WritePermit("http://127.0.0.1:1/", "C:\\Apps\\");
-  ComPtr<IAXNorvik> newer = module.CreateControl();
-  const BString url = Serve(Copy("a.txt"));
-  EXPECT_HRESULT(E_ACCESSDENIED, newer->Execute(url.Get()));
-  EXPECT_HRESULT(S_OK, control->Execute(url.Get()));
-  EXPECT_HRESULT(E_ACCESSDENIED, newer->Execute(url.Get()));
-}
-
-enum class Apartment { SingleThreaded, MultiThreaded, None };
-
-// A thread of a host, with all that the host does there.
-void InThread(Apartment apartment, const std::function<void()>& work) {
-  std::thread([&] {
-    HRESULT entered = E_FAIL;
-    if (apartment != Apartment::None)
-      entered =
-          CoInitializeEx(nullptr, apartment == Apartment::SingleThreaded ? COINIT_APARTMENTTHREADED : COINIT_MULTITHREADED);
-    work();
-    if (SUCCEEDED(entered))
-      CoUninitialize();
-  }).join();
-}
 
 class ApartmentTest : public ControlTest, public testing::WithParamInterface<Apartment> {};
 
@@ -74,31 +30,15 @@ TEST_P(ApartmentTest, TheApartmentOfTheHostIsLeftAsItWas) {
   control.Reset();
   InThread(GetParam(), [&] {
     module.CreateControl().Reset();
-    const HRESULT again = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    switch (GetParam()) {
-      case Apartment::SingleThreaded:
-        EXPECT_HRESULT(S_FALSE, again);
-        break;
-      case Apartment::MultiThreaded:
-        EXPECT_HRESULT(RPC_E_CHANGED_MODE, again);
-        break;
-      case Apartment::None:
-        EXPECT_HRESULT(S_OK, again);
-        break;
-    }
-    if (SUCCEEDED(again))
-      CoUninitialize();
+    ExpectApartment(GetParam());
   });
 }
 
 INSTANTIATE_TEST_SUITE_P(Apartments, ApartmentTest,
                          testing::Values(Apartment::SingleThreaded, Apartment::MultiThreaded, Apartment::None),
-                         [](const auto& row) {
-  return row.param == Apartment::SingleThreaded ? "SingleThreaded"
-         : row.param == Apartment::MultiThreaded
-             ? "MultiThreaded"
-             : "None";
-});
+                         [](const auto& row) { return NameOf(row.param); });
+
+using ControlsTest = ControlTest;
 
 TEST_F(ControlsTest, ControlsOfSeveralThreadsTakeTurns) {
   const BString first = Serve(Copy("a.txt"));
