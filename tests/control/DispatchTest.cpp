@@ -108,7 +108,7 @@ TEST_F(DispatchTest, AMembersFailureReachesTheScript) {
 }
 
 TEST_F(DispatchTest, AFailedCommandIsNoFailureForTheScript) {
-  EXPECT_TRUE(SUCCEEDED(Call(kExecute, {Manifest(CopyRefused() + Copy("b.txt"))}).code));
+  EXPECT_HRESULT(S_OK, Call(kExecute, {Manifest(CopyRefused() + Copy("b.txt"))}).code);
   EXPECT_EQ("b.txt", NamesIn(destination.Path()));
   EXPECT_EQ("ERROR At least one command failed during the 'Execute' or 'ExecuteNavigate' method.", LastMessage(kRunLog));
 }

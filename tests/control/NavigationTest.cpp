@@ -164,6 +164,11 @@ const FailingStep kFailingSteps[] = {
     {"NoBrowserService", [](FakeSite& site, FakeBrowser&) { site.serviceCode = E_NOINTERFACE; }, E_NOINTERFACE},
     {"TheBrowserServiceFails", [](FakeSite& site, FakeBrowser&) { site.serviceCode = kStepFailure; }, kStepFailure},
     {"TheBrowserServiceIsNothing", [](FakeSite& site, FakeBrowser&) { site.isServiceNull = true; }, E_NOINTERFACE},
+    // Nothing, called a success of another kind.
+    {"TheClientSiteIsNothing", [](FakeSite& site, FakeBrowser&) { site.clientSiteCode = S_FALSE; }, E_NOINTERFACE},
+    {"TheServicesAreNothing", [](FakeSite& site, FakeBrowser&) { site.providerCode = S_FALSE; }, E_NOINTERFACE},
+    {"TheBrowserServiceIsFalse", [](FakeSite& site, FakeBrowser&) { site.serviceCode = S_FALSE; }, E_NOINTERFACE},
+    {"TheBrowserIsNothing", [](FakeSite&, FakeBrowser& browser) { browser.queryCode = S_FALSE; }, E_NOINTERFACE},
     {"NotABrowser", [](FakeSite&, FakeBrowser& browser) { browser.queryCode = E_NOINTERFACE; }, E_NOINTERFACE},
     {"TheBrowserFailsToShowItself", [](FakeSite&, FakeBrowser& browser) { browser.queryCode = kStepFailure; }, kStepFailure},
     {"TheBrowserRefusesToGo", [](FakeSite&, FakeBrowser& browser) { browser.Answer("Navigate", kStepFailure); },

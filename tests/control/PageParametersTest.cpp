@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "host/ControlFixture.h"
 #include "host/HostDoubles.h"
 
@@ -80,6 +82,33 @@ TEST_F(PageParametersTest, ALaterSiteFindsNothingLeft) {
   EXPECT_HRESULT(S_OK, SetSite(nullptr));
   EXPECT_HRESULT(S_OK, SetSite(site.Unknown()));
   EXPECT_EQ(Lines{FileUrl("page.htm")}, browser.urls);
+}
+
+// A browser that gives the control its site again while it navigates.
+class ReturningBrowser : public FakeBrowser {
+ public:
+  HRESULT WINAPI Navigate(BSTR url, VARIANT* flags, VARIANT* targetFrame, VARIANT* postData, VARIANT* headers) override {
+    const HRESULT hr = FakeBrowser::Navigate(url, flags, targetFrame, postData, headers);
+    if (urls.size() < 3)
+      comeBack();
+    return hr;
+  }
+  std::function<void()> comeBack;
+};
+
+TEST_F(PageParametersTest, ABrowserThatComesBackWhileItNavigatesIsSentOnce) {
+  ReturningBrowser returning;
+  FakeSite returningSite(&returning);
+  int returns = 0;
+  returning.comeBack = [&] {
+    ++returns;
+    EXPECT_HRESULT(S_OK, SetSite(returningSite.Unknown()));
+  };
+  EXPECT_HRESULT(S_OK, LoadManifest(OpenInBrowser("page.htm")));
+  EXPECT_HRESULT(S_OK, SetSite(returningSite.Unknown()));
+  EXPECT_EQ(Lines{FileUrl("page.htm")}, returning.urls);
+  EXPECT_EQ(1, returns);
+  EXPECT_HRESULT(S_OK, SetSite(nullptr));
 }
 
 TEST_F(PageParametersTest, ASiteThatWasThereBeforeTheLoadIsNotUsed) {

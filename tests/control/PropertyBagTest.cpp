@@ -28,6 +28,16 @@ TEST_F(PropertyBagTest, AllPropertiesAreAskedForInTheirOrder) {
   EXPECT_EQ((Lines{"_cx", "_cy", "ManifestURL", "LogDebug"}), bag.asked);
 }
 
+// A bag may convert its text to the type that it is offered, and tell a property that it lacks by the value.
+TEST_F(PropertyBagTest, EveryPropertyIsOfferedAsItsTypeWithItsValue) {
+  bag.properties = {{L"_cx", Variant::Unsigned(7)}, {L"_cy", Variant::Unsigned(9)}};
+  EXPECT_HRESULT(S_OK, Load(&bag));
+  EXPECT_EQ((Lines{"19 0", "19 0", "8 ", "11 0"}), bag.offered);
+  FakeBag again;
+  EXPECT_HRESULT(S_OK, Load(&again));
+  EXPECT_EQ((Lines{"19 7", "19 9", "8 ", "11 0"}), again.offered);
+}
+
 TEST_F(PropertyBagTest, TheFirstValuesAreWrittenBack) {
   EXPECT_EQ((Lines{"_cx 19 0", "_cy 19 0", "ManifestURL 8 ", "LogDebug 11 1"}), Saved());
 }

@@ -219,6 +219,37 @@ TEST_F(RegistrationTableTest, AKeyThatCannotBeDeletedIsTold) {
       (Lines{"Norvik.AXNorvik = Quorvane ActiveX Control", "Norvik.AXNorvik\\CurVer = Norvik.AXNorvik.1"}), DumpClassKeys());
 }
 
+TEST_F(RegistrationTableTest, OfSeveralKeysThatCannotBeDeletedTheFirstIsTold) {
+  EXPECT_HRESULT(S_OK, module.RegisterServer());
+  Lines deleted;
+  {
+    PATCH_IMPORT(
+        deleting, RegDeleteKeyA,
+        [&deleted](auto original, HKEY root, const char* key) -> LONG {
+          deleted.push_back(key);
+          if (key == ClassKey() + "\\TypeLib")
+            return ERROR_ACCESS_DENIED;
+          return std::string(key) == "Norvik.AXNorvik\\CLSID" ? ERROR_DISK_FULL : original(root, key);
+        },
+        module.Handle());
+    EXPECT_HRESULT(kDiskFull, module.UnregisterServer());
+  }
+  EXPECT_EQ(static_cast<std::size_t>(kRowCount), deleted.size());
+  EXPECT_EQ(ClassKey(), deleted.back());
+}
+
+TEST_F(RegistrationTableTest, WhatCannotBeTakenBackDoesNotHideWhyTheWritingFailed) {
+  PATCH_IMPORT(
+      values, RegSetValueExA,
+      [call = 0](auto original, auto... arguments) mutable -> LONG {
+        return ++call == kValueCount ? ERROR_DISK_FULL : original(arguments...);
+      },
+      module.Handle());
+  PATCH_IMPORT(
+      deleting, RegDeleteKeyA, [](auto, auto...) -> LONG { return ERROR_ACCESS_DENIED; }, module.Handle());
+  EXPECT_HRESULT(kDiskFull, module.RegisterServer());
+}
+
 // The registrar works; what comes with it does not.
 class FailingLibraryTest : public ModuleTest {
  protected:
@@ -251,6 +282,31 @@ TEST_F(FailingLibraryTest, TheDeletedRowsAloneDecideOnTheResultOfTheUnregistrati
   }
   EXPECT_EQ(Lines{}, DumpClassKeys());
   EXPECT_NE(Lines{}, DumpClassKey(LibraryKey()));
+}
+
+// How many keys of the table an unregistration asks to be deleted while the type library cannot be taken away.
+int DeletionsWithoutTheLibrary(const LoadedModule& module) {
+  int deletions = 0;
+  PATCH_IMPORT(
+      library, UnRegisterTypeLib, [](auto, auto...) -> HRESULT { return TYPE_E_REGISTRYACCESS; }, module.Handle());
+  PATCH_IMPORT(
+      deleting, RegDeleteKeyA,
+      [&deletions](auto original, auto... arguments) {
+    ++deletions;
+    return original(arguments...);
+      },
+      module.Handle());
+  EXPECT_HRESULT(S_OK, module.UnregisterServer());
+  return deletions;
+}
+
+TEST_F(FailingLibraryTest, ALibraryThatStaysRegisteredIsAFailureOfTheScript) {
+  EXPECT_HRESULT(S_OK, module.RegisterServer());
+  EXPECT_EQ(kRowCount, DeletionsWithoutTheLibrary(module));
+}
+
+TEST_F(FailingLibraryTest, ALibraryThatWasNotRegisteredIsNoFailureOfTheScript) {
+  EXPECT_EQ(0, DeletionsWithoutTheLibrary(module));
 }
 
 TEST_F(FailingLibraryTest, AModuleWithoutAPathWritesTheTable) {

@@ -60,6 +60,31 @@ TEST_F(UnregisteredControlTest, WithoutTheModulesPathThereIsNoTypeLibrary) {
   ExpectNoTypeLibrary(TYPE_E_CANTLOADLIBRARY);
 }
 
+// The system cuts a path that is too long, and says that it filled the buffer.
+TEST_F(UnregisteredControlTest, APathThatDoesNotFitGivesNoTypeLibrary) {
+  PATCH_IMPORT(
+      path, GetModuleFileNameW,
+      [](auto original, HMODULE handle, wchar_t* buffer, DWORD size) -> DWORD {
+        EXPECT_LT(0u, original(handle, buffer, size));
+        return size;
+      },
+      module.Handle());
+  ExpectNoTypeLibrary(TYPE_E_CANTLOADLIBRARY);
+}
+
+TEST_F(UnregisteredControlTest, APathThatJustFitsIsTaken) {
+  PATCH_IMPORT(
+      path, GetModuleFileNameW,
+      [](auto original, HMODULE handle, wchar_t* buffer, DWORD size) -> DWORD {
+        EXPECT_LT(0u, original(handle, buffer, size));
+        return size - 1;
+      },
+      module.Handle());
+  DISPID id = 99;
+  EXPECT_HRESULT(S_OK, FindExecute(id));
+  EXPECT_EQ(kExecute, id);
+}
+
 TEST_F(UnregisteredControlTest, TheLibraryIsLoadedOnce) {
   int loads = 0;
   PATCH_IMPORT(
