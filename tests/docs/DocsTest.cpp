@@ -22,9 +22,9 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-// The tests run in the folder of their build, two below the project's.
+// Wherever the program runs, its pages are those of the project that it was built from.
 std::string ReadPage(const std::string& name) {
-  return std::regex_replace(ReadWholeFile("..\\..\\" + name), std::regex("\r\n"), "\n");
+  return std::regex_replace(ReadWholeFile(NORVIK_PROJECT_FOLDER + name), std::regex("\r\n"), "\n");
 }
 
 // The blocks of a page that are marked with the language.
