@@ -52,9 +52,12 @@ TEST_F(PropertyBagTest, AnEmptyBagLeavesAllValuesAsTheyAre) {
 }
 
 TEST_F(PropertyBagTest, AnEmptyValueIsAsGoodAsNone) {
+  bag.properties = {
+      {L"_cx", Variant::Unsigned(1)}, {L"_cy", Variant::Unsigned(2)}, {L"LogDebug", Variant::Bool(VARIANT_TRUE)}};
+  EXPECT_HRESULT(S_OK, Load(&bag));
   bag.properties = {{L"_cx", Variant()}, {L"_cy", Variant()}, {L"ManifestURL", Variant()}, {L"LogDebug", Variant()}};
   EXPECT_HRESULT(S_OK, Load(&bag));
-  EXPECT_EQ((Lines{"_cx 19 0", "_cy 19 0", "ManifestURL 8 ", "LogDebug 11 1"}), Saved());
+  EXPECT_EQ((Lines{"_cx 19 1", "_cy 19 2", "ManifestURL 8 ", "LogDebug 11 -1"}), Saved());
 }
 
 TEST_F(PropertyBagTest, NoBagIsRefused) {

@@ -3,10 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cwchar>
+#include <optional>
 
+#include "control/Registrar.h"
 #include "host/Apartments.h"
 #include "host/ControlFixture.h"
 #include "host/RegistryKeys.h"
+#include "support/FakeXmlBase.h"
 #include "support/ImportPatch.h"
 
 using Microsoft::WRL::ComPtr;
@@ -165,6 +169,13 @@ TEST_F(RegistrationTest, RegistrationKeepsNothingLoaded) {
 class RegistrationApartmentTest : public RegistrationTest, public testing::WithParamInterface<Apartment> {};
 
 TEST_P(RegistrationApartmentTest, IsLeftAsItWas) {
+  PATCH_IMPORT(
+      deleting, RegDeleteKeyA,
+      [](auto original, HKEY root, const char* key) {
+    ADD_FAILURE() << "the registrar was not asked; the module deletes " << key << " itself";
+    return original(root, key);
+      },
+      module.Handle());
   InThread(GetParam(), [&] {
     EXPECT_HRESULT(S_OK, module.RegisterServer());
     ExpectApartment(GetParam());
@@ -178,6 +189,100 @@ TEST_P(RegistrationApartmentTest, IsLeftAsItWas) {
 INSTANTIATE_TEST_SUITE_P(Apartments, RegistrationApartmentTest,
                          testing::Values(Apartment::SingleThreaded, Apartment::MultiThreaded, Apartment::None),
                          [](const auto& row) { return NameOf(row.param); });
+
+// The system's registrar: keeps what it was told.
+class FakeRegistrar : public IRegistrar {
+ public:
+  Lines calls;
+  std::wstring quotedPath;
+  HRESULT replacementCode = S_OK;
+  int references = 0;
+
+  HRESULT WINAPI QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+  ULONG WINAPI AddRef() override { return static_cast<ULONG>(++references); }
+  ULONG WINAPI Release() override { return static_cast<ULONG>(--references); }
+
+  HRESULT WINAPI AddReplacement(const wchar_t* key, const wchar_t* item) override {
+    calls.push_back("replace " + NarrowOf(key));
+    quotedPath = item;
+    return replacementCode;
+  }
+  HRESULT WINAPI ResourceRegister(const wchar_t* file, UINT id, const wchar_t* type) override {
+    return Script("register ", file, id, type);
+  }
+  HRESULT WINAPI ResourceUnregister(const wchar_t* file, UINT id, const wchar_t* type) override {
+    return Script("unregister ", file, id, type);
+  }
+
+  FAKE_METHOD_REFUSED(ClearReplacements)
+  FAKE_METHOD_REFUSED(ResourceRegisterSz, const wchar_t*, const wchar_t*, const wchar_t*)
+  FAKE_METHOD_REFUSED(ResourceUnregisterSz, const wchar_t*, const wchar_t*, const wchar_t*)
+  FAKE_METHOD_REFUSED(FileRegister, const wchar_t*)
+  FAKE_METHOD_REFUSED(FileUnregister, const wchar_t*)
+  FAKE_METHOD_REFUSED(StringRegister, const wchar_t*)
+  FAKE_METHOD_REFUSED(StringUnregister, const wchar_t*)
+
+ private:
+  static std::string NarrowOf(const wchar_t* text) { return std::string(text, text + wcslen(text)); }
+
+  HRESULT Script(const std::string& task, const wchar_t* file, UINT id, const wchar_t* type) {
+    calls.push_back(task + NarrowOf(type) + " " + std::to_string(id) + " of " + NarrowOf(file));
+    return S_OK;
+  }
+};
+
+// The registrar is the test's own.
+class RegistrarTest : public RegistrationTest {
+ protected:
+  void TearDown() override {
+    creation.reset();
+    EXPECT_EQ(0, registrar.references);
+    RegistrationTest::TearDown();
+  }
+
+  FakeRegistrar registrar;
+  std::optional<ImportedFunction<struct CoCreateInstanceImport, decltype(&::CoCreateInstance)>> creation{
+      std::in_place, "CoCreateInstance",
+      [this](auto, REFCLSID, IUnknown* outer, DWORD context, REFIID, void** object) {
+    EXPECT_EQ(nullptr, outer);
+    EXPECT_EQ(DWORD{CLSCTX_INPROC_SERVER}, context);
+    registrar.AddRef();
+    *object = static_cast<IRegistrar*>(&registrar);
+    return S_OK;
+      },
+      module.Handle()};
+};
+
+TEST_F(RegistrarTest, IsToldThePathAndThenTheScript) {
+  const std::string script = "REGISTRY 100 of " + installed.Path();
+  EXPECT_HRESULT(S_OK, module.RegisterServer());
+  EXPECT_EQ((Lines{"replace MODULE", "register " + script}), registrar.calls);
+  EXPECT_EQ(Wide(installed.Path()), registrar.quotedPath);
+  registrar.calls.clear();
+  EXPECT_HRESULT(S_OK, module.UnregisterServer());
+  EXPECT_EQ((Lines{"replace MODULE", "unregister " + script}), registrar.calls);
+}
+
+TEST_F(RegistrarTest, IsGivenTheLongestPathWithAllItsQuotesDoubled) {
+  const std::wstring path(MAX_PATH - 1, L'\'');
+  PATCH_IMPORT(
+      name, GetModuleFileNameW,
+      [&](auto, HMODULE, wchar_t* buffer, DWORD) -> DWORD {
+        wcscpy(buffer, path.c_str());
+        return static_cast<DWORD>(path.size());
+      },
+      module.Handle());
+  EXPECT_HRESULT(S_OK, module.UnregisterServer());
+  EXPECT_EQ(path + path, registrar.quotedPath);
+  EXPECT_EQ(2u, registrar.calls.size());
+}
+
+TEST_F(RegistrarTest, ThatDoesNotTakeThePathIsNotGivenTheScript) {
+  registrar.replacementCode = E_OUTOFMEMORY;
+  EXPECT_HRESULT(S_OK, module.RegisterServer());
+  EXPECT_EQ(Lines{"replace MODULE"}, registrar.calls);
+  EXPECT_EQ(ClassKey() + " = Quorvane ActiveX Control", DumpClassKeys().at(0));
+}
 
 // A host that knows the control by its name only; the module is loaded by the system, from where it is registered.
 class RegisteredControlTest : public ControlTest {
