@@ -132,8 +132,7 @@ TEST(FolderTreeTest, AFolderThatIsThereIsNotMadeAgain) {
 
 // Neither the server nor the share can be made; both are asked for, and the share is the first folder that is tried.
 TEST(FolderTreeTest, TheServerOfANetworkPathIsNotMade) {
-  EXPECT_EQ((std::vector<std::string>{"\\\\server\\share", "\\\\server\\share\\a"}),
-            MadeFor("\\\\server\\share\\a"));
+  EXPECT_EQ((std::vector<std::string>{"\\\\server\\share", "\\\\server\\share\\a"}), MadeFor("\\\\server\\share\\a"));
 }
 
 }  // namespace

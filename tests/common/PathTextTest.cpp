@@ -100,12 +100,17 @@ struct CompareRow {
   int sign;
 };
 
-class CompareNoCaseTest : public testing::TestWithParam<CompareRow> {};
+class CompareNoCaseTest : public testing::TestWithParam<CompareRow> {
+ protected:
+  static void ExpectSigns() {
+    const CompareRow& row = GetParam();
+    EXPECT_EQ(row.sign, SignOf(CompareNoCase(row.text, row.other, row.length)));
+    EXPECT_EQ(-row.sign, SignOf(CompareNoCase(row.other, row.text, row.length)));
+  }
+};
 
 TEST_P(CompareNoCaseTest, HasThisSignAndTheOppositeTheOtherWayRound) {
-  const CompareRow& row = GetParam();
-  EXPECT_EQ(row.sign, SignOf(CompareNoCase(row.text, row.other, row.length)));
-  EXPECT_EQ(-row.sign, SignOf(CompareNoCase(row.other, row.text, row.length)));
+  ExpectSigns();
 }
 
 std::string RowName(const testing::TestParamInfo<CompareRow>& row) {
@@ -114,40 +119,36 @@ std::string RowName(const testing::TestParamInfo<CompareRow>& row) {
 
 INSTANTIATE_TEST_SUITE_P(
     , CompareNoCaseTest,
-    testing::Values(CompareRow{"Equal", "abc", "abc", 3, 0}, CompareRow{"FirstAndLastLetter", "azAZ", "AZaz", 4, 0},
-                    CompareRow{"Nothing", "a", "b", 0, 0}, CompareRow{"BehindTheLength", "abc", "abd", 2, 0},
-                    CompareRow{"LastOfTheLength", "abc", "abd", 3, -1}, CompareRow{"FirstByte", "xaa", "aaa", 3, 1},
-                    CompareRow{"TheFirstDifferenceCounts", "abz", "acA", 3, -1},
-                    CompareRow{"BeforeTheLetters", "@", "`", 1, -1}, CompareRow{"BehindTheLetters", "[", "{", 1, -1},
-                    CompareRow{"LettersCountAsCapitals", "a", "_", 1, -1}, CompareRow{"TheTerminator", "ab", "abc", 3, -1},
-                    CompareRow{"LettersOfTheCodePage", "caf\xe9", "CAF\xc9", 4, 0},
-                    CompareRow{"OtherLettersOfTheCodePage", "\xe9", "\xe8", 1, 1},
-                    CompareRow{"BytesHaveNoSign", "z", "\xe9", 1, -1},
-                    CompareRow{"MultiplicationIsNoCapitalOfDivision", "\xd7", "\xf7", 1, -1}),
+    testing::Values(
+        CompareRow{"Equal", "abc", "abc", 3, 0}, CompareRow{"FirstAndLastLetter", "azAZ", "AZaz", 4, 0},
+        CompareRow{"Nothing", "a", "b", 0, 0}, CompareRow{"BehindTheLength", "abc", "abd", 2, 0},
+        CompareRow{"LastOfTheLength", "abc", "abd", 3, -1}, CompareRow{"FirstByte", "xaa", "aaa", 3, 1},
+        CompareRow{"TheFirstDifferenceCounts", "abz", "acA", 3, -1}, CompareRow{"BeforeTheLetters", "@", "`", 1, -1},
+        CompareRow{"BehindTheLetters", "[", "{", 1, -1}, CompareRow{"LettersCountAsCapitals", "a", "_", 1, -1},
+        CompareRow{"TheTerminator", "ab", "abc", 3, -1}, CompareRow{"LettersOfTheCodePage", "caf\xe9", "CAF\xc9", 4, 0},
+        CompareRow{"OtherLettersOfTheCodePage", "\xe9", "\xe8", 1, 1}, CompareRow{"BytesHaveNoSign", "z", "\xe9", 1, -1},
+        CompareRow{"MultiplicationIsNoCapitalOfDivision", "\xd7", "\xf7", 1, -1}),
     RowName);
 
 // A code page in which the bytes from 0x81 to 0xFE begin characters of two bytes.
-class DoubleByteCompareTest : public testing::TestWithParam<CompareRow> {
+class DoubleByteCompareTest : public CompareNoCaseTest {
  private:
   ImportedFunction<struct LeadBytes, decltype(&::IsDBCSLeadByte)> leadBytes{
       "IsDBCSLeadByte", [](auto, BYTE byte) -> BOOL { return byte >= 0x81 && byte <= 0xFE; }};
 };
 
 TEST_P(DoubleByteCompareTest, HasThisSignAndTheOppositeTheOtherWayRound) {
-  const CompareRow& row = GetParam();
-  EXPECT_EQ(row.sign, SignOf(CompareNoCase(row.text, row.other, row.length)));
-  EXPECT_EQ(-row.sign, SignOf(CompareNoCase(row.other, row.text, row.length)));
+  ExpectSigns();
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    , DoubleByteCompareTest,
-    testing::Values(CompareRow{"EqualCharacters", "\xc4\x41z", "\xc4\x41Z", 3, 0},
-                    CompareRow{"SecondBytesHaveNoCase", "\xc4\x41", "\xc4\x61", 2, -1},
-                    CompareRow{"SecondBytesHaveNoSign", "\xc4\x41", "\xc4\x81", 2, -1},
-                    CompareRow{"TheSecondByteIsBehindTheLength", "\xc4\x41", "\xc4\x61", 1, 0},
-                    CompareRow{"ASecondByteBeginsNothing", "\xc4\xc4z", "\xc4\xc4Z", 3, 0},
-                    CompareRow{"OneByteCharactersHaveCase", "a\xc4\x41", "A\xc4\x41", 3, 0}),
-    RowName);
+INSTANTIATE_TEST_SUITE_P(, DoubleByteCompareTest,
+                         testing::Values(CompareRow{"EqualCharacters", "\xc4\x41z", "\xc4\x41Z", 3, 0},
+                                         CompareRow{"SecondBytesHaveNoCase", "\xc4\x41", "\xc4\x61", 2, -1},
+                                         CompareRow{"SecondBytesHaveNoSign", "\xc4\x41", "\xc4\x81", 2, -1},
+                                         CompareRow{"TheSecondByteIsBehindTheLength", "\xc4\x41", "\xc4\x61", 1, 0},
+                                         CompareRow{"ASecondByteBeginsNothing", "\xc4\xc4z", "\xc4\xc4Z", 3, 0},
+                                         CompareRow{"OneByteCharactersHaveCase", "a\xc4\x41", "A\xc4\x41", 3, 0}),
+                         RowName);
 
 // 0xE4 is the small letter of 0xC4 where both stand for themselves; which of the two is the smaller is of no account here.
 TEST(CompareNoCaseByteTest, AByteThatBeginsACharacterHasNoCase) {

@@ -444,6 +444,16 @@ TEST_F(CappedLogTest, AFileThatIsChosenAnewGetsItsOwnNotice) {
   }
 }
 
+TEST_F(CappedLogTest, AFileThatCouldNotBeOpenedGetsItsNoticeLater) {
+  {
+    PATCH_IMPORT(held, CreateFileA, FailWith(INVALID_HANDLE_VALUE, ERROR_SHARING_VIOLATION));
+    LogText("lost");
+  }
+  Fill(65536);
+  LogText("lost");
+  EXPECT_EQ(std::string(65536, 'x') + kNotice, ReadWholeFile(path));
+}
+
 TEST_F(CappedLogTest, ANoticeWhoseEndCannotBeFoundIsLost) {
   Fill(65536);
   {
@@ -461,6 +471,10 @@ TEST(LogFileTest, AFileHeldByAnotherLosesTheLineAndIsNotEmptiedLater) {
   SetLogFileName(L"held.xml");
   {
     PATCH_IMPORT(held, CreateFileA, FailWith(INVALID_HANDLE_VALUE, ERROR_SHARING_VIOLATION));
+    PATCH_IMPORT(notAsked, GetFileType, [](auto, HANDLE) {
+      ADD_FAILURE() << "there is no file to ask about";
+      return DWORD{FILE_TYPE_UNKNOWN};
+    });
     LogText("lost");
   }
   LogText("after");
@@ -526,9 +540,9 @@ TEST(LogFileTest, LoggingKeepsTheLastError) {
     return hr;
   });
   PATCH_IMPORT(exists, GetFileAttributesA, [](auto, const char*) { return DWORD{FILE_ATTRIBUTE_DIRECTORY}; });
-  const std::function<void()> calls[] = {[] { LogError(HERE, E_FAIL, "a"); }, [] { LogErrorW(HERE, E_FAIL, L"a"); },
-                                         [] { LogErrorTrace(HERE, E_FAIL); }, [] { LogText("a"); },
-                                         [] { SetLogFileName(L"other.xml"); }};
+  const std::function<void()> calls[] = {
+      [] { LogError(HERE, E_FAIL, "a"); }, [] { LogErrorW(HERE, E_FAIL, L"a"); }, [] { LogErrorTrace(HERE, E_FAIL); },
+      [] { LogText("a"); }, [] { SetLogFileName(L"other.xml"); }};
   for (const std::function<void()>& call : calls) {
     SetLastError(4711);
     call();

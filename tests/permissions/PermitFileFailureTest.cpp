@@ -292,9 +292,7 @@ class RefusedAllocations {
   }
 
   // By what was read, or because nothing was.
-  static void ExpectRefused(HRESULT answer) {
-    EXPECT_TRUE(answer == E_ACCESSDENIED || answer == E_UNEXPECTED) << answer;
-  }
+  static void ExpectRefused(HRESULT answer) { EXPECT_TRUE(answer == E_ACCESSDENIED || answer == E_UNEXPECTED) << answer; }
 
   void Forget() {
     if (permissions)

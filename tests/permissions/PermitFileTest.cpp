@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <wininet.h>
 
+#include <algorithm>
+
 #include "permissions/DestinationDocument.h"
 #include "permissions/Permissions.h"
 #include "support/HResult.h"
@@ -161,9 +163,19 @@ TEST_F(PermitFileTest, DestinationsStandInAnyOrderAndNumber) {
           "LocalApplicationData", "LocalVantorData", "Path", "Temp", "Documents", "Personal", "VantorUser"})
       many.Folder(element, std::string(element) == "Path" ? "C:\\Apps" : "");
   }
+  LogCapture log(true);
   permissions = many.Read();
-  const CDestinationFolder candidate("C:\\Apps", nullptr);
-  EXPECT_HRESULT(S_OK, permissions->IsDestinationPermitted(&candidate));
+  const std::string personal = SpecialFolderPath(CSIDL_PERSONAL);
+  const std::string local = SpecialFolderPath(CSIDL_LOCAL_APPDATA);
+  const std::string roaming = SpecialFolderPath(CSIDL_APPDATA);
+  const std::string common = SpecialFolderPath(CSIDL_COMMON_APPDATA);
+  std::string list = "\tPermitted Destinations:\r\n";
+  for (const std::string& folder : {personal, SpecialFolderPath(CSIDL_COMMON_DOCUMENTS), personal + "\\Vantor",
+                                    SpecialFolderPath(CSIDL_INTERNET_CACHE), TemporaryPath(), local, local + "\\Vantor",
+                                    roaming, roaming + "\\Vantor", common, common + "\\Vantor", std::string("C:\\Apps")})
+    list += "\t\t" + folder + "\r\n\t\t" + folder + "\r\n";
+  const std::string text = log.Text();
+  EXPECT_EQ(list, text.substr(std::min(text.find("\tPermitted"), text.size())));
 }
 
 TEST_F(PermitFileTest, ManyEntriesAreRead) {

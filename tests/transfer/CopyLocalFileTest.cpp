@@ -72,8 +72,8 @@ TEST_F(CopyLocalFileTest, NoCopyCostsAHandle) {
   const auto copyAndFail = [&] {
     EXPECT_HRESULT(S_OK, Copy());
     EXPECT_HRESULT(E_FAIL, Copy(FILE_ATTRIBUTE_NORMAL, nullptr, kTransferXMLDocument));
-    EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND),
-                   CopyLocalFile(missing.c_str(), destination.c_str(), 0, nullptr, 0));
+    EXPECT_HRESULT(
+        HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), CopyLocalFile(missing.c_str(), destination.c_str(), 0, nullptr, 0));
     EXPECT_HRESULT(E_ACCESSDENIED, CopyLocalFile(source.c_str(), folder.Path().c_str(), 0, nullptr, 0));
   };
   copyAndFail();  // the first use may leave something that every other one shares
@@ -397,6 +397,21 @@ TEST_F(CopyLocalFileTest, ALocalFileIsNeverSearchedForTheNotFoundText) {
       S_OK, FetchURL(source.c_str(), destination.c_str(), FILE_ATTRIBUTE_NORMAL, nullptr, kTransferXMLDocument, "gone"));
   EXPECT_EQ("<?xml gone?><gone/>", ReadWholeFile(destination));
   EXPECT_EQ("", log.Text());
+}
+
+auto OnlyOfFiles() {
+  return [](auto original, HANDLE file) {
+    EXPECT_NE(INVALID_HANDLE_VALUE, file) << "there is no file to ask about";
+    return original(file);
+  };
+}
+
+TEST_F(CopyLocalFileTest, AFileThatCannotBeOpenedIsNoDevice) {
+  PATCH_IMPORT(files, GetFileType, OnlyOfFiles());
+  EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), Copy());
+  WriteWholeFile(source, "x");
+  destination = folder.File("missing\\copy.bin");
+  EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND), Copy());
 }
 
 // Whether a name is a device's is the system's to say: here it says so of call number `call`.

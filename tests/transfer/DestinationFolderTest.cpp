@@ -343,7 +343,8 @@ TEST(GetDestinationFileTest, ACacheNameThatCannotBeCopiedIsMissing) {
   DWORD madeAttributes = INVALID_FILE_ATTRIBUTES;
   HRESULT hr;
   {
-    PATCH_IMPORT(create, CreateUrlCacheEntryA, [&](auto original, auto url, auto size, auto extension, char* name, auto zero) {
+    PATCH_IMPORT(create, CreateUrlCacheEntryA,
+                 [&](auto original, auto url, auto size, auto extension, char* name, auto zero) {
       const BOOL isCreated = original(url, size, extension, name, zero);
       lstrcpyA(made, name);
       madeAttributes = GetFileAttributesA(name);
