@@ -23,9 +23,9 @@ void CallCounter::EndProcessAt(std::size_t number) {
   Begin(Order::End, number, 0);
 }
 
-int CallCounter::Decide(const char* function, const std::string& object, int errors) {
+int CallCounter::Decide(const char* function, const std::string& object, int errors, const std::string& name) {
   const std::size_t number = calls.size();
-  calls.push_back({function, openLogFiles > 0 ? "log" : object, errors});
+  calls.push_back({function, openLogFiles > 0 ? "log" : object, errors, name});
   const bool isChosen = order == Order::FailOn ? number >= chosen : number == chosen;
   if (order == Order::Let || !isChosen)
     return -1;

@@ -12,6 +12,7 @@ struct FallibleCall {
   const char* function = "";
   std::string object;  // what it was about: "log", "permit", "manifest", "destination", ...; may be empty
   int errors = 1;      // how many ways of failing it has
+  std::string name;    // the file, or the pattern or name that a document is asked for; may be empty
 };
 
 // Counts the calls of the module that can fail, and decides which of them do. It also keeps the account of what the module
@@ -34,9 +35,13 @@ class CallCounter {
   bool HasFailed(const std::string& function) const { return failed.count(function) != 0; }
 
   // The way in which the call that is being made fails; -1 when it is let through.
-  int Decide(const char* function, const std::string& object, int errors);
+  int Decide(const char* function, const std::string& object, int errors, const std::string& name = "");
 
-  // The system error with which the last failing call failed; 0 when it left none.
+  // The call that was asked about last fails by itself, so that it has no other way of failing than its first.
+  void FailsByItself() { calls.back().errors = 1; }
+
+  // The system error or the result code with which the last failing call failed; what has no code of its own, as the module
+  // has to take it.
   DWORD failedWith = 0;
 
   // What the module holds. Everything has a name and an address; what is not its own may be given back as well.

@@ -9,6 +9,13 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
+// What nothing else fails with, so that the log shows whose failure it tells.
+constexpr HRESULT kFailure = __HRESULT_FROM_WIN32(ERROR_XML_PARSE_ERROR);
+
+std::string Narrow(const wchar_t* text) {
+  return std::string(text, text + wcslen(text));
+}
+
 // `Base` is a stand-in that has all methods of the interface; those that are passed on are overridden below. Lives as long
 // as it is referred to.
 template <class Base, class Interface>
@@ -32,10 +39,10 @@ class Failing : public Base {
  protected:
   // Hands out in place of `Object` one that fails as well.
   template <class Substitute, class Object, class Get>
-  HRESULT HandOn(const char* method, Object** out, Get get) {
+  HRESULT HandOn(const char* method, Object** out, Get get, const wchar_t* name = L"") {
     *out = nullptr;
-    if (counter.Decide(method, "xml", 1) == 0)
-      return E_FAIL;
+    if (IsToFail(method, Narrow(name)))
+      return kFailure;
     Object* object = nullptr;
     const HRESULT hr = get(&object);
     if (object)
@@ -46,8 +53,8 @@ class Failing : public Base {
   template <class Get>
   HRESULT HandText(const char* method, BSTR* out, Get get) {
     *out = nullptr;
-    if (counter.Decide(method, "xml", 1) == 0)
-      return E_FAIL;
+    if (IsToFail(method))
+      return kFailure;
     const HRESULT hr = get(out);
     counter.Take("string", *out);
     return hr;
@@ -55,7 +62,14 @@ class Failing : public Base {
 
   template <class Do>
   HRESULT PassOn(const char* method, Do pass) {
-    return counter.Decide(method, "xml", 1) == 0 ? E_FAIL : pass();
+    return IsToFail(method) ? kFailure : pass();
+  }
+
+  bool IsToFail(const char* method, const std::string& name = "") {
+    if (counter.Decide(method, "xml", 1, name) < 0)
+      return false;
+    counter.failedWith = static_cast<DWORD>(kFailure);
+    return true;
   }
 
   ComPtr<Interface> real;
@@ -108,10 +122,12 @@ class FailingNode : public Failing<FakeNode, IXMLDOMNode> {
     return HandOn<FailingAttributes>("get_attributes", out, [&](auto** map) { return real->get_attributes(map); });
   }
   HRESULT WINAPI selectSingleNode(BSTR pattern, IXMLDOMNode** out) override {
-    return HandOn<FailingNode>("selectSingleNode", out, [&](auto** node) { return real->selectSingleNode(pattern, node); });
+    return HandOn<FailingNode>(
+        "selectSingleNode", out, [&](auto** node) { return real->selectSingleNode(pattern, node); }, pattern);
   }
   HRESULT WINAPI selectNodes(BSTR pattern, IXMLDOMNodeList** out) override {
-    return HandOn<FailingList>("selectNodes", out, [&](auto** list) { return real->selectNodes(pattern, list); });
+    return HandOn<FailingList>(
+        "selectNodes", out, [&](auto** list) { return real->selectNodes(pattern, list); }, pattern);
   }
   HRESULT WINAPI get_firstChild(IXMLDOMNode** out) override {
     return HandOn<FailingNode>("get_firstChild", out, [&](auto** node) { return real->get_firstChild(node); });
@@ -160,9 +176,14 @@ class FailingDocument : public Failing<FakeDocument, IXMLDOMDocument2> {
   HRESULT WINAPI load(VARIANT source, VARIANT_BOOL* isSuccessful) override {
     *isSuccessful = VARIANT_FALSE;
     const int way = counter.Decide("load", "xml", 2);
-    if (way < 0)
-      return real->load(source, isSuccessful);
-    return way == 0 ? E_FAIL : S_FALSE;
+    if (way < 0) {
+      const HRESULT hr = real->load(source, isSuccessful);
+      if (!*isSuccessful)
+        counter.FailsByItself();
+      return hr;
+    }
+    counter.failedWith = static_cast<DWORD>(way == 0 ? kFailure : E_FAIL);
+    return way == 0 ? kFailure : S_FALSE;
   }
   HRESULT WINAPI validate(IXMLDOMParseError** out) override {
     return HandOn<FailingParseError>("validate", out, [&](auto** error) { return real->validate(error); });
@@ -178,7 +199,7 @@ class FailingDocument : public Failing<FakeDocument, IXMLDOMDocument2> {
   }
   HRESULT WINAPI getElementsByTagName(BSTR tagName, IXMLDOMNodeList** out) override {
     return HandOn<FailingList>(
-        "getElementsByTagName", out, [&](auto** list) { return real->getElementsByTagName(tagName, list); });
+        "getElementsByTagName", out, [&](auto** list) { return real->getElementsByTagName(tagName, list); }, tagName);
   }
   HRESULT WINAPI put_async(VARIANT_BOOL value) override {
     return PassOn("put_async", [&] { return real->put_async(value); });
@@ -195,7 +216,8 @@ class FailingDocument : public Failing<FakeDocument, IXMLDOMDocument2> {
 };
 
 HRESULT FailingAttributes::getNamedItem(BSTR name, IXMLDOMNode** item) {
-  return HandOn<FailingNode>("getNamedItem", item, [&](auto** node) { return real->getNamedItem(name, node); });
+  return HandOn<FailingNode>(
+      "getNamedItem", item, [&](auto** node) { return real->getNamedItem(name, node); }, name);
 }
 
 HRESULT FailingList::get_item(LONG index, IXMLDOMNode** item) {

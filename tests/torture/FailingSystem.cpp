@@ -11,7 +11,19 @@
 
 namespace {
 
-const auto kNothing = [](auto...) { return std::string(); };
+// What a call is about, and which one of its kind.
+struct Subject {
+  Subject(const std::string& callObject, const std::string& callName = "") : object(callObject), name(callName) {}
+  std::string object;
+  std::string name;
+};
+
+const auto kNothing = [](auto...) { return Subject(""); };
+
+// What leaves no error behind is taken for a lack of memory.
+DWORD KnownAs(DWORD error) {
+  return error == ERROR_SUCCESS ? static_cast<DWORD>(E_OUTOFMEMORY) : error;
+}
 
 // Nobody looks at the way in which the log fails.
 int Ways(const std::string& object, const std::vector<DWORD>& errors) {
@@ -35,13 +47,13 @@ void FailingSystem::MakeFallible(const char* name, Result result, std::vector<DW
   Replace<Tag, Function>(name, [=](auto original, auto... arguments) -> decltype(original(arguments...)) {
     using Answer = decltype(original(arguments...));
     const DWORD before = GetLastError();
-    const std::string object = describe(arguments...);
-    const int way = counter.Decide(name, object, Ways(object, errors));
+    const Subject subject = describe(arguments...);
+    const int way = counter.Decide(name, subject.object, Ways(subject.object, errors), subject.name);
     SetLastError(before);
     if (way < 0)
       return original(arguments...);
     const DWORD error = errors[static_cast<std::size_t>(way)];
-    counter.failedWith = error;
+    counter.failedWith = KnownAs(error);
     if constexpr (std::is_same_v<Result, int> && std::is_integral_v<Answer>) {
       if (result == kAnswersError)
         return static_cast<Answer>(error);
@@ -61,20 +73,21 @@ template <class Tag, class Function, class Describe>
 void FailingSystem::MakeTaken(const char* name, const char* kind, std::vector<DWORD> errors, Describe describe) {
   Replace<Tag, Function>(name, [=](auto original, auto... arguments) -> decltype(original(arguments...)) {
     const DWORD before = GetLastError();
-    const std::string object = describe(arguments...);
-    const int way = counter.Decide(name, object, Ways(object, errors));
+    const Subject subject = describe(arguments...);
+    const int way = counter.Decide(name, subject.object, Ways(subject.object, errors), subject.name);
     SetLastError(before);
     if (way >= 0) {
-      counter.failedWith = errors[static_cast<std::size_t>(way)];
-      if (counter.failedWith != ERROR_SUCCESS)
-        SetLastError(counter.failedWith);
+      const DWORD error = errors[static_cast<std::size_t>(way)];
+      counter.failedWith = KnownAs(error);
+      if (error != ERROR_SUCCESS)
+        SetLastError(error);
       return nullptr;
     }
     const auto taken = original(arguments...);
     const DWORD after = GetLastError();
     counter.Take(kind, taken);
-    if (taken && !object.empty())
-      places.Opened(taken, object);
+    if (taken && !subject.object.empty())
+      places.Opened(taken, subject.object);
     SetLastError(after);
     return taken;
   });
@@ -115,7 +128,8 @@ void FailingSystem::ReplaceMemory() {
   GIVEN_BACK(HeapFree, "memory", third);
   TAKEN(LocalAlloc, "local memory", kNothing, ERROR_NOT_ENOUGH_MEMORY);
   GIVEN_BACK(LocalFree, "local memory", first);
-  TAKEN(SysAllocString, "string", kNothing, ERROR_SUCCESS);
+  const auto text = [](const wchar_t* wide) { return Subject("", std::string(wide, wide + wcslen(wide))); };
+  TAKEN(SysAllocString, "string", text, ERROR_SUCCESS);
   TAKEN(SysAllocStringLen, "string", kNothing, ERROR_SUCCESS);
   GIVEN_BACK(SysFreeString, "string", first);
   REPLACE(VariantClear, [this](auto original, VARIANTARG* value) {
@@ -125,7 +139,7 @@ void FailingSystem::ReplaceMemory() {
   });
   REPLACE(VariantChangeType, [this](auto original, VARIANTARG* to, VARIANTARG* from, USHORT flags, VARTYPE type) {
     if (counter.Decide("VariantChangeType", "", 1) == 0)
-      return E_OUTOFMEMORY;
+      return RefuseWith(E_OUTOFMEMORY);
     const HRESULT hr = original(to, from, flags, type);
     if (SUCCEEDED(hr) && to->vt == VT_BSTR)
       counter.Take("string", to->bstrVal);
@@ -198,11 +212,12 @@ void FailingSystem::ReplaceFiles() {
 }
 
 void FailingSystem::ReplaceFileOperations() {
-  const auto byPath = [this](const char* path, auto...) { return places.OfPath(path); };
+  const auto byPath = [this](const char* path, auto...) { return Subject(places.OfPath(path), path ? path : ""); };
   FALLIBLE(CreateDirectoryA, FALSE, byPath, ERROR_ACCESS_DENIED, ERROR_DISK_FULL);
   FALLIBLE(DeleteFileA, FALSE, byPath, ERROR_ACCESS_DENIED);
-  FALLIBLE(GetFileAttributesA, INVALID_FILE_ATTRIBUTES, byPath, ERROR_ACCESS_DENIED);
-  FALLIBLE(SetFileAttributesA, FALSE, byPath, ERROR_ACCESS_DENIED);
+  // Not the error of a file that then refuses to be written: the log has to tell of both.
+  FALLIBLE(GetFileAttributesA, INVALID_FILE_ATTRIBUTES, byPath, ERROR_NOT_READY);
+  FALLIBLE(SetFileAttributesA, FALSE, byPath, ERROR_NOT_READY);
   FALLIBLE(MoveFileA, FALSE, byPath, ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION);
   FALLIBLE(GetFullPathNameA, 0, byPath, ERROR_NOT_ENOUGH_MEMORY);
   FALLIBLE(GetTempPathA, 0, kNothing, ERROR_NOT_ENOUGH_MEMORY);
@@ -243,8 +258,18 @@ void FailingSystem::ReplaceInternet() {
               places.CacheFileMade(path, url);
             return isMade;
           });
-  const auto copyByUrl = [this](const char* url, auto...) { return places.OfUrl(url) + " copy"; };
-  FALLIBLE(CommitUrlCacheEntryA, FALSE, copyByUrl, ERROR_DISK_FULL, ERROR_SHARING_VIOLATION);
+  REPLACE(CommitUrlCacheEntryA, [this](auto original, const char* url, const char* path, auto... rest) -> BOOL {
+    static const std::vector<DWORD> errors = {ERROR_DISK_FULL, ERROR_SHARING_VIOLATION};
+    const int way = counter.Decide("CommitUrlCacheEntryA", places.OfUrl(url) + " copy", static_cast<int>(errors.size()));
+    if (way >= 0) {
+      Refuse(errors[static_cast<std::size_t>(way)]);
+      return FALSE;
+    }
+    const BOOL isCommitted = original(url, path, rest...);
+    if (isCommitted)
+      places.CacheFileCommitted(path);
+    return isCommitted;
+  });
 }
 
 void FailingSystem::Refuse(DWORD error) {
@@ -252,11 +277,16 @@ void FailingSystem::Refuse(DWORD error) {
   SetLastError(error);
 }
 
+HRESULT FailingSystem::RefuseWith(HRESULT hr) {
+  counter.failedWith = static_cast<DWORD>(hr);
+  return hr;
+}
+
 void FailingSystem::ReplaceCom() {
   REPLACE(CoInitialize, [this](auto original, void* reserved) -> HRESULT {
     const int way = counter.Decide("CoInitialize", "", 2);
     if (way >= 0)
-      return way == 0 ? E_OUTOFMEMORY : RPC_E_CHANGED_MODE;
+      return RefuseWith(way == 0 ? E_OUTOFMEMORY : RPC_E_CHANGED_MODE);
     const HRESULT hr = original(reserved);
     if (SUCCEEDED(hr))
       counter.Take("apartment", this);
@@ -272,7 +302,7 @@ void FailingSystem::ReplaceCom() {
             const int way = counter.Decide("CoCreateInstance", isRegistrar ? "registrar" : "document", 2);
             if (way >= 0 || (isRegistrar && !hasRegistrar)) {
               *object = nullptr;
-              return way == 1 ? E_OUTOFMEMORY : REGDB_E_CLASSNOTREG;
+              return RefuseWith(way == 1 ? E_OUTOFMEMORY : REGDB_E_CLASSNOTREG);
             }
             const HRESULT hr = original(classId, outer, context, iid, object);
             if (SUCCEEDED(hr))
@@ -295,13 +325,16 @@ void FailingSystem::ReplaceTypeLibraries() {
 void FailingSystem::ReplaceRegistry() {
   REPLACE(RegCreateKeyA, [this](auto original, HKEY root, const char* name, HKEY* key) -> LSTATUS {
     const int way = counter.Decide("RegCreateKeyA", "", 1);
+    if (way == 0)
+      counter.failedWith = ERROR_ACCESS_DENIED;
     const LSTATUS status = way == 0 ? ERROR_ACCESS_DENIED : original(root, name, key);
     if (status == ERROR_SUCCESS)
       counter.Take("key", *key);
     return status;
   });
   FALLIBLE(RegSetValueExA, kAnswersError, kNothing, ERROR_ACCESS_DENIED);
-  FALLIBLE(RegDeleteKeyA, kAnswersError, kNothing, ERROR_ACCESS_DENIED);
+  const auto registryKey = [](HKEY, const char* name) { return Subject("", name); };
+  FALLIBLE(RegDeleteKeyA, kAnswersError, registryKey, ERROR_ACCESS_DENIED);
   REPLACE(RegCloseKey, [this](auto original, HKEY key) -> LSTATUS {
     const int way = counter.Decide("RegCloseKey", "", 1);
     counter.GiveBack("key", key);
@@ -314,7 +347,7 @@ void FailingSystem::ReplaceShell() {
   REPLACE(SHGetFolderPathA, [this](auto original, HWND owner, int folder, auto token, DWORD flags, char* path) -> HRESULT {
     const std::string object = (folder & ~CSIDL_FLAG_MASK) == CSIDL_LOCAL_APPDATA ? "log" : "folder";
     const int way = counter.Decide("SHGetFolderPathA", object, 1);
-    return way == 0 ? E_FAIL : original(owner, folder, token, flags, path);
+    return way == 0 ? RefuseWith(__HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND)) : original(owner, folder, token, flags, path);
   });
   REPLACE(ShellExecuteExA, [this](auto, SHELLEXECUTEINFOA* what) -> BOOL {
     static const DWORD errors[] = {ERROR_FILE_NOT_FOUND, ERROR_NO_ASSOCIATION};

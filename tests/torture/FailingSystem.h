@@ -42,6 +42,7 @@ class FailingSystem {
   void MakeGivenBack(const char* name, const char* kind, Select select);
 
   void Refuse(DWORD error);
+  HRESULT RefuseWith(HRESULT hr);
   void ReplaceMemory();
   void ReplaceText();
   void ReplaceFiles();

@@ -50,7 +50,7 @@ TEST_P(InterruptionTest, TheNextRunComesToItsUsualEnd) {
   work.Prepare();
   work.counter.LetAll();
   const Effects usual = work.Use();
-  ASSERT_EQ(Describe(work.Expected()), Describe(usual));
+  ASSERT_EQ("", Difference(work.Expected(), usual));
   const std::vector<FallibleCall> calls = work.counter.Calls();
 
   int interruptions = 0;

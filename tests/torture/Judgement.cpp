@@ -1,151 +1,35 @@
 #include "torture/Judgement.h"
 
-#include <cstring>
+#include <algorithm>
 
 #include "common/SystemError.h"
+#include "torture/Outcomes.h"
 
 namespace {
 
-// What may come of a failing call.
-enum Outcome : unsigned {
-  kNotMade = 1,     // there is no control
-  kNoEngine = 2,    // the control has no permissions, and every run is E_UNEXPECTED
-  kRunFails = 4,    // the run fails, with the code of the failing call where that has one
-  kCommand = 8,     // a command fails, the run is S_FALSE, and the commands behind it are carried out
-  kUsual = 16,      // everything is as if nothing had failed, and the log tells
-  kUntold = 32,     // everything is as if nothing had failed, and the log says nothing
-  kOtherwise = 64,  // success, but not the usual one
-};
-
-struct Row {
-  const char* function;
-  const char* object;  // null for every one
-  unsigned outcomes;
-};
-
-// Where a failure is allowed to go by:
-//  - Reading optional elements of a manifest, and the entries of a permission file: what cannot be read is as good as
-//  absent,
-//    so a file may go elsewhere or be replaced, and a list may be shorter. It is told by traces.
-//  - Collecting the Copy elements: what was collected before is carried out.
-//  - The first item of a document (its XML declaration): it is told, and the document goes on without it.
-//  - Existence of a file: what the system does not tell is as good as absent.
-//  - What serves only the log, a time, a length to compare with, or what was to be read and is complete.
-constexpr unsigned kReading = kNoEngine | kRunFails | kCommand | kUsual | kOtherwise;
-constexpr Row kRows[] = {
-    {"HeapAlloc", nullptr, kNotMade | kReading | kUntold},
-    {"LocalAlloc", nullptr, kUntold},
-    {"SysAllocString", nullptr, kNotMade | kReading},
-    {"SysAllocStringLen", nullptr, kReading},
-    {"VariantChangeType", nullptr, kRunFails},
-    {"MultiByteToWideChar", nullptr, kReading},
-    {"WideCharToMultiByte", nullptr, kReading | kUntold},
-    {"FileTimeToSystemTime", nullptr, kUsual},
-    {"SystemTimeToFileTime", nullptr, kUsual | kUntold | kOtherwise},
-    {"LocalFileTimeToFileTime", nullptr, kUntold},
-    {"GetTempPathA", nullptr, kUsual},
-    {"SHGetFolderPathA", "folder", kReading},
-    {"CoInitialize", nullptr, kUntold},
-    {"CoCreateInstance", "document", kNoEngine | kRunFails},
-
-    {"CreateUrlCacheEntryA", "permit copy", kNoEngine},
-    {"CreateFileA", "permit", kNoEngine},
-    {"CreateFileA", "permit copy", kNoEngine},
-    {"ReadFile", "permit", kNoEngine | kUsual},
-    {"WriteFile", "permit copy", kNoEngine | kUsual},
-    {"CloseHandle", "permit", kUntold},
-    {"CloseHandle", "permit copy", kNoEngine},
-    {"CommitUrlCacheEntryA", "permit copy", kNoEngine},
-
-    {"CreateUrlCacheEntryA", "manifest copy", kRunFails},
-    {"CreateFileA", "manifest", kRunFails},
-    {"CreateFileA", "manifest copy", kRunFails},
-    {"ReadFile", "manifest", kRunFails | kUsual},
-    {"InternetReadFile", "manifest", kRunFails | kUsual},
-    {"WriteFile", "manifest copy", kRunFails | kUsual},
-    {"CloseHandle", "manifest", kUntold},
-    {"CloseHandle", "manifest copy", kRunFails},
-    {"CommitUrlCacheEntryA", "manifest copy", kRunFails},
-
-    {"InternetOpenA", "session", kRunFails | kCommand},
-    {"InternetOpenUrlA", "manifest", kRunFails},
-    {"InternetOpenUrlA", "source", kCommand},
-    {"InternetReadFile", "source", kCommand},
-    {"HttpQueryInfoA", nullptr, kUntold},
-    {"InternetCloseHandle", nullptr, kUntold},
-    {"CreateUrlCacheEntryA", "source copy", kCommand},
-    {"CommitUrlCacheEntryA", "source copy", kCommand},
-
-    {"CreateFileA", "source", kCommand | kUsual},  // also read for its time, which is nothing without it
-    {"GetFileTime", "source", kUsual},
-    {"ReadFile", "source", kCommand},
-    {"CloseHandle", "source", kUntold},
-    {"CreateFileA", "source copy", kCommand},
-    {"WriteFile", "source copy", kCommand},
-    {"SetFileTime", "source copy", kCommand},
-    {"CloseHandle", "source copy", kCommand},
-
-    {"GetFullPathNameA", "destination", kCommand},
-    {"CreateDirectoryA", "destination", kCommand},
-    {"GetFileAttributesA", nullptr, kCommand | kUsual | kUntold | kOtherwise},
-    {"SetFileAttributesA", "destination", kUsual},
-    {"MoveFileA", "destination", kCommand},
-    {"CreateFileA", "destination", kCommand},
-    {"GetFileTime", "destination", kCommand},
-    {"WriteFile", "destination", kCommand},
-    {"SetFileTime", "destination", kCommand},
-    {"CloseHandle", "destination", kCommand | kUntold},  // one that was only read for its time is complete
-    {"ShellExecuteExA", nullptr, kCommand},
-
-    {"load", "xml", kNoEngine | kRunFails},
-    {"put_async", "xml", kNoEngine | kRunFails},
-    {"put_validateOnParse", "xml", kNoEngine | kRunFails},
-    {"put_resolveExternals", "xml", kNoEngine | kRunFails},
-    {"put_preserveWhiteSpace", "xml", kNoEngine | kRunFails},
-    {"validate", "xml", kNoEngine | kRunFails},
-    {"get_doctype", "xml", kNoEngine | kRunFails},
-    {"get_parseError", "xml", kUsual},
-    {"get_line", "xml", kUsual},
-    {"get_reason", "xml", kUsual},
-    {"get_firstChild", "xml", kNoEngine | kRunFails},
-    {"get_nextSibling", "xml", kNoEngine | kRunFails},
-    {"get_nodeName", "xml", kNoEngine | kRunFails},
-    {"get_nodeType", "xml", kNoEngine | kRunFails},
-    {"get_documentElement", "xml", kNoEngine | kRunFails},
-    {"get_attributes", "xml", kRunFails | kCommand | kUsual},
-    {"getNamedItem", "xml", kRunFails | kCommand | kUsual},
-    {"getAttribute", "xml", kRunFails | kUsual},
-    {"getElementsByTagName", "xml", kReading},
-    {"selectNodes", "xml", kReading},
-    {"selectSingleNode", "xml", kReading},
-    {"get_text", "xml", kReading},
-    {"get_item", "xml", kReading},
-    {"get_length", "xml", kReading},
-    {"reset", "xml", kReading},
-};
-
-const Row* FindRow(const FallibleCall& call) {
-  for (const Row& row : kRows) {
-    if (!std::strcmp(row.function, call.function) && (!row.object || call.object == row.object))
-      return &row;
-  }
-  return nullptr;
+bool IsEmptyCode(HRESULT code) {
+  return code == kItsOwn;
 }
 
-bool IsTold(const std::vector<LogEntry>& log, HRESULT code) {
-  for (const LogEntry& entry : log) {
-    if (entry.level != "INFO" && (code == S_OK || entry.code == code))
-      return true;
-  }
-  return false;
+// How many lines of the log, notes aside, have the code.
+std::ptrdiff_t CountCode(const std::vector<LogEntry>& log, HRESULT code) {
+  return std::count_if(
+      log.begin(), log.end(), [code](const LogEntry& entry) { return entry.level != "INFO" && entry.code == code; });
 }
 
-bool HasMessage(const std::vector<LogEntry>& log, const char* begin) {
-  for (const LogEntry& entry : log) {
-    if (entry.level == "ERROR" && entry.message.find(begin) == 0)
-      return true;
-  }
-  return false;
+std::ptrdiff_t CountMessage(const std::vector<LogEntry>& log, const std::string& begin) {
+  return std::count_if(log.begin(), log.end(), [&](const LogEntry& entry) {
+    return entry.level == "ERROR" && entry.message.compare(0, begin.size(), begin) == 0;
+  });
+}
+
+// Does the log say so more often than when nothing fails?
+bool IsTold(const Trial& trial, HRESULT code) {
+  return CountCode(trial.log, code) > CountCode(trial.usual->log, code);
+}
+
+bool HasMessage(const Trial& trial, const char* begin) {
+  return CountMessage(trial.log, begin) > 0;
 }
 
 // The result of the run; of the creation where there was no run.
@@ -153,107 +37,198 @@ HRESULT RunResult(const Effects& effects) {
   return effects.results.size() > 1 ? effects.results[1] : effects.results[0];
 }
 
-bool IsOnlyCreated(const Trial& trial) {
-  return trial.scenario->use == Use::CreateOnly;
+HRESULT CodeOfCall(const Trial& trial) {
+  return ResultFromError(static_cast<LONG>(trial.counter->failedWith));
 }
 
-Outcome OutcomeOf(const Trial& trial) {
+bool IsUsualFile(const Trial& trial, const std::string& name) {
+  const auto usual = trial.usual->effects.left.find(name);
+  const auto found = trial.effects.left.find(name);
+  return (usual == trial.usual->effects.left.end()) == (found == trial.effects.left.end()) &&
+         (found == trial.effects.left.end() || found->second == usual->second);
+}
+
+// The scenarios have two commands at most, one of which writes this file; whatever else there is, is the other one's.
+constexpr char kFileOfOneCommand[] = "short.txt";
+
+bool IsOneCommandUsual(const Trial& trial) {
+  if (IsUsualFile(trial, kFileOfOneCommand))
+    return true;
+  for (const auto& [name, content] : trial.usual->effects.left) {
+    if (name != kFileOfOneCommand && !IsUsualFile(trial, name))
+      return false;
+  }
+  return true;
+}
+
+// Was the existing file replaced although it usually stays, under its own name or another one?
+bool IsReplaced(const Trial& trial) {
+  const auto& usual = trial.usual->effects.left;
+  const auto& left = trial.effects.left;
+  const auto hasOld = [](const Files& files) {
+    return std::any_of(files.begin(), files.end(), [](const auto& file) { return file.second == kOldContent; });
+  };
+  return hasOld(usual) && !hasOld(left);
+}
+
+unsigned OutcomesOfFailure(const Trial& trial, HRESULT result, HRESULT code) {
+  unsigned outcomes = result == code ? kRunFails : 0u;
+  if (result == code && trial.usual->situations[trial.number].element == "Open")
+    outcomes |= kUnread;
+  if (result == E_UNEXPECTED && (HasMessage(trial, "ActiveX control missing executer.") ||
+                                 HasMessage(trial, "ActiveX control missing command executer.")))
+    outcomes |= kNoEngine;
+  if (result == E_UNEXPECTED && HasMessage(trial, "Missing permitted URL list."))
+    outcomes |= kNoList;
+  if (result == E_ACCESSDENIED && HasMessage(trial, "Manifest URL '"))
+    outcomes |= kDenied;
+  if (result == E_ACCESSDENIED && CountCode(trial.log, result) > 0)
+    outcomes |= kDenied;
+  if (result == E_FAIL)
+    outcomes |= kRefused;
+  return outcomes;
+}
+
+unsigned OutcomesOfCreation(const Trial& trial) {
+  return HasMessage(trial, "ActiveX control failed to create command executer.") ||
+                 HasMessage(trial, "An error occured while the ActiveX control was creating executer.")
+             ? kNoEngine
+             : kUsual;
+}
+
+// What the effects may be taken for, when `code` is the code that the log tells.
+unsigned OutcomesOf(const Trial& trial, HRESULT code) {
   const HRESULT result = RunResult(trial.effects);
   if (FAILED(trial.effects.results[0]))
-    return kNotMade;
-  if (IsOnlyCreated(trial) && (HasMessage(trial.log, "ActiveX control failed to create command executer.") ||
-                               HasMessage(trial.log, "An error occured while the ActiveX control was creating executer.")))
-    return kNoEngine;
-  if (trial.effects == trial.usual)
-    return IsTold(trial.log, S_OK) || trial.scenario->results.back() != S_OK ? kUsual : kUntold;
-  if (result == E_UNEXPECTED)
-    return kNoEngine;
+    return trial.effects.results[0] == code ? kNotMade : 0u;
+  if (trial.scenario->use == Use::CreateOnly)
+    return OutcomesOfCreation(trial);
+  unsigned outcomes = trial.effects == trial.usual->effects ? kUsual : 0u;
   if (FAILED(result))
-    return kRunFails;
-  return result == S_FALSE ? kCommand : kOtherwise;
-}
-
-// Whose failure has a code of its own that the run has to hand on.
-bool HandsOnItsCode(const FallibleCall& call) {
-  return call.object == "manifest" || call.object == "manifest copy";
-}
-
-std::string JudgeLog(const Trial& trial, Outcome outcome) {
-  const HRESULT result = RunResult(trial.effects);
-  switch (outcome) {
-    case kNoEngine:
-      // Of the missing engine, or of an empty list of permissions, which is refused in the same way.
-      if (!HasMessage(trial.log, "ActiveX control missing executer.") &&
-          !HasMessage(trial.log, "ActiveX control missing command executer.") &&
-          !HasMessage(trial.log, "Missing permitted URL list.") && !IsOnlyCreated(trial))
-        return "E_UNEXPECTED without its message";
-      break;
-    case kUsual:
-    case kUntold:
-      break;
-    case kRunFails:
-      if (!IsTold(trial.log, result))
-        return "the log does not have the result";
-      break;
-    case kCommand:
-      if (!HasMessage(trial.log, "At least one command failed"))
-        return "S_FALSE without its message";
-      if (!IsTold(trial.log, S_OK))
-        return "nothing tells which command failed";
-      break;
-    default:
-      break;
+    return outcomes | OutcomesOfFailure(trial, result, code);
+  if (result == S_FALSE) {
+    outcomes |= kCommands | (IsOneCommandUsual(trial) ? kCommand : 0u);
+    outcomes |= trial.usual->situations[trial.number].element == "Copy" ? kUnread : 0u;
   }
-  return std::string();
+  if (result == S_OK || result == RunResult(trial.usual->effects))
+    outcomes |= IsReplaced(trial) ? kReplaced : kLess;
+  return outcomes;
 }
 
-bool IsWhole(const std::string& content) {
-  return content == LongContent() || content == kShortContent || content == kOldContent || content == "an older one";
+// Every file has the bytes that it has when nothing fails, or those that were there before. What is replaced against its
+// policy is replaced by the whole new file.
+std::string JudgeFile(const Trial& trial, const std::string& name, const std::string& content) {
+  const auto isOf = [&](const Files& files) {
+    const auto found = files.find(name);
+    return found != files.end() && found->second == content;
+  };
+  if (isOf(trial.usual->effects.left) || isOf(trial.scenario->existing))
+    return std::string();
+  if (trial.scenario->existing.count(name) && IsReplaced(trial) && content == LongContent())
+    return std::string();
+  return "a file that is neither the usual nor the existing one: " + name;
 }
 
-// The bytes of what was there before are still there under some name.
-bool IsOldKept(const Trial& trial) {
+std::string JudgeFiles(const Trial& trial, unsigned outcomes) {
+  if (trial.counter->HasFailed("DeleteFileA"))
+    return std::string();  // what is left of a file cannot be taken away
   for (const auto& [name, content] : trial.effects.left) {
-    if (content == kOldContent)
-      return true;
+    const std::string wrong = JudgeFile(trial, name, content);
+    if (!wrong.empty())
+      return wrong;
   }
-  return false;
+  if (IsReplaced(trial) && !(outcomes & kReplaced))
+    return "the existing file is gone";
+  for (const auto& [name, content] : trial.scenario->existing) {
+    if (content != kOldContent && !trial.effects.left.count(name))
+      return "another existing file is gone: " + name;
+  }
+  return trial.effects.uncommitted.empty() ? std::string() : "nobody committed the " + trial.effects.uncommitted[0];
 }
 
-std::string JudgeFiles(const Trial& trial, Outcome outcome) {
-  if (!trial.counter->HasFailed("DeleteFileA")) {
-    for (const auto& [name, content] : trial.effects.left) {
-      if (!IsWhole(content))
-        return "the partial file " + name;
-    }
+// A copy is whole, unless the document went on without its declaration.
+std::string JudgeCopies(const Trial& trial) {
+  if (trial.Call().function == std::string("WriteFile"))
+    return std::string();
+  for (const auto& [name, content] : trial.effects.copies) {
+    const auto usual = trial.usual->effects.copies.find(name);
+    if (usual != trial.usual->effects.copies.end() && usual->second != content)
+      return "not the usual " + name;
   }
-  const bool isOldUsuallyKept = [&] {
-    for (const auto& [name, content] : trial.usual.left) {
-      if (content == kOldContent)
-        return true;
-    }
-    return false;
-  }();
-  if (isOldUsuallyKept && outcome != kOtherwise && !IsOldKept(trial))
-    return "the existing file is gone";
   return std::string();
 }
 
-std::string JudgeOne(const Trial& trial, Outcome outcome) {
-  if (trial.call.object == "log")
-    return trial.effects == trial.usual ? std::string() : "a failure of the log shows";
-  const Row* const row = FindRow(trial.call);
-  if (!row)
-    return "no row says what comes of it";
-  // What fails by itself has its usual outcome beside those of the row.
-  const unsigned outcomes = row->outcomes | (trial.scenario->results.back() != S_OK && outcome == kUsual ? kUsual : 0u);
-  if (!(outcomes & outcome))
-    return "not one of the outcomes in its row";
-  if (outcome == kRunFails && HandsOnItsCode(trial.call) && trial.scenario->results.back() == S_OK &&
-      RunResult(trial.effects) != ResultFromError(static_cast<LONG>(trial.counter->failedWith)) &&
-      RunResult(trial.effects) != E_FAIL)
-    return "not the code of the call that failed";
-  return JudgeLog(trial, outcome);
+// The messages that belong to what happened.
+std::string JudgeMessages(const Trial& trial, unsigned outcomes) {
+  if ((outcomes & (kCommand | kCommands | kUnread)) && RunResult(trial.effects) == S_FALSE &&
+      !HasMessage(trial, "At least one command failed"))
+    return "S_FALSE without its message";
+  if (FAILED(RunResult(trial.effects)) && trial.effects.results.size() > 1 &&
+      CountCode(trial.log, RunResult(trial.effects)) == 0)
+    return "the log does not have the result";
+  return std::string();
+}
+
+struct Verdict {
+  bool isRight = false;
+  unsigned outcomes = 0;  // of the row that is right
+};
+
+Verdict Compare(const Trial& trial) {
+  const FallibleCall& call = trial.Call();
+  const Situation& situation = trial.usual->situations[trial.number];
+  for (const ToldRow* const row : ToldRowsOf(call, situation)) {
+    const HRESULT code = IsEmptyCode(row->code) ? CodeOfCall(trial) : row->code;
+    if ((row->outcomes & OutcomesOf(trial, code)) && IsTold(trial, code))
+      return {true, row->outcomes};
+  }
+  for (const UntoldRow* const row : UntoldRowsOf(call, situation)) {
+    if (row->outcomes & OutcomesOf(trial, CodeOfCall(trial)))
+      return {true, row->outcomes};
+  }
+  return {};
+}
+
+std::string JudgeOne(const Trial& trial) {
+  if (trial.Call().object == "log")
+    return trial.effects == trial.usual->effects ? std::string() : "a failure of the log shows";
+  const Verdict verdict = Compare(trial);
+  if (!verdict.isRight) {
+    return ToldRowsOf(trial.Call(), trial.usual->situations[trial.number]).empty() &&
+                   UntoldRowsOf(trial.Call(), trial.usual->situations[trial.number]).empty()
+               ? "no row says what comes of it"
+               : "no row allows this, or the log does not tell";
+  }
+  for (const std::string& wrong :
+       {JudgeFiles(trial, verdict.outcomes), JudgeCopies(trial), JudgeMessages(trial, verdict.outcomes)}) {
+    if (!wrong.empty())
+      return wrong;
+  }
+  return std::string();
+}
+
+// May the use go on as usual when this call fails?
+bool MayGoUnnoticed(const FallibleCall& call, const Situation& situation) {
+  if (call.object == "log")
+    return true;
+  const auto isUsual = [](const auto* row) { return (row->outcomes & kUsual) != 0; };
+  const auto told = ToldRowsOf(call, situation);
+  const auto untold = UntoldRowsOf(call, situation);
+  return std::any_of(told.begin(), told.end(), isUsual) || std::any_of(untold.begin(), untold.end(), isUsual);
+}
+
+// Where everything fails from some call on, the log is lost as well: nothing may look like a success that is none.
+std::string JudgeAll(const Trial& trial) {
+  if (trial.scenario->use == Use::CreateOnly || RunResult(trial.effects) != S_OK)
+    return JudgeFiles(trial, kReplaced);
+  if (!(trial.effects == trial.usual->effects))
+    return "success, but not the usual one";
+  for (std::size_t number = trial.number; number < trial.usual->calls.size(); ++number) {
+    const FallibleCall& call = trial.usual->calls[number];
+    if (!MayGoUnnoticed(call, trial.usual->situations[number]))
+      return "success without " + std::string(call.function);
+  }
+  return JudgeFiles(trial, 0);
 }
 
 }  // namespace
@@ -262,12 +237,5 @@ std::string Judge(const Trial& trial) {
   const std::string held = trial.counter->Held();
   if (!held.empty())
     return "not given back: " + held;
-  const Outcome outcome = OutcomeOf(trial);
-  const std::string files = JudgeFiles(trial, outcome);
-  if (!files.empty())
-    return files;
-  if (!trial.andAllAfter)
-    return JudgeOne(trial, outcome);
-  // Where everything fails from some call on, nothing may look like a success that is none.
-  return outcome == kOtherwise ? "success, but not the usual one" : std::string();
+  return trial.andAllAfter ? JudgeAll(trial) : JudgeOne(trial);
 }

@@ -46,7 +46,7 @@ std::string Places::OfHandle(const void* handle) const {
 }
 
 void Places::CacheFileMade(const std::string& path, const std::string& url) {
-  cacheFiles[path] = {OfUrl(url.c_str()) + " copy", url};
+  cacheFiles[path] = {OfUrl(url.c_str()) + " copy", url, false};
 }
 
 void Places::ClearCache() {

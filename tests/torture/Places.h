@@ -26,6 +26,17 @@ class Places {
 
   // The file that the Internet cache gave for a URL: "manifest copy" and so on.
   void CacheFileMade(const std::string& path, const std::string& url);
+  void CacheFileCommitted(const std::string& path) { cacheFiles[path].isCommitted = true; }
+
+  // A file that the Internet cache gave.
+  struct CacheFile {
+    std::string place;
+    std::string url;
+    bool isCommitted = false;
+  };
+
+  // By its path.
+  const std::map<std::string, CacheFile>& CacheFiles() const { return cacheFiles; }
 
   // Removes what the runs left in the Internet cache.
   void ClearCache();
@@ -34,10 +45,6 @@ class Places {
   std::string CacheFileOf(const std::string& url) const;
 
  private:
-  struct CacheFile {
-    std::string place;
-    std::string url;
-  };
   std::map<const void*, std::string> handles;
   std::map<std::string, CacheFile> cacheFiles;
 };

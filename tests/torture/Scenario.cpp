@@ -1,5 +1,6 @@
 #include "torture/Scenario.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -165,5 +166,37 @@ std::string Describe(const Effects& effects) {
     text += ", " + name + " (" + (content == kOldContent ? "old" : std::to_string(content.size()) + " bytes") + ")";
   for (const std::string& action : effects.host)
     text += ", " + action;
+  for (const std::string& place : effects.uncommitted)
+    text += ", an uncommitted " + place;
   return text;
+}
+
+namespace {
+
+std::string DifferenceOfFiles(const Files& expected, const Files& files) {
+  for (const auto& [name, content] : expected) {
+    const auto found = files.find(name);
+    if (found == files.end())
+      return "no " + name;
+    const std::string& bytes = found->second;
+    if (bytes == content)
+      continue;
+    const auto first = std::mismatch(content.begin(), content.end(), bytes.begin(), bytes.end()).first;
+    return name + ": " + std::to_string(bytes.size()) + " bytes for " + std::to_string(content.size()) +
+           ", the first other one at " + std::to_string(first - content.begin());
+  }
+  for (const auto& [name, content] : files) {
+    if (!expected.count(name))
+      return name + " as well";
+  }
+  return std::string();
+}
+
+}  // namespace
+
+std::string Difference(const Effects& expected, const Effects& effects) {
+  if (Describe(expected) != Describe(effects))
+    return Describe(effects) + " for " + Describe(expected);
+  const std::string files = DifferenceOfFiles(expected.left, effects.left);
+  return !files.empty() || expected.copies.empty() ? files : DifferenceOfFiles(expected.copies, effects.copies);
 }

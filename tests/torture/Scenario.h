@@ -41,10 +41,20 @@ struct Effects {
   Files left;
   Texts host;
 
+  // The copies of the permission file and of the manifest in the Internet cache, by "permit copy" and "manifest copy", and
+  // what is there of the files that the cache gave and that nobody committed.
+  Files copies = {};
+  Texts uncommitted = {};
+
+  // Copies aside: a run is the same with another one.
   bool operator==(const Effects& other) const {
-    return results == other.results && left == other.left && host == other.host;
+    return results == other.results && left == other.left && host == other.host && uncommitted == other.uncommitted;
   }
 };
 
 // For messages: one line.
 std::string Describe(const Effects& effects);
+
+// What makes one use another one, byte for byte, in one line; empty when nothing does. What `expected` says nothing of, its
+// copies, is not compared.
+std::string Difference(const Effects& expected, const Effects& effects);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <set>
@@ -12,20 +13,37 @@
 
 namespace {
 
-// Of all calls, every sixteenth and the first of each kind fail, unless NORVIK_TORTURE is "all" (scripts/torture).
-constexpr std::size_t kStride = 16;
+// Of all calls, one in sixteen and the first of each kind fail; which ones these are depends on NORVIK_SEED, a number from 0
+// to 4294967295 (0 without it). With NORVIK_TORTURE=all (scripts/torture) all do, and with a number in its place that call
+// only.
+constexpr std::uint32_t kStride = 16;
 
-bool AreAllTried() {
+std::string Wish() {
   const char* const wish = std::getenv("NORVIK_TORTURE");
-  return wish && std::string(wish) == "all";
+  return wish ? wish : "";
 }
 
-std::vector<std::size_t> ChooseCalls(const std::vector<FallibleCall>& calls, std::size_t offset) {
+std::uint32_t Seed() {
+  const char* const given = std::getenv("NORVIK_SEED");
+  return given ? static_cast<std::uint32_t>(std::strtoul(given, nullptr, 10)) : 0;
+}
+
+// A number without any order to it for each seed, scenario and call (the mixing steps of MurmurHash3).
+std::uint32_t Mix(std::uint32_t seed, std::size_t scenario, std::size_t number) {
+  std::uint32_t mixed = seed * 0x9E3779B1u + static_cast<std::uint32_t>(scenario * 4096 + number);
+  mixed = (mixed ^ (mixed >> 16)) * 0x85EBCA6Bu;
+  mixed = (mixed ^ (mixed >> 13)) * 0xC2B2AE35u;
+  return mixed ^ (mixed >> 16);
+}
+
+std::vector<std::size_t> ChooseCalls(const std::vector<FallibleCall>& calls, std::size_t scenario) {
+  const std::string wish = Wish();
   std::vector<std::size_t> chosen;
   std::set<std::string> kinds;
   for (std::size_t number = 0; number < calls.size(); ++number) {
     const bool isNew = kinds.insert(std::string(calls[number].function) + "/" + calls[number].object).second;
-    if (isNew || number % kStride == offset % kStride || AreAllTried())
+    const bool isOfSample = isNew || Mix(Seed(), scenario, number) % kStride == 0;
+    if (wish.empty() ? isOfSample : wish == "all" || wish == std::to_string(number))
       chosen.push_back(number);
   }
   return chosen;
@@ -45,25 +63,31 @@ class TortureTest : public testing::TestWithParam<std::size_t> {
     return work.Use();
   }
 
+  std::string Where(std::size_t number, int way, bool andAllAfter) const {
+    const FallibleCall& call = usual.calls[number];
+    const Situation& situation = usual.situations[number];
+    return std::string(Played().name) + ": " + call.function + " (" + call.object + ") in the step '" + situation.step +
+           "', '" + situation.subject + "', call " + std::to_string(number) + " of " + std::to_string(usual.calls.size()) +
+           ", way " + std::to_string(way) + (andAllAfter ? ", and all after it" : "") + ", seed " + std::to_string(Seed());
+  }
+
   void Fail(std::size_t number, int way, bool andAllAfter) {
+    const std::string where = Where(number, way, andAllAfter);
     work.Prepare();
     work.counter.Fail(number, way, andAllAfter);
     const Effects effects = work.Use();
     failures += work.counter.Failures();
     ++trials;
-    const Trial trial = {&Played(), work.counter.Calls().at(number), andAllAfter, &work.counter, work.Log(), usual, effects};
-    const std::string where =
-        std::string(trial.call.function) + " (" + trial.call.object + "), call " + std::to_string(number) + ", way " +
-        std::to_string(way) + (andAllAfter ? ", and all after it" : "");
+    const Trial trial = {&Played(), &usual, number, andAllAfter, &work.counter, work.Log(), effects};
     EXPECT_EQ("", Judge(trial)) << where << ": " << Describe(effects);
     EXPECT_TRUE(work.CanUnload()) << where;
     work.counter.ForgetHeld();
-    EXPECT_EQ(Describe(usual), Describe(UseUndisturbed())) << "the use behind " << where;
+    EXPECT_EQ("", Difference(usual.effects, UseUndisturbed())) << "the use behind " << where;
     EXPECT_EQ("", work.counter.Held()) << "the use behind " << where;
   }
 
   Workplace work{Played()};
-  Effects usual;
+  Undisturbed usual;
   int failures = 0;
   int trials = 0;
 };
@@ -71,22 +95,25 @@ class TortureTest : public testing::TestWithParam<std::size_t> {
 TEST_P(TortureTest, EveryCallFails) {
   UseUndisturbed();  // what is kept for the life of the process is there from now on
   work.counter.ForgetHeld();
-  usual = UseUndisturbed();
-  const std::vector<FallibleCall> calls = work.counter.Calls();
-  ASSERT_EQ(Describe(work.Expected()), Describe(usual));
+  usual.effects = UseUndisturbed();
+  usual.log = work.Log();
+  usual.calls = work.counter.Calls();
+  usual.situations = SituationsOf(usual.calls);
+  ASSERT_EQ("", Difference(work.Expected(), usual.effects));
   ASSERT_EQ("", work.counter.Held());
-  ASSERT_GT(calls.size(), 100u);
+  ASSERT_GT(usual.calls.size(), 100u);
 
   const std::uintptr_t handle = LowestFreeHandle();
   const SIZE_T bytes = HeapBytesInUse();
-  for (const std::size_t number : ChooseCalls(calls, GetParam())) {
-    for (int way = 0; way < calls[number].errors; ++way)
+  for (const std::size_t number : ChooseCalls(usual.calls, GetParam())) {
+    for (int way = 0; way < usual.calls[number].errors; ++way)
       Fail(number, way, false);
     Fail(number, 0, true);
   }
   EXPECT_LE(LowestFreeHandle(), handle + kToleratedHandles);
   EXPECT_LE(HeapBytesInUse(), bytes + kToleratedBytes);
-  std::printf("%s: %d calls failed in %d uses\n", Played().name, failures, trials);
+  std::printf(
+      "%s (seed %lu): %d calls failed in %d uses\n", Played().name, static_cast<unsigned long>(Seed()), failures, trials);
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, TortureTest, testing::Range(std::size_t{0}, AllScenarios().size()));

@@ -119,13 +119,21 @@ Effects Workplace::Use() {
 
 void Workplace::Look(Effects& effects) const {
   ReadTree(destination.Path(), "", effects.left);
+  for (const auto& [path, file] : places.CacheFiles()) {
+    if (!FileExistsAt(path))
+      continue;
+    if (!file.isCommitted)
+      effects.uncommitted.push_back(file.place);
+    else if (file.place != "source copy")
+      effects.copies[file.place] = ReadWholeFile(path);
+  }
   const std::string cached = places.CacheFileOf(server.Url("/long.txt"));
   if (!cached.empty() && FileExistsAt(cached))
     effects.left["(Internet cache)"] = ReadWholeFile(cached);
 }
 
 Effects Workplace::Expected() const {
-  Effects expected{scenario.results, scenario.left, {}};
+  Effects expected{scenario.results, scenario.left, {}, {}, {}};
   for (const std::string& action : scenario.host)
     expected.host.push_back(Fill(action));
   return expected;
