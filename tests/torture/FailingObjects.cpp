@@ -228,6 +228,42 @@ HRESULT FailingList::nextNode(IXMLDOMNode** item) {
   return HandOn<FailingNode>("nextNode", item, [&](auto** node) { return real->nextNode(node); });
 }
 
+class ReaderMethods : public ISAXXMLReader {
+ public:
+  virtual ~ReaderMethods() = default;
+  HRESULT WINAPI QueryInterface(REFIID, void** object) override {
+    *object = nullptr;
+    return E_NOINTERFACE;
+  }
+  FAKE_METHOD_REFUSED(getFeature, const wchar_t*, VARIANT_BOOL*)
+  FAKE_METHOD_REFUSED(putFeature, const wchar_t*, VARIANT_BOOL)
+  FAKE_METHOD_REFUSED(getProperty, const wchar_t*, VARIANT*)
+  FAKE_METHOD_REFUSED(putProperty, const wchar_t*, VARIANT)
+  FAKE_METHOD_REFUSED(getEntityResolver, ISAXEntityResolver**)
+  FAKE_METHOD_REFUSED(putEntityResolver, ISAXEntityResolver*)
+  FAKE_METHOD_REFUSED(getContentHandler, ISAXContentHandler**)
+  FAKE_METHOD_REFUSED(getDTDHandler, ISAXDTDHandler**)
+  FAKE_METHOD_REFUSED(putDTDHandler, ISAXDTDHandler*)
+  FAKE_METHOD_REFUSED(getErrorHandler, ISAXErrorHandler**)
+  FAKE_METHOD_REFUSED(putErrorHandler, ISAXErrorHandler*)
+  FAKE_METHOD_REFUSED(getBaseURL, const wchar_t**)
+  FAKE_METHOD_REFUSED(putBaseURL, const wchar_t*)
+  FAKE_METHOD_REFUSED(getSecureBaseURL, const wchar_t**)
+  FAKE_METHOD_REFUSED(putSecureBaseURL, const wchar_t*)
+  FAKE_METHOD_REFUSED(parse, VARIANT)
+};
+
+class FailingReader : public Failing<ReaderMethods, ISAXXMLReader> {
+ public:
+  using Failing::Failing;
+  HRESULT WINAPI putContentHandler(ISAXContentHandler* handler) override {
+    return PassOn("putContentHandler", [&] { return real->putContentHandler(handler); });
+  }
+  HRESULT WINAPI parseURL(const wchar_t* url) override {
+    return PassOn("parseURL", [&] { return real->parseURL(url); });
+  }
+};
+
 class RegistrarMethods : public IRegistrar {
  public:
   virtual ~RegistrarMethods() = default;
@@ -262,6 +298,10 @@ class FailingRegistrar : public Failing<RegistrarMethods, IRegistrar> {
 
 void* MakeFailingDocument(void* object, CallCounter& counter) {
   return static_cast<IXMLDOMDocument2*>(new FailingDocument(static_cast<IXMLDOMDocument2*>(object), counter));
+}
+
+void* MakeFailingReader(void* object, CallCounter& counter) {
+  return static_cast<ISAXXMLReader*>(new FailingReader(static_cast<ISAXXMLReader*>(object), counter));
 }
 
 void* MakeFailingRegistrar(void* object, CallCounter& counter) {

@@ -11,5 +11,8 @@
 // (IXMLDOMDocument2).
 void* MakeFailingDocument(void* object, CallCounter& counter);
 
+// The same for the SAX reader of the XML parser (ISAXXMLReader).
+void* MakeFailingReader(void* object, CallCounter& counter);
+
 // The same for the platform's registrar.
 void* MakeFailingRegistrar(void* object, CallCounter& counter);

@@ -18,6 +18,9 @@ struct Subject {
   std::string name;
 };
 
+// The class of the SAX reader.
+constexpr CLSID kReaderClass = {0x079AA557, 0x4A18, 0x424A, {0x8E, 0xEE, 0xE3, 0x9F, 0x0A, 0x8D, 0x41, 0xB9}};
+
 const auto kNothing = [](auto...) { return Subject(""); };
 
 // What leaves no error behind is taken for a lack of memory.
@@ -296,19 +299,23 @@ void FailingSystem::ReplaceCom() {
     counter.GiveBack("apartment", this);
     original();
   });
-  REPLACE(CoCreateInstance,
-          [this](auto original, REFCLSID classId, auto outer, auto context, REFIID iid, void** object) -> HRESULT {
-            const bool isRegistrar = classId == kRegistrarClass;
-            const int way = counter.Decide("CoCreateInstance", isRegistrar ? "registrar" : "document", 2);
-            if (way >= 0 || (isRegistrar && !hasRegistrar)) {
-              *object = nullptr;
-              return RefuseWith(way == 1 ? E_OUTOFMEMORY : REGDB_E_CLASSNOTREG);
-            }
-            const HRESULT hr = original(classId, outer, context, iid, object);
-            if (SUCCEEDED(hr))
-              *object = isRegistrar ? MakeFailingRegistrar(*object, counter) : MakeFailingDocument(*object, counter);
-            return hr;
-          });
+  REPLACE(
+      CoCreateInstance,
+      [this](auto original, REFCLSID classId, auto outer, auto context, REFIID iid, void** object) -> HRESULT {
+        const bool isRegistrar = classId == kRegistrarClass;
+        const bool isReader = classId == kReaderClass;
+        const int way = counter.Decide("CoCreateInstance", isRegistrar ? "registrar" : isReader ? "reader" : "document", 2);
+        if (way >= 0 || (isRegistrar && !hasRegistrar)) {
+          *object = nullptr;
+          return RefuseWith(way == 1 ? E_OUTOFMEMORY : REGDB_E_CLASSNOTREG);
+        }
+        const HRESULT hr = original(classId, outer, context, iid, object);
+        if (SUCCEEDED(hr))
+          *object = isRegistrar ? MakeFailingRegistrar(*object, counter)
+                    : isReader  ? MakeFailingReader(*object, counter)
+                                : MakeFailingDocument(*object, counter);
+        return hr;
+      });
 }
 
 void FailingSystem::ReplaceTypeLibraries() {

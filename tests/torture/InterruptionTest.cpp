@@ -80,7 +80,7 @@ std::vector<std::size_t> InterruptedScenarios() {
   std::vector<std::size_t> numbers;
   for (std::size_t number = 0; number < AllScenarios().size(); ++number) {
     const Scenario& scenario = AllScenarios()[number];
-    if (scenario.use == Use::Execute && scenario.permit.empty() && scenario.manifest.empty())
+    if (scenario.use == Use::Execute && SUCCEEDED(scenario.results.back()))
       numbers.push_back(number);
   }
   return numbers;

@@ -7,10 +7,6 @@
 
 namespace {
 
-bool IsEmptyCode(HRESULT code) {
-  return code == kItsOwn;
-}
-
 // How many lines of the log, notes aside, have the code.
 std::ptrdiff_t CountCode(const std::vector<LogEntry>& log, HRESULT code) {
   return std::count_if(
@@ -80,9 +76,7 @@ unsigned OutcomesOfFailure(const Trial& trial, HRESULT result, HRESULT code) {
     outcomes |= kNoEngine;
   if (result == E_UNEXPECTED && HasMessage(trial, "Missing permitted URL list."))
     outcomes |= kNoList;
-  if (result == E_ACCESSDENIED && HasMessage(trial, "Manifest URL '"))
-    outcomes |= kDenied;
-  if (result == E_ACCESSDENIED && CountCode(trial.log, result) > 0)
+  if (result == E_ACCESSDENIED)
     outcomes |= kDenied;
   if (result == E_FAIL)
     outcomes |= kRefused;
@@ -110,14 +104,14 @@ unsigned OutcomesOf(const Trial& trial, HRESULT code) {
     outcomes |= kCommands | (IsOneCommandUsual(trial) ? kCommand : 0u);
     outcomes |= trial.usual->situations[trial.number].element == "Copy" ? kUnread : 0u;
   }
-  if (result == S_OK || result == RunResult(trial.usual->effects))
+  if (!(outcomes & kUsual) && (result == S_OK || result == RunResult(trial.usual->effects)))
     outcomes |= IsReplaced(trial) ? kReplaced : kLess;
   return outcomes;
 }
 
 // Every file has the bytes that it has when nothing fails, or those that were there before. What is replaced against its
-// policy is replaced by the whole new file.
-std::string JudgeFile(const Trial& trial, const std::string& name, const std::string& content) {
+// policy is replaced by the whole new file, and what goes into the Internet cache is whole as well.
+std::string JudgeFile(const Trial& trial, unsigned outcomes, const std::string& name, const std::string& content) {
   const auto isOf = [&](const Files& files) {
     const auto found = files.find(name);
     return found != files.end() && found->second == content;
@@ -126,24 +120,31 @@ std::string JudgeFile(const Trial& trial, const std::string& name, const std::st
     return std::string();
   if (trial.scenario->existing.count(name) && IsReplaced(trial) && content == LongContent())
     return std::string();
+  if ((outcomes & kLess) && name == kCachedFile && content == LongContent())
+    return std::string();
   return "a file that is neither the usual nor the existing one: " + name;
 }
 
-std::string JudgeFiles(const Trial& trial, unsigned outcomes) {
+// What is left of a file that cannot be taken away is not looked at.
+std::string JudgeContents(const Trial& trial, unsigned outcomes) {
   if (trial.counter->HasFailed("DeleteFileA"))
-    return std::string();  // what is left of a file cannot be taken away
+    return std::string();
   for (const auto& [name, content] : trial.effects.left) {
-    const std::string wrong = JudgeFile(trial, name, content);
+    const std::string wrong = JudgeFile(trial, outcomes, name, content);
     if (!wrong.empty())
       return wrong;
   }
+  return trial.effects.uncommitted.empty() ? std::string() : "nobody committed the " + trial.effects.uncommitted[0];
+}
+
+std::string JudgeFiles(const Trial& trial, unsigned outcomes) {
   if (IsReplaced(trial) && !(outcomes & kReplaced))
     return "the existing file is gone";
   for (const auto& [name, content] : trial.scenario->existing) {
     if (content != kOldContent && !trial.effects.left.count(name))
       return "another existing file is gone: " + name;
   }
-  return trial.effects.uncommitted.empty() ? std::string() : "nobody committed the " + trial.effects.uncommitted[0];
+  return JudgeContents(trial, outcomes);
 }
 
 // A copy is whole, unless the document went on without its declaration.
@@ -178,7 +179,7 @@ Verdict Compare(const Trial& trial) {
   const FallibleCall& call = trial.Call();
   const Situation& situation = trial.usual->situations[trial.number];
   for (const ToldRow* const row : ToldRowsOf(call, situation)) {
-    const HRESULT code = IsEmptyCode(row->code) ? CodeOfCall(trial) : row->code;
+    const HRESULT code = row->code == kItsOwn ? CodeOfCall(trial) : row->code;
     if ((row->outcomes & OutcomesOf(trial, code)) && IsTold(trial, code))
       return {true, row->outcomes};
   }
@@ -220,7 +221,7 @@ bool MayGoUnnoticed(const FallibleCall& call, const Situation& situation) {
 // Where everything fails from some call on, the log is lost as well: nothing may look like a success that is none.
 std::string JudgeAll(const Trial& trial) {
   if (trial.scenario->use == Use::CreateOnly || RunResult(trial.effects) != S_OK)
-    return JudgeFiles(trial, kReplaced);
+    return JudgeFiles(trial, kReplaced | kLess);
   if (!(trial.effects == trial.usual->effects))
     return "success, but not the usual one";
   for (std::size_t number = trial.number; number < trial.usual->calls.size(); ++number) {

@@ -309,6 +309,10 @@ constexpr UntoldRow kUntoldRows[] = {
     {"get_line", nullptr, nullptr, kUsual, kReason},
     {"get_reason", nullptr, nullptr, kUsual, kReason},
     {"WideCharToMultiByte", "manifest document", nullptr, kUsual, kReason},
+    {"HeapAlloc", "manifest document", "reason", kUsual, kReason},
+    {"CoCreateInstance", "manifest document", nullptr, kUsual, kReason},
+    {"putContentHandler", nullptr, nullptr, kUsual, kReason},
+    {"parseURL", nullptr, nullptr, kUsual, kReason},
 
     {"HeapAlloc", "command", "source text", kUsual, kFileReported},
     {"HeapAlloc", "command", "folder", kUsual, kFileReported},

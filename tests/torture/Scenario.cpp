@@ -90,7 +90,7 @@ std::vector<Scenario> MakeScenarios() {
   Scenario cache{"a copy into the Internet cache"};
   cache.isManifestOnWeb = true;
   cache.commands = Copy("$W/long.txt", "<InternetCache><ExpireTime>2039-01-01T00:00:00Z</ExpireTime></InternetCache>");
-  cache.left = {{"(Internet cache)", content}};
+  cache.left = {{kCachedFile, content}};
   all.push_back(cache);
 
   Scenario browser{"a page opens in the browser"};
@@ -135,6 +135,11 @@ std::vector<Scenario> MakeScenarios() {
       "<VantorManifest version=\"1.0\"><Copy></VantorManifest>\r\n";
   noManifest.results = {S_OK, E_FAIL};
   all.push_back(noManifest);
+
+  Scenario forbidden{"a manifest with a forbidden destination"};
+  forbidden.commands = Copy("$S\\short.txt", "<InternetCache/><Path>$D</Path>");
+  forbidden.results = {S_OK, E_FAIL};
+  all.push_back(forbidden);
   return all;
 }
 

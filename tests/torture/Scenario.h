@@ -35,6 +35,9 @@ const std::string& LongContent();
 constexpr char kShortContent[] = "a short file";
 constexpr char kOldContent[] = "what was there before";
 
+// The name under which the long file shows when it was copied into the Internet cache.
+constexpr char kCachedFile[] = "(Internet cache)";
+
 // What one use did.
 struct Effects {
   std::vector<HRESULT> results;

@@ -26,6 +26,7 @@ const std::map<std::string, Names> kAllocations = {
       "object", "text", "corrected URL", "folder", "file name", "extension",  // its URL
       "object", "path"}},                                                     // the cache's folder
     {"manifest copy", {"cache file name", "buffer"}},
+    {"manifest document", {"reason"}},
     {"Copy", {"object"}},
     {"Open", {"object"}},
     {"Source", kUrlParts},

@@ -129,7 +129,7 @@ void Workplace::Look(Effects& effects) const {
   }
   const std::string cached = places.CacheFileOf(server.Url("/long.txt"));
   if (!cached.empty() && FileExistsAt(cached))
-    effects.left["(Internet cache)"] = ReadWholeFile(cached);
+    effects.left[kCachedFile] = ReadWholeFile(cached);
 }
 
 Effects Workplace::Expected() const {
