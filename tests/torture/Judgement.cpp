@@ -98,6 +98,8 @@ unsigned OutcomesOf(const Trial& trial, HRESULT code) {
   if (trial.scenario->use == Use::CreateOnly)
     return OutcomesOfCreation(trial);
   unsigned outcomes = trial.effects == trial.usual->effects ? kUsual : 0u;
+  if (outcomes && FAILED(result))
+    outcomes |= kRefusedAnyway;
   if (FAILED(result))
     return outcomes | OutcomesOfFailure(trial, result, code);
   if (result == S_FALSE) {

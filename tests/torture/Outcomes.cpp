@@ -274,6 +274,7 @@ constexpr char kCacheTime[] = "an entry of the Internet cache has some time or o
 constexpr char kZone[] = "the conversion that every time ends with tells of one that is none";
 constexpr char kExistence[] = "what the system tells nothing of is as good as absent";
 constexpr char kLength[] = "an answer whose status or length is not known is taken as it comes";
+constexpr char kSameRefusal[] = "a parser that refuses a document says no more than one that finds it invalid";
 constexpr char kReason[] = "the document is refused without its line or its reason";
 
 constexpr UntoldRow kUntoldRows[] = {
@@ -305,6 +306,7 @@ constexpr UntoldRow kUntoldRows[] = {
     {"SystemTimeToFileTime", "Destination/Attributes/FileTime", "zone", kUsual, kZone},
     {"SystemTimeToFileTime", "Destination/InternetCache/ExpireTime", "zone", kUsual, kZone},
 
+    {"load", nullptr, nullptr, kRefusedAnyway, kSameRefusal},
     {"get_parseError", nullptr, nullptr, kUsual, kReason},
     {"get_line", nullptr, nullptr, kUsual, kReason},
     {"get_reason", nullptr, nullptr, kUsual, kReason},

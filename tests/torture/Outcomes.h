@@ -10,18 +10,19 @@
 
 // What may come of a call that fails.
 enum Outcome : unsigned {
-  kNotMade = 1 << 0,    // there is no control, and the host has the code
-  kNoEngine = 1 << 1,   // the control has no permissions, and every run is E_UNEXPECTED
-  kNoList = 1 << 2,     // the permitted URLs are none, which is E_UNEXPECTED as well
-  kDenied = 1 << 3,     // the manifest is not permitted: E_ACCESSDENIED
-  kRunFails = 1 << 4,   // the run fails with the code that the log tells
-  kRefused = 1 << 5,    // the document is not what it has to be: the run fails with E_FAIL
-  kCommand = 1 << 6,    // a command fails, the run is S_FALSE, and the other one is carried out
-  kCommands = 1 << 7,   // commands fail, and the run is S_FALSE
-  kUnread = 1 << 8,     // a `Copy` is not read, and fails when its turn comes; an `Open` is not read, and the run fails
-  kUsual = 1 << 9,      // everything is as if nothing had failed
-  kLess = 1 << 10,      // a file is not written, or elsewhere, or the existing one stays; the run is a success
-  kReplaced = 1 << 11,  // the existing file is replaced by the new one; the run is a success
+  kNotMade = 1 << 0,         // there is no control, and the host has the code
+  kNoEngine = 1 << 1,        // the control has no permissions, and every run is E_UNEXPECTED
+  kNoList = 1 << 2,          // the permitted URLs are none, which is E_UNEXPECTED as well
+  kDenied = 1 << 3,          // the manifest is not permitted: E_ACCESSDENIED
+  kRunFails = 1 << 4,        // the run fails with the code that the log tells
+  kRefused = 1 << 5,         // the document is not what it has to be: the run fails with E_FAIL
+  kCommand = 1 << 6,         // a command fails, the run is S_FALSE, and the other one is carried out
+  kCommands = 1 << 7,        // commands fail, and the run is S_FALSE
+  kUnread = 1 << 8,          // a `Copy` is not read, and fails when its turn comes; an `Open` is not read, and the run fails
+  kUsual = 1 << 9,           // everything is as if nothing had failed
+  kLess = 1 << 10,           // a file is not written, or elsewhere, or the existing one stays; the run is a success
+  kReplaced = 1 << 11,       // the existing file is replaced by the new one; the run is a success
+  kRefusedAnyway = 1 << 12,  // the document is one that is refused, and it is
 };
 
 // How the log tells of a failure: by the code of the call that failed, or by another one.
