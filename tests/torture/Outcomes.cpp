@@ -17,7 +17,7 @@ namespace {
 
 constexpr HRESULT kOutOfMemory = E_OUTOFMEMORY;
 constexpr HRESULT kAlreadyExists = __HRESULT_FROM_WIN32(ERROR_ALREADY_EXISTS);
-constexpr unsigned kListEnds = kNoList | kDenied | kUsual;
+constexpr unsigned kListEnds = kNoList | kDenied | kCommands | kUsual;
 constexpr unsigned kElsewhere = kUsual | kLess;
 constexpr unsigned kOtherPolicy = kUsual | kReplaced | kLess | kCommand;
 
@@ -79,7 +79,7 @@ constexpr ToldRow kToldRows[] = {
     {"HeapAlloc", "permit URL", "object", kListEnds, E_POINTER},
     {"HeapAlloc", "permit URL", "text", kListEnds, kOutOfMemory},
     {"HeapAlloc", "permit URL", "corrected URL", kListEnds, kOutOfMemory},
-    {"HeapAlloc", "permit URL", "folder", kDenied, E_ACCESSDENIED},
+    {"HeapAlloc", "permit URL", "folder", kDenied | kCommands, E_ACCESSDENIED},
     {"HeapAlloc", "permit Extension", "destination permissions", kNoEngine, kOutOfMemory},
     {"SysAllocString", "permit *", nullptr, kUsual | kCommands, kOutOfMemory},
     {"selectNodes", "permit *", nullptr, kUsual | kCommands, kItsOwn},

@@ -119,15 +119,22 @@ class Walk {
       return step == "command" ? InGroup() : Named(kAllocations, counts["HeapAlloc"]);
     if (Is("WideCharToMultiByte") && (step == "control" || (step == "run" && counts["WideCharToMultiByte"] == 1)))
       return "log name";
-    if (Is("ReadFile") || Is("InternetReadFile"))
-      return counts["WriteFile"] == 0 ? "declaration" : "rest";
-    if (Is("WriteFile"))
-      return counts["WriteFile"] == 1 ? "declaration" : "rest";
+    if (step == "permit copy" || step == "manifest copy")
+      return OfDocument();
     if (Is("SystemTimeToFileTime"))
       return counts["SystemTimeToFileTime"] == 1 ? "zone" : "end";
     if (Is("CloseHandle"))
       return previous == "GetFileTime" ? "read" : Call().object;
     return Is("GetFileAttributesA") ? OfAttributes() : "";
+  }
+
+  // A document's declaration is written first, by itself.
+  std::string OfDocument() {
+    if (Is("ReadFile") || Is("InternetReadFile"))
+      return counts["WriteFile"] == 0 ? "declaration" : "rest";
+    if (Is("WriteFile"))
+      return counts["WriteFile"] == 1 ? "declaration" : "rest";
+    return Is("CloseHandle") ? Call().object : "";
   }
 
   std::string Named(const std::map<std::string, Names>& names, std::size_t count) const {
