@@ -5,6 +5,9 @@
 #include <gtest/gtest.h>
 #include <shlobj.h>
 
+#include <optional>
+#include <set>
+
 #include "engine/CopyCommand.h"
 #include "engine/EngineFixture.h"
 #include "engine/HeapFailure.h"
@@ -346,15 +349,30 @@ TEST(CopyCommandReadTest, UnreadableOptionalElementsCountAsAbsent) {
   EXPECT_EQ("(null)", Text(read.command.GetNotFoundText()));
 }
 
-TEST(CopyCommandReadTest, EveryAllocationThatFailsLeavesACommandThatCanBeDeleted) {
+TEST(CopyCommandReadTest, EveryAllocationThatFailsIsAFailureOrACommandWithSourceAndDestination) {
   const auto element = ParseElement(
       CopyElement(kWebSource, "<FileName>a.txt</FileName><Path>C:\\apps</Path>", "<NotFoundHTML>none</NotFoundHTML>"));
   const LogCapture log(false);
   HRESULT hr = E_UNEXPECTED;
-  const int failures = ForEachFailedAllocation(
-      [] {}, [&] { const CCopyCommand command(element.Get(), &hr); },
-      [&] { EXPECT_TRUE(hr == S_OK || hr == E_OUTOFMEMORY || hr == E_POINTER) << std::hex << hr; });
+  std::optional<CCopyCommand> command;
+  std::set<HRESULT> results;
+  std::set<std::string> names, notFoundTexts;
+  const int failures = ForEachFailedAllocation([&] { command.emplace(element.Get(), &hr); },
+                                               [&] {
+    results.insert(hr);
+    EXPECT_HRESULT(hr, command->GetReadingCode());
+    EXPECT_EQ(hr == S_OK, command->GetSource() && command->GetDestination());
+    if (hr == S_OK) {
+      EXPECT_STREQ(kWebSource, command->GetSource()->GetURL());
+      names.insert(Text(command->GetFileName()));
+      notFoundTexts.insert(Text(command->GetNotFoundText()));
+    }
+  });
   EXPECT_LT(8, failures);
+  EXPECT_EQ((std::set<HRESULT>{S_OK, E_OUTOFMEMORY, E_POINTER}), results);
+  // A name that cannot be kept is that of the source, whose extension is checked then.
+  EXPECT_EQ((std::set<std::string>{"a.txt", "setup.exe"}), names);
+  EXPECT_EQ((std::set<std::string>{"none", "(null)"}), notFoundTexts);
   EXPECT_HRESULT(S_OK, hr);
 }
 

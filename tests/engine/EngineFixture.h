@@ -6,8 +6,8 @@
 
 #include "common/ListItem.h"
 #include "permissions/Permissions.h"
-#include "support/CachedFile.h"
 #include "support/Files.h"
+#include "support/InternetCache.h"
 #include "support/LogCapture.h"
 #include "support/PermitFile.h"
 #include "support/XmlDocuments.h"

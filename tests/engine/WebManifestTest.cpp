@@ -105,6 +105,7 @@ TEST_F(WebManifestTest, APageThatSaysNotFoundIsNoFile) {
   EXPECT_HRESULT(S_FALSE, RunCommands(Copy("/apps/a.txt", "", "<NotFoundHTML>Page Missing</NotFoundHTML>") +
                                       Copy("/apps/b.txt", "", "<NotFoundHTML>Page Missing</NotFoundHTML>")));
   EXPECT_EQ("b.txt", Names());
+  EXPECT_EQ("good", ReadWholeFile(destination.File("b.txt")));
 }
 
 TEST_F(WebManifestTest, WithoutANotFoundTextAServersErrorPageIsTheFile) {
@@ -117,6 +118,7 @@ TEST_F(WebManifestTest, AQueryIsNoPartOfTheFileName) {
   server.Answer("/apps/a.txt?version=2", Response().Body("two"));
   EXPECT_HRESULT(S_OK, RunCommands(Copy("/apps/a.txt?version=2")));
   EXPECT_EQ("a.txt", Names());
+  EXPECT_EQ("two", ReadWholeFile(destination.File("a.txt")));
 }
 
 TEST_F(WebManifestTest, AFileThatCannotBeReadToItsEndIsNotLeftBehind) {
@@ -136,6 +138,8 @@ TEST_F(WebManifestTest, AFileThatCannotBeReadToItsEndIsNotLeftBehind) {
 TEST_F(WebManifestTest, AnErrorPageIsNoManifest) {
   server.Answer("/apps/web.xml", Response().Status("404 Not Found").Body("<html><body>Not found</body></html>"));
   EXPECT_HRESULT(E_FAIL, Run("/apps/web.xml"));
+  const std::string start = "Failed to copy '" + server.Url("/apps/web.xml") + "' to '";
+  EXPECT_EQ(start, LastMessage().substr(0, start.size()));
 }
 
 TEST_F(WebManifestTest, AServerThatIsNotThereIsItsFailure) {
@@ -152,7 +156,7 @@ TEST_F(WebManifestTest, EveryRunAsksTheServerAgain) {
   server.Answer("/apps/a.txt", Response().Body("two"));
   EXPECT_HRESULT(S_OK, RunCommands(Copy("/apps/a.txt")));
   EXPECT_EQ("two", ReadWholeFile(destination.File("a.txt")));
-  EXPECT_EQ(4u, server.Asked().size());
+  EXPECT_EQ((Texts{"GET /apps/web.xml", "GET /apps/a.txt", "GET /apps/web.xml", "GET /apps/a.txt"}), server.Asked());
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <wininet.h>
 
 #include "permissions/Permissions.h"
-#include "support/CachedFile.h"
+#include "support/InternetCache.h"
 #include "support/HResult.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"

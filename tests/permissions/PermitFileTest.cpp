@@ -9,7 +9,7 @@
 
 #include "permissions/DestinationDocument.h"
 #include "permissions/Permissions.h"
-#include "support/CachedFile.h"
+#include "support/InternetCache.h"
 #include "support/HResult.h"
 #include "support/LogCapture.h"
 #include "support/WebServer.h"

@@ -33,6 +33,6 @@ class HeapBalance {
 
  private:
   std::set<void*> outstanding;
-  ImportedFunction<struct HeapAllocImport, decltype(&::HeapAlloc)> allocations;
-  ImportedFunction<struct HeapFreeImport, decltype(&::HeapFree)> frees;
+  ImportedFunction<struct BalancedAlloc, decltype(&::HeapAlloc)> allocations;
+  ImportedFunction<struct BalancedFree, decltype(&::HeapFree)> frees;
 };

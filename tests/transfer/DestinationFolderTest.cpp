@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "common/ModulePath.h"
-#include "support/CachedFile.h"
+#include "support/InternetCache.h"
 #include "support/Files.h"
 #include "support/HResult.h"
 #include "support/ImportPatch.h"

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "support/CachedFile.h"
+#include "support/InternetCache.h"
 #include "support/Files.h"
 #include "support/HResult.h"
 #include "support/ImportPatch.h"
