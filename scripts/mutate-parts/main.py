@@ -1,0 +1,177 @@
+#!/usr/bin/env python3
+"""What scripts/mutate does; see there."""
+
+import argparse
+import json
+import secrets
+import signal
+import sys
+import threading
+import time
+
+import preparation
+import report
+from judge import Judge, Verdict
+from mutants import Draw, all_mutants
+from workplace import ROOT, ToolError, Workplace, fingerprint, project_files
+
+FOLDERS = ("common", "log", "xml", "transfer", "permissions", "engine", "control")
+VERDICTS = preparation.FOLDER / "verdicts.jsonl"
+
+
+def arguments():
+    parser = argparse.ArgumentParser(prog="scripts/mutate", description="Changes src/ in one place at a time and looks whether a test notices.")
+    parser.add_argument("--seed", type=int, help="chooses the changes; without one it is drawn, and printed")
+    parser.add_argument("--count", type=int, default=300, help="how many changes (300)")
+    parser.add_argument("--folder", action="append", choices=FOLDERS, help="of this folder of src/ only; may be given again")
+    parser.add_argument("--jobs", type=int, default=2, help="how many workplaces (2); each needs a processor and 1.5 GB of disk")
+    parser.add_argument("--list", action="store_true", help="says which changes would be tried")
+    parser.add_argument("--only", nargs="+", metavar="ID", help="these changes, whatever the seed")
+    parser.add_argument("--resume", action="store_true", help="takes what was found out about the same sources before as it is")
+    return parser.parse_args()
+
+
+class Work:
+    """The mutants that are still to be judged and the verdicts so far, shared by the workplaces."""
+
+    def __init__(self, draw, known, state):
+        self.draw = draw
+        self.known = known
+        self.state = state
+        self.lock = threading.Lock()
+        self.verdicts = []
+        self.failure = None
+        self.start = time.monotonic()
+
+    def next(self, file):
+        """The next mutant without a verdict; None when there is none, or when the tool failed."""
+        with self.lock:
+            while not self.failure:
+                mutant = self.draw.next(file)
+                if not mutant or mutant.id not in self.known:
+                    return mutant
+                self._take(mutant, self.known[mutant.id])
+            return None
+
+    def add(self, mutant, verdict):
+        with self.lock:
+            with VERDICTS.open("a") as file:
+                file.write(json.dumps({"state": self.state, **verdict.as_dict()}) + "\n")
+            self._take(mutant, verdict)
+
+    def fail(self, error):
+        with self.lock:
+            self.failure = self.failure or error
+
+    def _take(self, mutant, verdict):
+        self.verdicts.append(verdict)
+        if verdict.result == "not compiled":
+            self.draw.replace(mutant)
+            return
+        done = sum(verdict.result != "not compiled" for verdict in self.verdicts)
+        say(f"[{done}/{self.draw.count} {time.monotonic() - self.start:.0f} s] {report.line_of(verdict)}, {verdict.seconds:.1f} s")
+
+
+def say(text):
+    print(text, file=sys.stderr, flush=True)
+
+
+def known_verdicts(state):
+    """By mutant, of the same sources."""
+    lines = map(json.loads, VERDICTS.read_text().splitlines()) if VERDICTS.exists() else ()
+    return {line["id"]: Verdict(**{key: value for key, value in line.items() if key != "state"}) for line in lines if line["state"] == state}
+
+
+def choose(options):
+    """The draw, with a seed of its own unless one is given."""
+    if options.seed is None:
+        options.seed = secrets.randbelow(10 ** 6)
+    candidates = list(all_mutants(ROOT, options.folder or FOLDERS))
+    if options.only:
+        candidates = [mutant for mutant in candidates if mutant.id in options.only]
+        if len(candidates) < len(set(options.only)):
+            raise ToolError("the sources have no such change (a change's name holds for one state of its file)")
+        options.count = len(candidates)
+    return Draw(candidates, options.count, options.seed)
+
+
+def judge_all(work, place):
+    """What one workplace does."""
+    try:
+        judge = Judge(place, *preparation.findings(work.places))
+        mutant = work.next(None)
+        while mutant:
+            start = time.monotonic()
+            result, test, tests = judge.judge(mutant)
+            work.add(mutant, Verdict(mutant.id, mutant.file, mutant.line, mutant.place.operator, mutant.before, mutant.place.after,
+                                     result, test, tests, round(time.monotonic() - start, 1)))
+            mutant = work.next(mutant.file)
+    except BaseException as error:  # it is raised again where all workplaces have come to their end
+        work.fail(error)
+
+
+def in_parallel(function, items):
+    threads = [threading.Thread(target=function, args=(item,), daemon=True) for item in items]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+
+
+def run(options, draw):
+    names = project_files()
+    state = fingerprint([name for name in names if not name.startswith("scripts/mutate")])
+    work = Work(draw, known_verdicts(state) if options.resume else {}, state)
+    work.places = [Workplace(number + 1) for number in range(options.jobs)]
+
+    def prepare(place):
+        try:
+            preparation.prepare(place, names, state, say)
+        except BaseException as error:
+            work.fail(error)
+
+    try:
+        in_parallel(prepare, work.places)
+        if not work.failure:
+            work.start = time.monotonic()
+            in_parallel(lambda place: judge_all(work, place), work.places)
+    except KeyboardInterrupt as error:
+        work.fail(error)
+    finally:
+        for place in work.places:
+            place.abandon()
+            place.end_wine()
+        summary = report.write(preparation.FOLDER, work.verdicts, options.seed, state)
+    if work.failure:
+        raise work.failure
+    print(summary)
+
+
+def interrupt(*_):
+    raise KeyboardInterrupt
+
+
+def main():
+    options = arguments()
+    signal.signal(signal.SIGTERM, interrupt)
+    try:
+        draw = choose(options)
+        print(f"seed {options.seed}", flush=True)
+        if options.list:
+            for mutant in sorted((mutant for group in draw.waiting.values() for mutant in group), key=lambda mutant: (mutant.file, mutant.place.begin)):
+                print(f"{mutant.id} {mutant.file}:{mutant.line} {mutant.place.operator}: "
+                      f"`{' '.join(mutant.before.split())}` -> `{' '.join(mutant.place.after.split())}`")
+            return 0
+        preparation.FOLDER.mkdir(parents=True, exist_ok=True)
+        run(options, draw)
+    except ToolError as error:
+        say(f"error: {error}")
+        return 1
+    except KeyboardInterrupt:
+        say("interrupted; --resume goes on")
+        return 130
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

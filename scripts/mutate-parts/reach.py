@@ -1,0 +1,85 @@
+"""Which functions of src/ each test case enters, told by programs that were built with NORVIK_TELL_FUNCTIONS."""
+
+import re
+import struct
+import subprocess
+
+from workplace import BUILD, LONGEST_FILTER
+
+POSITION = re.compile(r"^(?:.*/)?(src/\S+):(\d+)")
+
+
+def image_base(path):
+    """Where a 64-bit module wants to lie (Microsoft's PE format)."""
+    data = path.read_bytes()
+    header = struct.unpack_from("<I", data, 0x3C)[0]
+    return struct.unpack_from("<Q", data, header + 24 + 24)[0]
+
+
+def places_in(image, positions):
+    """{position: (file, line)} of the functions of src/ that begin at these positions of the image."""
+    positions, base = sorted(positions), image_base(image)
+    if not positions:
+        return {}
+    done = subprocess.run(["x86_64-w64-mingw32-addr2line", "-e", str(image)], input="\n".join(f"{base + position:#x}" for position in positions),
+                          text=True, stdout=subprocess.PIPE, check=True)
+    matches = zip(positions, map(POSITION.match, done.stdout.splitlines()))
+    return {position: (match[1], int(match[2])) for position, match in matches if match}
+
+
+def read_trace(folder, program, path):
+    """{test: {(file, line)}}; tests are named as test_trace.cpp names them."""
+    entered = {}
+    for line in path.read_text().splitlines():
+        name, *words = line.split()
+        entered.setdefault(name, set()).update(words)
+    images = {"exe": folder / BUILD / "tests" / f"{program}.exe", "dll": folder / BUILD / "norvik.dll"}
+    places = {}
+    for kind, image in images.items():
+        mine = {int(word[4:], 16) for words in entered.values() for word in words if word.startswith(kind)}
+        places.update({f"{kind}+{position:x}": place for position, place in places_in(image, mine).items()})
+    return {name: sorted({places[word] for word in words if word in places}) for name, words in entered.items()}
+
+
+class Reach:
+    """`entered` is {program: {test: [(file, line)]}}, `milliseconds` is {program: {test: time}} of all its tests in their order."""
+
+    def __init__(self, entered, milliseconds):
+        self.milliseconds = milliseconds
+        self.entered = {program: {test: [tuple(place) for place in places] for test, places in tests.items()}
+                        for program, tests in entered.items()}
+
+    def tests_for(self, mutant):
+        """{program: tests} that enter the function that is changed; of what stands outside of functions, or is never entered as a
+        function (the compiler had no need to), those that enter any function of the file; without any, all tests there are."""
+        for is_reached in (self.is_in_function(mutant), lambda place: mutant.file.endswith(".cpp") and place[0] == mutant.file):
+            chosen = {program: self.chosen_tests(program, is_reached) for program in self.milliseconds}
+            if any(chosen.values()):
+                return {program: tests for program, tests in chosen.items() if tests}
+        return {program: list(tests) for program, tests in self.milliseconds.items()}
+
+    @staticmethod
+    def is_in_function(mutant):
+        return lambda place: bool(mutant.functions) and place[0] == mutant.file and mutant.functions[0] <= place[1] <= mutant.functions[1]
+
+    def chosen_tests(self, program, is_reached):
+        reaching = {test for test, places in self.entered.get(program, {}).items() if any(map(is_reached, places))}
+        if "*" in reaching:
+            return list(self.milliseconds[program])
+        return [test for test in self.milliseconds[program] if test in reaching or suite_of(test) + ".*" in reaching]
+
+    def seconds(self, program, tests):
+        return sum(self.milliseconds[program][test] for test in tests) / 1000
+
+
+def suite_of(test):
+    return test.rsplit(".", 1)[0]
+
+
+def filter_of(tests, every):
+    """The shortest patterns for these tests of a program; None for all of them."""
+    if len(tests) == len(every):
+        return None
+    chosen, rest = set(tests), {suite_of(test) for test in every if test not in set(tests)}
+    patterns = list(dict.fromkeys(test if suite_of(test) in rest else suite_of(test) + ".*" for test in every if test in chosen))
+    return patterns if sum(map(len, patterns)) + len(patterns) < LONGEST_FILTER else None
