@@ -21,6 +21,7 @@ readonly server_packages=(nginx-light)
 readonly bench_packages=(curl)
 readonly wine32_packages=(debootstrap bubblewrap)
 readonly fuzz_packages=(clang libclang-rt-dev llvm)
+readonly mutate_packages=(lld)
 
 # as_root COMMAND...: as root or through sudo.
 as_root() {
