@@ -7,8 +7,9 @@ extern "C" IMAGE_DOS_HEADER __ImageBase;
 
 FunctionTrace* OpenFunctionTrace(bool isCreated) {
   static const char kName[] = "Local\\norvik-function-trace";
-  const HANDLE mapping = isCreated ? CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, sizeof(FunctionTrace), kName)
-                                   : OpenFileMappingA(FILE_MAP_WRITE, FALSE, kName);
+  const HANDLE mapping =
+      isCreated ? CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, sizeof(FunctionTrace), kName)
+                : OpenFileMappingA(FILE_MAP_WRITE, FALSE, kName);
   return mapping ? static_cast<FunctionTrace*>(MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 0)) : nullptr;
 }
 

@@ -85,7 +85,7 @@ class Judge:
         return [(program, chosen[program]) for program in sorted(chosen, key=order)]
 
     def run_steady(self, program, tests):
-        """What run_program gives, and how many tests ran. A test that fails without the change too is left out from then on."""
+        """What run_program gives, and how many tests ran. A test that fails by itself is left out from then on."""
         for _ in range(MOST_ATTEMPTS):
             steady = [test for test in tests if (program, test) not in self.left_out]
             try:
@@ -107,7 +107,8 @@ class Judge:
         return "timed out" if run.timed_out else "killed", f"{program}: {test}"
 
     def prove(self, program, wanted, seconds, test):
-        """A test that kills has to pass without the change, among the same tests. What changes leave behind must not add up."""
+        """A test that kills has to pass without the change, among the same tests: it may fail by itself, or because of what
+        programs have left in Wine's prefix."""
         key = program, test
         self.kills_since_proof[key] = self.kills_since_proof.get(key, KILLS_PER_PROOF) + 1
         if self.kills_since_proof[key] <= KILLS_PER_PROOF:

@@ -20,14 +20,15 @@ VERDICTS = preparation.FOLDER / "verdicts.jsonl"
 
 
 def arguments():
-    parser = argparse.ArgumentParser(prog="scripts/mutate", description="Changes src/ in one place at a time and looks whether a test notices.")
+    parser = argparse.ArgumentParser(prog="scripts/mutate",
+                                     description="Changes src/ in one place at a time and looks whether a test notices.")
     parser.add_argument("--seed", type=int, help="chooses the changes; without one it is drawn, and printed")
     parser.add_argument("--count", type=int, default=300, help="how many changes (300)")
     parser.add_argument("--folder", action="append", choices=FOLDERS, help="of this folder of src/ only; may be given again")
-    parser.add_argument("--jobs", type=int, default=2, help="how many workplaces (2); each needs a processor and 1.5 GB of disk")
+    parser.add_argument("--jobs", type=int, default=2, help="how many workplaces (2), each for a processor")
     parser.add_argument("--list", action="store_true", help="says which changes would be tried")
     parser.add_argument("--only", nargs="+", metavar="ID", help="these changes, whatever the seed")
-    parser.add_argument("--resume", action="store_true", help="takes what was found out about the same sources before as it is")
+    parser.add_argument("--resume", action="store_true", help="judges no change twice while the sources are the same")
     return parser.parse_args()
 
 
@@ -69,7 +70,8 @@ class Work:
             self.draw.replace(mutant)
             return
         done = sum(verdict.result != "not compiled" for verdict in self.verdicts)
-        say(f"[{done}/{self.draw.count} {time.monotonic() - self.start:.0f} s] {report.line_of(verdict)}, {verdict.seconds:.1f} s")
+        passed = time.monotonic() - self.start
+        say(f"[{done}/{self.draw.count} {passed:.0f} s] {report.line_of(verdict)}, {verdict.seconds:.1f} s")
 
 
 def say(text):
@@ -79,7 +81,8 @@ def say(text):
 def known_verdicts(state):
     """By mutant, of the same sources."""
     lines = map(json.loads, VERDICTS.read_text().splitlines()) if VERDICTS.exists() else ()
-    return {line["id"]: Verdict(**{key: value for key, value in line.items() if key != "state"}) for line in lines if line["state"] == state}
+    verdicts = (Verdict(**line) for line in lines if line.pop("state") == state)
+    return {verdict.id: verdict for verdict in verdicts}
 
 
 def choose(options):
@@ -103,8 +106,8 @@ def judge_all(work, place):
         while mutant:
             start = time.monotonic()
             result, test, tests = judge.judge(mutant)
-            work.add(mutant, Verdict(mutant.id, mutant.file, mutant.line, mutant.place.operator, mutant.before, mutant.place.after,
-                                     result, test, tests, round(time.monotonic() - start, 1)))
+            work.add(mutant, Verdict(mutant.id, mutant.file, mutant.line, mutant.place.operator, mutant.before,
+                                     mutant.place.after, result, test, tests, round(time.monotonic() - start, 1)))
             mutant = work.next(mutant.file)
     except BaseException as error:  # it is raised again where all workplaces have come to their end
         work.fail(error)
@@ -158,9 +161,9 @@ def main():
         draw = choose(options)
         print(f"seed {options.seed}", flush=True)
         if options.list:
-            for mutant in sorted((mutant for group in draw.waiting.values() for mutant in group), key=lambda mutant: (mutant.file, mutant.place.begin)):
-                print(f"{mutant.id} {mutant.file}:{mutant.line} {mutant.place.operator}: "
-                      f"`{' '.join(mutant.before.split())}` -> `{' '.join(mutant.place.after.split())}`")
+            for mutant in draw.chosen():
+                print(report.change_of(mutant.id, mutant.file, mutant.line, mutant.place.operator, mutant.before,
+                                       mutant.place.after))
             return 0
         preparation.FOLDER.mkdir(parents=True, exist_ok=True)
         run(options, draw)

@@ -18,7 +18,7 @@ class Mutant:
     line: int
     place: operators.Place
     before: str
-    functions: tuple  # the lines (first, last) of the function that is changed; empty outside of functions
+    function: tuple  # its first and last line; empty outside of functions
 
     @property
     def folder(self):
@@ -90,8 +90,13 @@ class Draw:
             self.waiting.setdefault(mutant.file, []).append(mutant)
         self.count = len(chosen)
 
+    def chosen(self):
+        """Those that wait, in the order of files and lines."""
+        waiting = (mutant for group in self.waiting.values() for mutant in group)
+        return sorted(waiting, key=lambda mutant: (mutant.file, mutant.place.begin))
+
     def next(self, file):
-        """The next mutant: of the same file while there is one, else of the file that has most; None when all are handed out."""
+        """The next mutant: of the same file while there is one, else of the file that has most; None when all are out."""
         if not self.waiting:
             return None
         if file not in self.waiting:

@@ -1,7 +1,7 @@
 """The table of operators: what single changes a source file offers.
 
-A place is one change: the text between two offsets becomes another one. An operator is a function that yields the places of one
-kind in a Source. Whether the changed text still compiles is found out by compiling it.
+A place is one change: the text between two offsets becomes another one. An operator is a function that yields the places of
+one kind in a Source. Whether the changed text still compiles is found out by compiling it.
 """
 
 import hashlib
@@ -9,8 +9,9 @@ import re
 from dataclasses import dataclass
 
 NOT_CALLED = {"if", "while", "for", "switch", "return", "sizeof", "alignof", "decltype", "catch", "FAILED", "SUCCEEDED"}
-NOT_A_STATEMENT = {"return", "if", "else", "for", "while", "do", "switch", "case", "default", "break", "continue", "using", "const",
-                   "constexpr", "static", "struct", "class", "enum", "template", "static_assert", "delete", "new"}
+NOT_A_STATEMENT = {"return", "if", "else", "for", "while", "do", "switch", "case", "default", "break", "continue", "using",
+                   "const", "constexpr", "static", "struct", "class", "enum", "template", "static_assert", "delete", "new"}
+NOT_REPLACED = {"0", "nullptr", "FALSE", "HERE", "__LINE__", "this"}
 ASSIGNMENTS = {"=", "+=", "-=", "*=", "/=", "|=", "&=", "^=", "%="}
 CONDITION_ENDS = ASSIGNMENTS | {"return", ",", ";", "?", ":", "{", "}", "(", "["}
 
@@ -40,7 +41,7 @@ class Place:
 
 
 def is_binary(source, index):
-    """The project's format has white space on both sides of a binary operator, and not of a reference or a template's bracket."""
+    """The project's format sets a binary operator between blanks, but no reference and no bracket of a template."""
     token = source.tokens[index]
     return source.text[token.begin - 1].isspace() and source.text[token.end].isspace()
 
@@ -62,7 +63,7 @@ def swaps(operator):
 
 
 def negations(source):
-    """Conditions of if, while, for and ?: become their contraries; those that "success" turns round as a whole are left to it."""
+    """Conditions of if, while, for and ?: become their contraries; what is one FAILED or SUCCEEDED is left to "success"."""
     for first, behind in conditions(source):
         if source.word(first) not in SWAPS["success"] or source.partner[first + 1] != behind - 1:
             begin, end = source.tokens[first].begin, source.tokens[behind - 1].end
@@ -88,12 +89,17 @@ def conditions(source):
 def constants(source):
     for index, token in enumerate(source.tokens):
         match = INTEGER.fullmatch(token.text) if token.kind == "number" else None
-        if not match or (source.word(index - 1) == "=" and source.word(index - 2) in (")", "const", "override")):  # pure virtual
+        if not match or is_pure(source, index):
             continue
         value = int(match[1], 0) if not re.fullmatch("0[0-7]+", match[1]) else int(match[1], 8)
         yield Place("constant", token.begin, token.end, f"{value + 1}{match[2]}")
         if value > 0:
             yield Place("constant", token.begin, token.end, f"{value - 1}{match[2]}")
+
+
+def is_pure(source, index):
+    """The 0 of a pure virtual function."""
+    return source.word(index - 1) == "=" and source.word(index - 2) in (")", "const", "override")
 
 
 def results(source):
@@ -220,9 +226,9 @@ def arguments(source):
             continue
         first = opening + 1
         for end in argument_ends(source, opening):
-            text = source.text[source.tokens[first].begin:source.tokens[end - 1].end] if end > first else ""
-            if text and text not in ("0", "nullptr", "HERE", "__LINE__", "this", "FALSE") and source.tokens[first].kind != "string":
-                yield Place("argument", source.tokens[first].begin, source.tokens[end - 1].end, "0")
+            begin, behind = source.tokens[first].begin, source.tokens[end - 1].end
+            if end > first and source.text[begin:behind] not in NOT_REPLACED and source.tokens[first].kind != "string":
+                yield Place("argument", begin, behind, "0")
             first = end + 1
 
 
@@ -237,7 +243,8 @@ def argument_ends(source, opening):
     yield closing
 
 
-# Each operator, and how heavily one of its places weighs when places are drawn: texts and constants stand by the dozen in tables.
+# Each operator, and how heavily one of its places weighs when places are drawn: texts and constants stand by the dozen in
+# tables.
 OPERATORS = {
     "boundary": (swaps("boundary"), 1.0),
     "equality": (swaps("equality"), 1.0),

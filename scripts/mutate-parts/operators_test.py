@@ -92,7 +92,8 @@ class OperatorsTest(unittest.TestCase):
         self.expect("character", "x = L'a';", "x = L'\\1';")
 
     def test_what_cannot_be_observed_is_left_alone(self):
-        self.assertEqual([], list(operators.all_places(Source("static_assert(sizeof(A) == 4, \"text\");\n// a == b\n#if A == 1\n#endif"))))
+        text = "static_assert(sizeof(A) == 4, \"text\");\n// a == b\n#if A == 1\n#endif"
+        self.assertEqual([], list(operators.all_places(Source(text))))
 
 
 if __name__ == "__main__":

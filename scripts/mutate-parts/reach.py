@@ -21,8 +21,9 @@ def places_in(image, positions):
     positions, base = sorted(positions), image_base(image)
     if not positions:
         return {}
-    done = subprocess.run(["x86_64-w64-mingw32-addr2line", "-e", str(image)], input="\n".join(f"{base + position:#x}" for position in positions),
-                          text=True, stdout=subprocess.PIPE, check=True)
+    addresses = "\n".join(f"{base + position:#x}" for position in positions)
+    done = subprocess.run(["x86_64-w64-mingw32-addr2line", "-e", str(image)], input=addresses, text=True,
+                          stdout=subprocess.PIPE, check=True)
     matches = zip(positions, map(POSITION.match, done.stdout.splitlines()))
     return {position: (match[1], int(match[2])) for position, match in matches if match}
 
@@ -42,7 +43,7 @@ def read_trace(folder, program, path):
 
 
 class Reach:
-    """`entered` is {program: {test: [(file, line)]}}, `milliseconds` is {program: {test: time}} of all its tests in their order."""
+    """`entered` is {program: {test: [(file, line)]}}; `milliseconds` is {program: {test: time}}, for all tests in order."""
 
     def __init__(self, entered, milliseconds):
         self.milliseconds = milliseconds
@@ -50,9 +51,9 @@ class Reach:
                         for program, tests in entered.items()}
 
     def tests_for(self, mutant):
-        """{program: tests} that enter the function that is changed; of what stands outside of functions, or is never entered as a
-        function (the compiler had no need to), those that enter any function of the file; without any, all tests there are."""
-        for is_reached in (self.is_in_function(mutant), lambda place: mutant.file.endswith(".cpp") and place[0] == mutant.file):
+        """{program: tests} that enter the function that is changed; of what stands outside of functions, or is never entered
+        (the compiler had no need to), those that enter any function of the source file; without any, all there are."""
+        for is_reached in (self.is_in_function(mutant), self.is_in_source(mutant)):
             chosen = {program: self.chosen_tests(program, is_reached) for program in self.milliseconds}
             if any(chosen.values()):
                 return {program: tests for program, tests in chosen.items() if tests}
@@ -60,13 +61,20 @@ class Reach:
 
     @staticmethod
     def is_in_function(mutant):
-        return lambda place: bool(mutant.functions) and place[0] == mutant.file and mutant.functions[0] <= place[1] <= mutant.functions[1]
+        first, last = mutant.function or (0, -1)
+        return lambda place: place[0] == mutant.file and first <= place[1] <= last
+
+    @staticmethod
+    def is_in_source(mutant):
+        """What a header holds outside of its functions goes into files of any name."""
+        return lambda place: place[0] == mutant.file and mutant.file.endswith(".cpp")
 
     def chosen_tests(self, program, is_reached):
-        reaching = {test for test, places in self.entered.get(program, {}).items() if any(map(is_reached, places))}
-        if "*" in reaching:
-            return list(self.milliseconds[program])
-        return [test for test in self.milliseconds[program] if test in reaching or suite_of(test) + ".*" in reaching]
+        """A test that did not come to its end when it was to tell may enter anything."""
+        entered = self.entered.get(program, {})
+        reaching = {test for test, places in entered.items() if any(map(is_reached, places))}
+        return [test for test in self.milliseconds[program]
+                if test not in entered or {test, suite_of(test) + ".*", "*"} & reaching]
 
     def seconds(self, program, tests):
         return sum(self.milliseconds[program][test] for test in tests) / 1000
@@ -81,5 +89,6 @@ def filter_of(tests, every):
     if len(tests) == len(every):
         return None
     chosen, rest = set(tests), {suite_of(test) for test in every if test not in set(tests)}
-    patterns = list(dict.fromkeys(test if suite_of(test) in rest else suite_of(test) + ".*" for test in every if test in chosen))
+    patterns = [test if suite_of(test) in rest else suite_of(test) + ".*" for test in every if test in chosen]
+    patterns = list(dict.fromkeys(patterns))
     return patterns if sum(map(len, patterns)) + len(patterns) < LONGEST_FILTER else None

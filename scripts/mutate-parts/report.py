@@ -17,20 +17,25 @@ def table(verdicts):
     for folder in [*folders, None]:
         mine = [verdict for verdict in verdicts if folder in (None, verdict.folder)]
         counts = {result: sum(verdict.result == result for verdict in mine) for result in COLUMNS}
-        lines.append(f"{folder or 'all':12} {len(mine):5} {counts['killed']:7} {counts['timed out']:10} {counts['survived']:9} "
-                     f"{percent(counts):8.1f}")
+        killed, hung, survived = counts.values()
+        lines.append(f"{folder or 'all':12} {len(mine):5} {killed:7} {hung:10} {survived:9} {percent(counts):8.1f}")
     return "\n".join(lines)
 
 
-def line_of(verdict):
+def change_of(name, file, line, operator, before, after):
     """One line about one mutant; texts of more than one line are folded."""
-    before, after = (" ".join(text.split()) for text in (verdict.before, verdict.after))
-    end = f" by {verdict.test}" if verdict.test else ""
-    return f"{verdict.id} {verdict.file}:{verdict.line} {verdict.operator}: `{before}` -> `{after}`: {verdict.result}{end}"
+    before, after = (" ".join(text.split()) for text in (before, after))
+    return f"{name} {file}:{line} {operator}: `{before}` -> `{after}`"
+
+
+def line_of(verdict):
+    change = change_of(verdict.id, verdict.file, verdict.line, verdict.operator, verdict.before, verdict.after)
+    return f"{change}: {verdict.result}{' by ' + verdict.test if verdict.test else ''}"
 
 
 def write(folder, verdicts, seed, state):
-    counted = sorted((verdict for verdict in verdicts if verdict.result in COLUMNS), key=lambda verdict: (verdict.file, verdict.line, verdict.id))
+    counted = [verdict for verdict in verdicts if verdict.result in COLUMNS]
+    counted.sort(key=lambda verdict: (verdict.file, verdict.line, verdict.id))
     survivors = [verdict for verdict in counted if verdict.result == "survived"]
     parts = [f"seed {seed}, {len(verdicts) - len(counted)} more changes did not compile", table(counted)]
     if survivors:

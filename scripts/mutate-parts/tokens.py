@@ -126,6 +126,5 @@ class Source:
         words, index = [], begin
         while index < end:
             words.append(self.tokens[index].text)
-            index = self.partner[index] if self.tokens[index].text in OPENING and self.tokens[index].kind == "sign" else index
-            index += 1
+            index = max(index, self.partner.get(index, index)) + 1
         return words

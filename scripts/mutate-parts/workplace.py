@@ -1,4 +1,4 @@
-"""A copy of the whole project in which mutants are built and run: nothing of it is shared with the project or another copy."""
+"""A copy of the whole project in which mutants are built and run. It shares nothing with the project or another copy."""
 
 import hashlib
 import json
@@ -60,7 +60,8 @@ class Run:
 
 def project_files():
     """Everything that is part of the project, changes that are not committed included."""
-    done = subprocess.run(["git", "ls-files", "--cached", "--others", "--exclude-standard", "-z"], cwd=ROOT, check=True, stdout=subprocess.PIPE)
+    command = ["git", "ls-files", "--cached", "--others", "--exclude-standard", "-z"]
+    done = subprocess.run(command, cwd=ROOT, check=True, stdout=subprocess.PIPE)
     return sorted(name for name in done.stdout.decode().split("\0") if name and (ROOT / name).is_file())
 
 
@@ -99,8 +100,8 @@ class Workplace:
 
     def configure(self, tells_functions):
         script = self.folder / "scripts" / "mutate-parts" / "workplace.cmake"
-        self._run(["cmake", "--preset", "x64", f"-DCMAKE_PROJECT_INCLUDE={script}", f"-DNORVIK_TELL_FUNCTIONS={'ON' if tells_functions else 'OFF'}"],
-                  "configure.log")
+        self._run(["cmake", "--preset", "x64", f"-DCMAKE_PROJECT_INCLUDE={script}",
+                   f"-DNORVIK_TELL_FUNCTIONS={'ON' if tells_functions else 'OFF'}"], "configure.log")
 
     def build(self, *targets):
         """False when it does not compile."""
@@ -117,7 +118,8 @@ class Workplace:
             copy.write_bytes(path.read_bytes())
 
     def programs(self):
-        done = subprocess.run(["ctest", "--test-dir", str(BUILD), "--show-only=json-v1"], cwd=self.folder, check=True, stdout=subprocess.PIPE)
+        command = ["ctest", "--test-dir", str(BUILD), "--show-only=json-v1"]
+        done = subprocess.run(command, cwd=self.folder, check=True, stdout=subprocess.PIPE)
         return [test["name"] for test in json.loads(done.stdout)["tests"]]
 
     def start_wine(self):
@@ -135,8 +137,8 @@ class Workplace:
         self._shell(f'use_wine x64; end_wine; rm -rf "$WINEPREFIX"; cp -a {CLEAN_PREFIX} "$WINEPREFIX"; start_wine x64')
 
     def run(self, program, tests=None, seconds=None, build=BUILD, trace=None, to_the_end=False):
-        """Runs a test program, or those of its tests, up to the first failure or to the end. `trace` is the file for the functions
-        that are entered."""
+        """Runs a test program, or those of its tests, up to the first failure or to the end. `trace` is the file for the
+        functions that are entered."""
         command = ["scripts/run-windows-program", "--server", f"{build}/tests/{program}.exe", "--gtest_color=no"]
         if not to_the_end:
             command.append("--gtest_fail_fast")
@@ -181,14 +183,16 @@ class Workplace:
             return process.wait()
 
     def _build(self, targets):
-        with open(self.folder / "build" / "build.log", "wb") as log:
-            return subprocess.run(["ninja", "-C", str(BUILD), "-j", "1", *targets], cwd=self.folder, stdin=subprocess.DEVNULL, stdout=log,
-                                  stderr=subprocess.STDOUT, check=False).returncode
+        return self._call(["ninja", "-C", str(BUILD), "-j", "1", *targets], "build.log")
 
     def _run(self, command, log):
+        if self._call(command, log):
+            raise ToolError(f"{' '.join(command)} failed; see {self.folder}/build/{log}")
+
+    def _call(self, command, log):
         with open(self.folder / "build" / log, "wb") as output:
-            if subprocess.run(command, cwd=self.folder, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT, check=False).returncode:
-                raise ToolError(f"{' '.join(command)} failed; see {self.folder}/build/{log}")
+            return subprocess.run(command, cwd=self.folder, stdin=subprocess.DEVNULL, stdout=output,
+                                  stderr=subprocess.STDOUT, check=False).returncode
 
     def _shell(self, commands):
         """Commands of scripts/lib.sh. Their output goes to a file: Wine's services would keep a pipe open."""
