@@ -2,13 +2,13 @@
 // NORVIK_FUNCTION_TRACE names. A line is a test case, "SUITE.*" for what a suite does beside its cases or "*" for what the
 // program does beside its suites, then "exe+POSITION" and "dll+POSITION" in hexadecimal.
 
-#include "function_trace.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+
+#include "function_trace.h"
 
 namespace {
 
