@@ -45,10 +45,10 @@ class Unproven(Exception):
 
 
 class Judge:
-    def __init__(self, place, reached, leaves_out):
+    def __init__(self, place, baseline, reached):
         self.place = place
+        self.baseline = baseline
         self.reached = reached
-        self.left_out = set(leaves_out)  # (program, test): they fail by themselves
         self.kills_since_proof = {}
 
     def judge(self, mutant):
@@ -75,19 +75,19 @@ class Judge:
         return "survived", "", count
 
     def in_order(self, mutant):
-        """The folder's own tests first, then what takes the least time."""
+        """The folder's own tests first, then the programs of which the fewest are asked for."""
         own = f"{mutant.folder}_tests"
         chosen = self.reached.tests_for(mutant)
 
         def order(program):
-            return program == LAST_PROGRAM, program != own, self.reached.seconds(program, chosen[program])
+            return program == LAST_PROGRAM, program != own, len(chosen[program])
 
         return [(program, chosen[program]) for program in sorted(chosen, key=order)]
 
     def run_steady(self, program, tests):
         """What run_program gives, and how many tests ran. A test that fails by itself is left out from then on."""
         for _ in range(MOST_ATTEMPTS):
-            steady = [test for test in tests if (program, test) not in self.left_out]
+            steady = [test for test in tests if (program, test) not in self.baseline.left_out]
             try:
                 return self.run_program(program, steady) if steady else None, len(steady)
             except Unproven:
@@ -96,9 +96,9 @@ class Judge:
 
     def run_program(self, program, tests):
         """None when all pass, else how the change was noticed, and by which test."""
-        every = self.reached.milliseconds[program]
+        every = self.reached.tests[program]
         wanted = reach.filter_of(tests, every)
-        seconds = self.reached.seconds(program, tests if wanted else every) * TIMES_AS_LONG + SECONDS_MORE
+        seconds = self.baseline.seconds(program, tests if wanted else every) * TIMES_AS_LONG + SECONDS_MORE
         run = self.place.run(program, wanted, seconds)
         if run.passed:
             return None
@@ -117,6 +117,6 @@ class Judge:
             self.place.renew_prefix()
             again = self.place.run(program, wanted, seconds, build=UNCHANGED)
             if not again.passed:
-                self.left_out.add((program, again.breaking_test))
+                self.baseline.leave_out(program, again.breaking_test)
             raise Unproven
         self.kills_since_proof[key] = 0

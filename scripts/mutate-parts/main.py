@@ -3,6 +3,7 @@
 
 import argparse
 import json
+import os
 import secrets
 import signal
 import sys
@@ -98,10 +99,10 @@ def choose(options):
     return Draw(candidates, options.count, options.seed)
 
 
-def judge_all(work, place):
+def judge_all(work, place, baseline):
     """What one workplace does."""
     try:
-        judge = Judge(place, *preparation.findings(work.places))
+        judge = Judge(place, baseline, preparation.read_reach())
         mutant = work.next(None)
         while mutant:
             start = time.monotonic()
@@ -125,11 +126,14 @@ def run(options, draw):
     names = project_files()
     state = fingerprint([name for name in names if not name.startswith("scripts/mutate")])
     work = Work(draw, known_verdicts(state) if options.resume else {}, state)
-    work.places = [Workplace(number + 1) for number in range(options.jobs)]
+    processors = max(1, len(os.sched_getaffinity(0)) // options.jobs)
+    work.places = [Workplace(number + 1, processors) for number in range(options.jobs)]
+
+    baselines = {}
 
     def prepare(place):
         try:
-            preparation.prepare(place, names, state, say)
+            baselines[place] = preparation.prepare(place, names, state, say)
         except BaseException as error:
             work.fail(error)
 
@@ -137,7 +141,7 @@ def run(options, draw):
         in_parallel(prepare, work.places)
         if not work.failure:
             work.start = time.monotonic()
-            in_parallel(lambda place: judge_all(work, place), work.places)
+            in_parallel(lambda place: judge_all(work, place, baselines[place]), work.places)
     except KeyboardInterrupt as error:
         work.fail(error)
     finally:

@@ -1,4 +1,4 @@
-"""Prepares a workplace: built, seen to pass without any change, and knowing which tests enter which function."""
+"""Prepares a workplace: built, and knowing which tests enter which function."""
 
 import json
 
@@ -13,26 +13,19 @@ REACH_FILE = FOLDER / "reach.json"
 def prepare(place, names, state, say):
     """Brings the workplace to the project's state; what was found out about this state before is not found out again."""
     place.take_project(names)
-    if read_json(state_file(place)).get("state") == state:
-        place.configure(tells_functions=False)
-        place.start_wine()
-        return
-    state_file(place).unlink(missing_ok=True)
-    is_first = place.folder.name == "1"
-    if is_first and read_json(REACH_FILE).get("state") != state:
+    baseline = Baseline(place, state)
+    if place.folder.name == "1" and read_json(REACH_FILE).get("state") != state:
         trace_functions(place, state, say)
-    say(f"workplace {place.folder.name}: building")
     place.configure(tells_functions=False)
-    place.build_all()
-    place.keep_unchanged()
+    if not baseline.is_built:
+        say(f"workplace {place.folder.name}: building")
+        place.build_all()
+        place.keep_unchanged()
+        place.start_wine()
+        place.keep_prefix()
+        baseline.begin()
     place.start_wine()
-    milliseconds, left_out = {}, []
-    for program in place.programs():
-        say(f"workplace {place.folder.name}: {program} without a change")
-        milliseconds[program], unsteady = run_unchanged(place, program)
-        left_out += [(program, test) for test in unsteady]
-    place.keep_prefix()
-    write_json(state_file(place), {"state": state, "milliseconds": milliseconds, "left out": left_out})
+    return baseline
 
 
 def trace_functions(place, state, say):
@@ -40,7 +33,7 @@ def trace_functions(place, state, say):
     place.configure(tells_functions=True)
     place.build_all()
     place.start_wine()
-    entered = {}
+    entered, tests = {}, {}
     for program in place.programs():
         say(f"workplace {place.folder.name}: which functions {program} enters")
         trace = place.folder / "build" / "trace.txt"
@@ -50,30 +43,59 @@ def trace_functions(place, state, say):
         if not trace.exists():
             raise ToolError(f"{program} does not tell which functions it enters")
         entered[program] = reach.read_trace(place.folder, program, trace)
-    write_json(REACH_FILE, {"state": state, "entered": entered})
+        tests[program] = place.tests_of(program)
+    write_json(REACH_FILE, {"state": state, "entered": entered, "tests": tests})
 
 
-def run_unchanged(place, program):
-    """The milliseconds of each test, and the tests that failed once and passed when the program ran again."""
-    run = place.run(program, seconds=SECONDS_OF_A_PROGRAM, to_the_end=True)
-    if run.passed:
-        return run.passed_milliseconds, []
-    again = place.run(program, seconds=SECONDS_OF_A_PROGRAM, to_the_end=True)
-    if not again.passed:
-        (FOLDER / "failed.txt").write_text(again.output)
-        raise ToolError(f"{program} fails without any change ({again.breaking_test}); see build/mutate/failed.txt")
-    return again.passed_milliseconds, run.failed_tests
+def read_reach():
+    found = read_json(REACH_FILE)
+    return reach.Reach(found["entered"], found["tests"])
 
 
-def findings(places):
-    """What the workplaces found out, for their judges: a Reach, and the tests that fail by themselves."""
-    states = [read_json(state_file(place)) for place in places]
-    left_out = {tuple(test) for state in states for test in state["left out"]}
-    return reach.Reach(read_json(REACH_FILE)["entered"], states[0]["milliseconds"]), left_out
+class Baseline:
+    """How the test programs of a workplace pass without a change. Each is run when it is asked for first."""
 
+    def __init__(self, place, state):
+        self.place = place
+        self.path = place.folder / "build" / "baseline.json"
+        self.known = read_json(self.path)
+        self.is_built = self.known.get("state") == state
+        if not self.is_built:
+            self.path.unlink(missing_ok=True)
+            self.known = {"state": state, "milliseconds": {}, "left out": []}
 
-def state_file(place):
-    return place.folder / "build" / "state.json"
+    def begin(self):
+        write_json(self.path, self.known)
+
+    @property
+    def left_out(self):
+        """(program, test) of the tests that fail by themselves."""
+        return set(map(tuple, self.known["left out"]))
+
+    def leave_out(self, program, test):
+        self.known["left out"].append((program, test))
+        write_json(self.path, self.known)
+
+    def seconds(self, program, tests):
+        """How long the tests take."""
+        milliseconds = self.of(program)
+        return sum(milliseconds.get(test, 0) for test in tests) / 1000
+
+    def of(self, program):
+        """The milliseconds of each test of a program, which passes: at the second attempt at the latest."""
+        known = self.known["milliseconds"]
+        if program not in known:
+            run = self.place.run_unchanged(program, SECONDS_OF_A_PROGRAM)
+            if not run.passed:
+                for test in run.failed_tests:
+                    self.leave_out(program, test)
+                run = self.place.run_unchanged(program, SECONDS_OF_A_PROGRAM)
+            if not run.passed:
+                (FOLDER / "failed.txt").write_text(run.output)
+                raise ToolError(f"{program} fails without a change ({run.breaking_test}); see build/mutate/failed.txt")
+            known[program] = run.passed_milliseconds
+            write_json(self.path, self.known)
+        return known[program]
 
 
 def read_json(path):

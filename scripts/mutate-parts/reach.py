@@ -43,10 +43,10 @@ def read_trace(folder, program, path):
 
 
 class Reach:
-    """`entered` is {program: {test: [(file, line)]}}; `milliseconds` is {program: {test: time}}, for all tests in order."""
+    """`entered` is {program: {test: [(file, line)]}}; `tests` is {program: [test]}, all of them in their order."""
 
-    def __init__(self, entered, milliseconds):
-        self.milliseconds = milliseconds
+    def __init__(self, entered, tests):
+        self.tests = tests
         self.entered = {program: {test: [tuple(place) for place in places] for test, places in tests.items()}
                         for program, tests in entered.items()}
 
@@ -54,10 +54,10 @@ class Reach:
         """{program: tests} that enter the function that is changed; of what stands outside of functions, or is never entered
         (the compiler had no need to), those that enter any function of the source file; without any, all there are."""
         for is_reached in (self.is_in_function(mutant), self.is_in_source(mutant)):
-            chosen = {program: self.chosen_tests(program, is_reached) for program in self.milliseconds}
+            chosen = {program: self.chosen_tests(program, is_reached) for program in self.tests}
             if any(chosen.values()):
                 return {program: tests for program, tests in chosen.items() if tests}
-        return {program: list(tests) for program, tests in self.milliseconds.items()}
+        return dict(self.tests)
 
     @staticmethod
     def is_in_function(mutant):
@@ -73,11 +73,8 @@ class Reach:
         """A test that did not come to its end when it was to tell may enter anything."""
         entered = self.entered.get(program, {})
         reaching = {test for test, places in entered.items() if any(map(is_reached, places))}
-        return [test for test in self.milliseconds[program]
+        return [test for test in self.tests[program]
                 if test not in entered or {test, suite_of(test) + ".*", "*"} & reaching]
-
-    def seconds(self, program, tests):
-        return sum(self.milliseconds[program][test] for test in tests) / 1000
 
 
 def suite_of(test):

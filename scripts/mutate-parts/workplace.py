@@ -74,9 +74,10 @@ def fingerprint(names):
 
 
 class Workplace:
-    def __init__(self, number):
+    def __init__(self, number, processors):
         self.folder = ROOT / "build" / "mutate" / str(number)
-        self.process = None  # that is running
+        self.processors = processors  # to build with
+        self.process = None           # that is running
 
     def take_project(self, names):
         """Makes the copy's files those of the project. What is the same stays untouched, and is not built again."""
@@ -136,10 +137,10 @@ class Workplace:
         """Takes away what programs have left in Wine's prefix."""
         self._shell(f'use_wine x64; end_wine; rm -rf "$WINEPREFIX"; cp -a {CLEAN_PREFIX} "$WINEPREFIX"; start_wine x64')
 
-    def run(self, program, tests=None, seconds=None, build=BUILD, trace=None, to_the_end=False):
+    def run(self, program, tests=None, seconds=None, build=BUILD, trace=None, to_the_end=False, options=()):
         """Runs a test program, or those of its tests, up to the first failure or to the end. `trace` is the file for the
         functions that are entered."""
-        command = ["scripts/run-windows-program", "--server", f"{build}/tests/{program}.exe", "--gtest_color=no"]
+        command = ["scripts/run-windows-program", "--server", f"{build}/tests/{program}.exe", "--gtest_color=no", *options]
         if not to_the_end:
             command.append("--gtest_fail_fast")
         if tests is not None:
@@ -168,6 +169,21 @@ class Workplace:
             self.start_wine()
         return Run(time.monotonic() - start, code, timed_out, text)
 
+    def run_unchanged(self, program, seconds):
+        return self.run(program, seconds=seconds, build=UNCHANGED, to_the_end=True)
+
+    def tests_of(self, program):
+        """The names of all its tests, in the order in which they run."""
+        listing = self.run(program, seconds=120, options=["--gtest_list_tests"]).output
+        names, suite = [], ""
+        for line in listing.splitlines():
+            word = line.split("#")[0].strip()
+            if line.startswith("  "):
+                names.append(suite + word)
+            elif word.endswith("."):
+                suite = word
+        return [name for name in names if "DISABLED_" not in name]
+
     def abandon(self):
         """Ends the program that is running."""
         if self.process and self.process.poll() is None:
@@ -183,7 +199,7 @@ class Workplace:
             return process.wait()
 
     def _build(self, targets):
-        return self._call(["ninja", "-C", str(BUILD), "-j", "1", *targets], "build.log")
+        return self._call(["ninja", "-C", str(BUILD), "-j", str(self.processors), *targets], "build.log")
 
     def _run(self, command, log):
         if self._call(command, log):
