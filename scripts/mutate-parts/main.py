@@ -124,7 +124,7 @@ def in_parallel(function, items):
 
 def run(options, draw):
     names = project_files()
-    state = fingerprint([name for name in names if not name.startswith("scripts/mutate")])
+    state = fingerprint(names)
     work = Work(draw, known_verdicts(state) if options.resume else {}, state)
     processors = max(1, len(os.sched_getaffinity(0)) // options.jobs)
     work.places = [Workplace(number + 1, processors) for number in range(options.jobs)]

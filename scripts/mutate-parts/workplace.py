@@ -14,6 +14,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 BUILD = pathlib.Path("build/x64")
 # A copy of what was built from unchanged sources, in a folder whose path is as long: tests depend on lengths of paths.
 UNCHANGED = pathlib.Path("build/u64")
+TESTED = ("src/", "tests/", "docs/", "cmake/", "CMakeLists.txt", "CMakePresets.json", "README.md")
 CLEAN_PREFIX = "build/wine-clean"
 LONGEST_FILTER = 24000  # characters; a Windows command line ends at 32,767
 
@@ -66,9 +67,9 @@ def project_files():
 
 
 def fingerprint(names):
-    """Tells one state of what is built from another; documents and scripts count too, there are tests of them."""
+    """Tells one state of what is tested from another; there are tests of documents too."""
     digest = hashlib.sha256()
-    for name in names:
+    for name in (name for name in names if name.startswith(TESTED)):
         digest.update(f"{name}\0".encode() + hashlib.sha256((ROOT / name).read_bytes()).digest())
     return digest.hexdigest()
 
