@@ -30,16 +30,19 @@ def arguments():
     parser.add_argument("--list", action="store_true", help="says which changes would be tried")
     parser.add_argument("--only", nargs="+", metavar="ID", help="these changes, whatever the seed")
     parser.add_argument("--resume", action="store_true", help="judges no change twice while the sources are the same")
+    parser.add_argument("--leave-out", action="append", default=[], metavar="PROGRAM",
+                        help="does without this test program, torture_tests for example; may be given again")
     return parser.parse_args()
 
 
 class Work:
     """The mutants that are still to be judged and the verdicts so far, shared by the workplaces."""
 
-    def __init__(self, draw, known, state):
+    def __init__(self, draw, known, state, left_out):
         self.draw = draw
         self.known = known
         self.state = state
+        self.left_out = left_out
         self.lock = threading.Lock()
         self.verdicts = []
         self.failure = None
@@ -58,7 +61,7 @@ class Work:
     def add(self, mutant, verdict):
         with self.lock:
             with VERDICTS.open("a") as file:
-                file.write(json.dumps({"state": self.state, **verdict.as_dict()}) + "\n")
+                file.write(json.dumps({"state": self.state, "left out": self.left_out, **verdict.as_dict()}) + "\n")
             self._take(mutant, verdict)
 
     def fail(self, error):
@@ -79,11 +82,14 @@ def say(text):
     print(text, file=sys.stderr, flush=True)
 
 
-def known_verdicts(state):
-    """By mutant, of the same sources."""
-    lines = map(json.loads, VERDICTS.read_text().splitlines()) if VERDICTS.exists() else ()
-    verdicts = (Verdict(**line) for line in lines if line.pop("state") == state)
-    return {verdict.id: verdict for verdict in verdicts}
+def known_verdicts(state, left_out):
+    """By mutant, of the same sources. What survived while a program was left out that is not left out now is not known."""
+    known = {}
+    for line in map(json.loads, VERDICTS.read_text().splitlines() if VERDICTS.exists() else ()):
+        is_same, was_left_out = line.pop("state") == state, set(line.pop("left out"))
+        if is_same and (line["result"] != "survived" or was_left_out <= set(left_out)):
+            known[line["id"]] = Verdict(**line)
+    return known
 
 
 def choose(options):
@@ -99,10 +105,10 @@ def choose(options):
     return Draw(candidates, options.count, options.seed)
 
 
-def judge_all(work, place, baseline):
+def judge_all(work, place, baseline, left_out):
     """What one workplace does."""
     try:
-        judge = Judge(place, baseline, preparation.read_reach())
+        judge = Judge(place, baseline, preparation.read_reach(left_out))
         mutant = work.next(None)
         while mutant:
             start = time.monotonic()
@@ -125,7 +131,8 @@ def in_parallel(function, items):
 def run(options, draw):
     names = project_files()
     state = fingerprint(names)
-    work = Work(draw, known_verdicts(state) if options.resume else {}, state)
+    verdicts = known_verdicts(state, options.leave_out) if options.resume else {}
+    work = Work(draw, verdicts, state, options.leave_out)
     processors = max(1, len(os.sched_getaffinity(0)) // options.jobs)
     work.places = [Workplace(number + 1, processors) for number in range(options.jobs)]
 
@@ -141,14 +148,14 @@ def run(options, draw):
         in_parallel(prepare, work.places)
         if not work.failure:
             work.start = time.monotonic()
-            in_parallel(lambda place: judge_all(work, place, baselines[place]), work.places)
+            in_parallel(lambda place: judge_all(work, place, baselines[place], options.leave_out), work.places)
     except KeyboardInterrupt as error:
         work.fail(error)
     finally:
         for place in work.places:
             place.abandon()
             place.end_wine()
-        summary = report.write(preparation.FOLDER, work.verdicts, options.seed, state)
+        summary = report.write(preparation.FOLDER, work.verdicts, options, state)
     if work.failure:
         raise work.failure
     print(summary)

@@ -33,15 +33,19 @@ def line_of(verdict):
     return f"{change}: {verdict.result}{' by ' + verdict.test if verdict.test else ''}"
 
 
-def write(folder, verdicts, seed, state):
+def write(folder, verdicts, options, state):
     counted = [verdict for verdict in verdicts if verdict.result in COLUMNS]
     counted.sort(key=lambda verdict: (verdict.file, verdict.line, verdict.id))
     survivors = [verdict for verdict in counted if verdict.result == "survived"]
-    parts = [f"seed {seed}, {len(verdicts) - len(counted)} more changes did not compile", table(counted)]
+    parts = [f"seed {options.seed}, {len(verdicts) - len(counted)} more changes did not compile", table(counted)]
+    if options.leave_out:
+        parts.insert(1, f"Left out: {' '.join(options.leave_out)}")
     if survivors:
         parts.append("Survivors:\n" + "\n".join(map(line_of, survivors)))
+        parts.append("Again: scripts/mutate --only " + " ".join(verdict.id for verdict in survivors))
     parts.append("All:\n" + "\n".join(map(line_of, counted)))
     (folder / "report.txt").write_text("\n\n".join(parts) + "\n")
-    content = {"seed": seed, "state": state, "mutants": [verdict.as_dict() for verdict in verdicts]}
+    mutants = [verdict.as_dict() for verdict in verdicts]
+    content = {"seed": options.seed, "state": state, "left out": options.leave_out, "mutants": mutants}
     (folder / "report.json").write_text(json.dumps(content, indent=1))
     return "\n\n".join(parts[:-1])

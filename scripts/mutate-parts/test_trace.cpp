@@ -40,8 +40,10 @@ class TestTrace : public testing::EmptyTestEventListener {
 };
 
 const bool isListening = [] {
-  if (const char* const path = std::getenv("NORVIK_FUNCTION_TRACE"))
+  if (const char* const path = std::getenv("NORVIK_FUNCTION_TRACE")) {
     testing::UnitTest::GetInstance()->listeners().Append(new TestTrace(path));
+    SetEnvironmentVariableA("NORVIK_FUNCTION_TRACE", nullptr);  // the programs that a test starts leave the file alone
+  }
   return true;
 }();
 
