@@ -151,18 +151,13 @@ class Workplace:
             environment["NORVIK_FUNCTION_TRACE"] = f"Z:{trace}"
         start = time.monotonic()
         with open(self.folder / "build" / "output.txt", "wb+") as output:
-            process = subprocess.Popen(command, cwd=self.folder, env=environment, stdin=subprocess.DEVNULL, stdout=output,
-                                       stderr=subprocess.STDOUT, start_new_session=True)
-            self.process = process
+            self._start(command, output, environment)
             timed_out = False
             try:
-                code = process.wait(seconds)
+                code = self.process.wait(seconds)
             except subprocess.TimeoutExpired:
                 timed_out = True
-                code = self._stop(process)
-            except BaseException:
-                self._stop(process)
-                raise
+                code = self._stop()
             output.seek(0)
             text = output.read().decode("utf-8", "replace").replace("\r", "")
         if timed_out:
@@ -188,16 +183,19 @@ class Workplace:
     def abandon(self):
         """Ends the program that is running."""
         if self.process and self.process.poll() is None:
-            self._stop(self.process)
+            self._stop()
 
-    @staticmethod
-    def _stop(process):
-        os.killpg(process.pid, signal.SIGTERM)
+    def _start(self, command, output, environment=None):
+        self.process = subprocess.Popen(command, cwd=self.folder, env=environment, stdin=subprocess.DEVNULL, stdout=output,
+                                        stderr=subprocess.STDOUT, start_new_session=True)
+
+    def _stop(self):
+        os.killpg(self.process.pid, signal.SIGTERM)
         try:
-            return process.wait(20)
+            return self.process.wait(20)
         except subprocess.TimeoutExpired:
-            os.killpg(process.pid, signal.SIGKILL)
-            return process.wait()
+            os.killpg(self.process.pid, signal.SIGKILL)
+            return self.process.wait()
 
     def _build(self, targets):
         return self._call(["ninja", "-C", str(BUILD), "-j", str(self.processors), *targets], "build.log")
@@ -208,8 +206,8 @@ class Workplace:
 
     def _call(self, command, log):
         with open(self.folder / "build" / log, "wb") as output:
-            return subprocess.run(command, cwd=self.folder, stdin=subprocess.DEVNULL, stdout=output,
-                                  stderr=subprocess.STDOUT, check=False).returncode
+            self._start(command, output)
+            return self.process.wait()
 
     def _shell(self, commands):
         """Commands of scripts/lib.sh. Their output goes to a file: Wine's services would keep a pipe open."""
