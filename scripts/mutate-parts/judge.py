@@ -15,8 +15,8 @@ KILLS_PER_PROOF = 8
 # How often a program is tried again without a test that fails by itself, or with what runs have left taken away.
 MOST_ATTEMPTS = 4
 
-# The torture takes by far the longest.
-LAST_PROGRAM = "torture_tests"
+# The suites that judge the DLL as a whole come last, the longest behind the others.
+LAST_PROGRAMS = ["docs_tests", "control_tests", "names_tests", "hostile_tests", "machine_tests", "torture_tests"]
 
 
 @dataclass
@@ -75,12 +75,13 @@ class Judge:
         return "survived", "", count
 
     def in_order(self, mutant):
-        """The folder's own tests first, then the programs of which the fewest are asked for."""
+        """The folder's own tests first, then the other folders', those first of which the fewest are asked for."""
         own = f"{mutant.folder}_tests"
         chosen = self.reached.tests_for(mutant)
 
         def order(program):
-            return program == LAST_PROGRAM, program != own, len(chosen[program])
+            rank = LAST_PROGRAMS.index(program) + 1 if program in LAST_PROGRAMS else 0
+            return program != own, rank, len(chosen[program])
 
         return [(program, chosen[program]) for program in sorted(chosen, key=order)]
 
