@@ -9,6 +9,10 @@ from workplace import UNCHANGED, ToolError
 TIMES_AS_LONG = 8
 SECONDS_MORE = 45
 
+# A test that takes this many seconds is slow, if it is that part of its program's time, too: all others come before it.
+SLOW_SECONDS = 1.0
+SLOW_PART = 0.05
+
 # How often a test may kill before it is looked at again whether it passes without the change.
 KILLS_PER_PROOF = 8
 
@@ -65,7 +69,7 @@ class Judge:
 
     def run_programs(self, mutant):
         count = 0
-        for program, tests in self.in_order(mutant):
+        for program, tests in self.in_parts(mutant):
             if not self.place.build(program):
                 return "not compiled", "", 0
             result, ran = self.run_steady(program, tests)
@@ -84,6 +88,16 @@ class Judge:
             return program != own, rank, len(chosen[program])
 
         return [(program, chosen[program]) for program in sorted(chosen, key=order)]
+
+    def in_parts(self, mutant):
+        """(program, tests): the slow tests of all programs behind the others. A program is seen to pass when its turn comes."""
+        slow_parts = []
+        for program, tests in self.in_order(mutant):
+            slow = self.baseline.slow_tests(program, SLOW_SECONDS, SLOW_PART)
+            quick_part, slow_part = ([test for test in tests if (test in slow) == is_slow] for is_slow in (False, True))
+            slow_parts.append((program, slow_part))
+            yield program, quick_part
+        yield from slow_parts
 
     def run_steady(self, program, tests):
         """What run_program gives, and how many tests ran. A test that fails by itself is left out from then on."""
@@ -104,16 +118,17 @@ class Judge:
         if run.passed:
             return None
         test = run.breaking_test
-        self.prove(program, wanted, seconds, test)
+        self.prove(program, tests[:tests.index(test) + 1] if test in tests else tests, seconds, test)
         return "timed out" if run.timed_out else "killed", f"{program}: {test}"
 
-    def prove(self, program, wanted, seconds, test):
+    def prove(self, program, tests, seconds, test):
         """A test that kills has to pass without the change, among the same tests: it may fail by itself, or because of what
         programs have left in Wine's prefix."""
         key = program, test
         self.kills_since_proof[key] = self.kills_since_proof.get(key, KILLS_PER_PROOF) + 1
         if self.kills_since_proof[key] <= KILLS_PER_PROOF:
             return
+        wanted = reach.filter_of(tests, self.reached.tests[program])
         if not self.place.run(program, wanted, seconds, build=UNCHANGED).passed:
             self.place.renew_prefix()
             again = self.place.run(program, wanted, seconds, build=UNCHANGED)

@@ -83,6 +83,12 @@ class Baseline:
         milliseconds = self.of(program)
         return sum(milliseconds.get(test, 0) for test in tests) / 1000
 
+    def slow_tests(self, program, seconds, part):
+        """Those that take so many seconds, and this part of the program's time, each."""
+        milliseconds = self.of(program)
+        limit = max(seconds * 1000, part * sum(milliseconds.values()))
+        return {test for test, taken in milliseconds.items() if taken > limit}
+
     def of(self, program):
         """The milliseconds of each test of a program, which passes: at the second attempt at the latest."""
         known = self.known["milliseconds"]
