@@ -49,6 +49,14 @@ need_packages() {
   }
 }
 
+# only_one_run: what builds, or has a server of Wine for itself, is at work once in this folder. Nothing that outlives it keeps the
+# lock, which is file 9.
+only_one_run() {
+  mkdir -p "$build"
+  exec 9>"$build/run.lock"
+  flock --nonblock 9 || die "another of this folder's scripts is at work; let it end first"
+}
+
 # configure_width x64|x86 [CMAKE ARGUMENT...]: configures when needed.
 configure_width() {
   local width=$1
@@ -78,8 +86,10 @@ build_width() {
 # with the project's folder at its usual place.
 readonly i386=$build/i386
 
+has_wine32() { [ -x /usr/lib/wine/wine ] || [ -f "$i386/.ready" ]; }
+
 need_wine32() {
-  [ -x /usr/lib/wine/wine ] || [ -f "$i386/.ready" ] && return
+  has_wine32 && return
   need_packages "${wine32_packages[@]}"
   say "Making a 32-bit Wine in build/i386"
   make_i386 >"$build/i386.log" 2>&1 </dev/null || {
@@ -108,19 +118,21 @@ make_i386() {
     touch "$folder/.ready"' make_i386 "$i386" "$root" "$codename" "$mirror"
 }
 
-# with_wine COMMAND...: a command of the Wine that use_wine chose.
+# with_wine COMMAND...: a command of the Wine that choose_prefix chose. Wine's services live on for a while, and keep no lock.
 with_wine() {
   if [ "$WINEARCH" = win64 ] || [ -x /usr/lib/wine/wine ]; then
-    "$@"
+    "$@" 9>&-
   else
-    bwrap --bind "$i386" / --proc /proc --dev /dev --bind /tmp /tmp --bind "$root" "$root" --chdir "$PWD" "$@"
+    bwrap --bind "$i386" / --proc /proc --dev /dev --bind /tmp /tmp --bind "$root" "$root" --chdir "$PWD" "$@" 9>&-
   fi
 }
 
-# run_windows PROGRAM...: in the prefix that use_wine chose.
+# run_windows PROGRAM...: in the prefix that was chosen.
 run_windows() {
   if [ "$WINEARCH" = win64 ]; then with_wine "${fixed_addresses[@]}" wine64 "$@"; else with_wine wine "$@"; fi
 }
+
+export PATH=/usr/lib/wine:$PATH # wine64, wineboot and wineserver
 
 # A 64-bit process of Wine needs one page at a fixed address. Linux puts the process's heap somewhere in the gigabyte around it,
 # so one process in some ten thousand found it taken and ended before it came up (CreateProcess: 1359). With addresses that are
@@ -128,24 +140,33 @@ run_windows() {
 fixed_addresses=()
 if setarch -R true 2>/dev/null; then fixed_addresses=(setarch -R); fi
 
-# use_wine [x64|x86]: the environment of every Windows program of that width, and the project's own prefix for it, made once.
-use_wine() {
-  export PATH=/usr/lib/wine:$PATH
+# choose_prefix [x64|x86 [NUMBER]]: the environment of every Windows program of that width. A prefix serves one program at a
+# time; the first one is for all, scripts/test has more of them.
+choose_prefix() {
   export WINEPREFIX=$build/wine WINEARCH=win64 WINEDEBUG=${WINEDEBUG--all} WINEDLLOVERRIDES='mscoree,mshtml='
   if [ "${1:-x64}" = x86 ]; then
     export WINEPREFIX=$build/wine-x86 WINEARCH=win32
   fi
+  [ "${2:-1}" -eq 1 ] || WINEPREFIX+=-$2
   unset DISPLAY WAYLAND_DISPLAY
-  if [ ! -f "$WINEPREFIX/.ready" ]; then
-    say "Making the Wine prefix ${WINEPREFIX#"$root/"}"
-    end_wine
-    rm -rf "$WINEPREFIX"
-    mkdir -p "$WINEPREFIX"
-    run_windows wineboot --init >"$build/wineboot.log" 2>&1 </dev/null || die "wineboot failed; see build/wineboot.log"
-    with_wine wineserver -w
-    contain_user_folders
-    touch "$WINEPREFIX/.ready"
-  fi
+}
+
+# use_wine [x64|x86 [NUMBER]]: chooses a prefix, which is made once.
+use_wine() {
+  choose_prefix "$@"
+  [ -f "$WINEPREFIX/.ready" ] || make_prefix
+}
+
+make_prefix() {
+  local name=${WINEPREFIX#"$build/"}
+  say "Making the Wine prefix build/$name"
+  end_wine
+  rm -rf "$WINEPREFIX"
+  mkdir -p "$WINEPREFIX"
+  run_windows wineboot --init >"$build/$name.log" 2>&1 </dev/null || die "wineboot failed; see build/$name.log"
+  with_wine wineserver -w
+  contain_user_folders
+  touch "$WINEPREFIX/.ready"
 }
 
 # contain_user_folders: a new prefix shows the user's own home as Documents, Desktop and so on. They become folders of the
@@ -160,20 +181,39 @@ contain_user_folders() {
   done
 }
 
-# start_wine [WIDTH]: one server for all programs of this script, in place of one that an interrupted script left.
+# stay_on_processor NUMBER: this script, and all that it starts from now on, stays on one of its processors (counted round). A
+# program of Wine and its server wait for each other all the time; left to wander over the processors, the same work takes
+# twice the time and more.
+stay_on_processor() {
+  local processor
+  processor=$(python3 -c 'import os, sys; mine = sorted(os.sched_getaffinity(0)); print(mine[int(sys.argv[1]) % len(mine)])' "$1")
+  taskset --cpu-list --pid "$processor" "$BASHPID" >/dev/null
+}
+
+make_certificates() {
+  flock "$build/tls.lock" tests/support/make-certificates build/tls ||
+    die "the test certificates could not be made; see build/tls/log"
+}
+
+# trust_authority: the authority of the test certificates is trusted inside the prefix, and there only. The prefix's file tells
+# whether it is; importing it again would change nothing.
+trust_authority() {
+  local name
+  name=$(grep -oE '[0-9A-F]{40}' "$build/tls/ca.reg")
+  grep -qiF "$name" "$WINEPREFIX/user.reg" && return
+  run_windows reg import build/tls/ca.reg >"$build/trust.log" 2>&1 </dev/null ||
+    die "the test authority could not be trusted; see build/trust.log"
+}
+
+# start_wine [WIDTH [NUMBER]]: one server for all programs of this script, in place of one that an interrupted script left. It
+# ends half a minute after the last program, should the script come to no end of its own.
 start_wine() {
   use_wine "$@"
   end_wine
-  with_wine wineserver -p >/dev/null 2>&1 </dev/null
+  with_wine wineserver -p30 >/dev/null 2>&1 </dev/null
 }
 
-# keep_wine [WIDTH]: a server that ends with this script.
-keep_wine() {
-  trap end_wine EXIT
-  start_wine "$@"
-}
-
-# end_wine: ends what runs in the prefix that use_wine chose last, or in the 64-bit one.
+# end_wine: ends what runs in the prefix that was chosen last, or in the 64-bit one.
 end_wine() {
   local prefix=${WINEPREFIX:-$build/wine}
   if [ -d "$prefix" ]; then
