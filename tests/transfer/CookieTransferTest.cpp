@@ -8,6 +8,7 @@
 #include "support/GuardedHeap.h"
 #include "support/HResult.h"
 #include "support/LogCapture.h"
+#include "transfer/CookieWriter.h"
 #include "transfer/Transfer.h"
 
 namespace {
@@ -101,6 +102,35 @@ TEST_F(CookieTransferTest, ALongTextIsKeptWhole) {
     EXPECT_HRESULT(S_OK, Transfer());
     EXPECT_TRUE(text == set.back());
   }
+}
+
+// The room for the text doubles: the text, the buffer of the transfer, five times more room, and the data of the cookie.
+TEST_F(CookieTransferTest, ALongTextIsCollectedInFewSteps) {
+  PATCH_IMPORT(refuse, InternetSetCookieA, FailWith(FALSE, ERROR_ACCESS_DENIED));
+  WriteWholeFile(source, std::string(100000, 'a'));
+  int allocations = 0;
+  HRESULT hr;
+  {
+    PATCH_IMPORT(count, HeapAlloc, [&](auto original, auto... arguments) {
+      ++allocations;
+      return original(arguments...);
+    });
+    hr = CopyLocalFile(source.c_str(), kCookieURL, FILE_ATTRIBUTE_NORMAL, nullptr, kTransferCookie);
+  }
+  EXPECT_HRESULT(E_ACCESSDENIED, hr);
+  EXPECT_EQ(8, allocations);
+}
+
+TEST_F(CookieTransferTest, ACookieIsSetOnceAndNotBeforeItWasBegun) {
+  PATCH_IMPORT(record, InternetSetCookieA, [this](auto, auto... arguments) { return Set(arguments...); });
+  CookieWriter cookie(kCookieURL);
+  EXPECT_TRUE(cookie.Close());
+  EXPECT_EQ(Texts{}, set);
+  ASSERT_TRUE(cookie.Create(FILE_ATTRIBUTE_NORMAL));
+  EXPECT_TRUE(cookie.Write("a=b", 3));
+  EXPECT_TRUE(cookie.Close());
+  EXPECT_TRUE(cookie.Close());
+  EXPECT_EQ(Texts{"a=b"}, set);
 }
 
 TEST_F(CookieTransferTest, NothingIsWrittenBehindTheText) {

@@ -232,6 +232,14 @@ TEST_F(PartFailureTest, OfAPartsTextIsReturned) {
   EXPECT_HRESULT(kAnyFailure, Check(&document));
 }
 
+TEST_F(PartFailureTest, OfTheNameOfARefusedPartIsReturned) {
+  folder.type = NODE_TEXT;
+  folder.text = L"text";
+  EXPECT_HRESULT(S_FALSE, Check(&document));
+  folder.Answer("get_nodeName", kAnyFailure);
+  EXPECT_HRESULT(kAnyFailure, Check(&document));
+}
+
 TEST_F(PartFailureTest, OfTheStepToTheNextPartIsReturned) {
   fileName.Answer("get_nextSibling", kAnyFailure);
   EXPECT_HRESULT(kAnyFailure, Check(&document));

@@ -212,6 +212,7 @@ TEST(XMLFileTimeTest, TimesAreCompared) {
   EXPECT_EQ(1, time.CompareTo(&before));
   EXPECT_EQ(-1, time.CompareTo(&after));
   EXPECT_EQ(1, time.CompareTo(&never));
+  EXPECT_EQ(1, time.CompareTo(nullptr));
 }
 
 TEST(XMLFileTimeTest, AnEmptyTimeComparesAsLaterThanAny) {

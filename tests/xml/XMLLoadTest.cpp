@@ -135,6 +135,18 @@ TEST_F(LoadTest, ALoadThatSucceedsWithoutADocumentIsRefused) {
   ExpectOnlyMessages(log, {"ERROR 0x80004005 " + Parsing("17: Nothing there.")});
 }
 
+// A parser that reports success and does not say whether there is a document.
+class SilentDocument : public FakeDocument {
+ public:
+  HRESULT WINAPI load(VARIANT, VARIANT_BOOL*) override { return S_OK; }
+};
+
+TEST_F(LoadTest, ALoadThatDoesNotTellWhetherItLoadedIsRefused) {
+  SilentDocument silent;
+  EXPECT_HRESULT(E_FAIL, LoadXMLDocument(kName, &silent, 1));
+  ExpectOnlyMessages(log, {"ERROR 0x80004005 " + Parsing("0: .")});
+}
+
 TEST_F(LoadTest, AReasonOf511CharactersIsShown) {
   const std::wstring reason(511, L'r');
   Refuse(5, reason.c_str());
