@@ -28,15 +28,25 @@ as_root() {
   if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
 }
 
+# ask_for_root: the question for a password, if there is one, comes now. What runs in the background cannot ask.
+ask_for_root() {
+  [ "$(id -u)" -eq 0 ] || command -v sudo >/dev/null || die "$1, and neither root nor sudo to do it"
+  as_root true
+}
+
+missing_packages() {
+  local package
+  for package in "$@"; do
+    [ "$(dpkg-query -W -f '${db:Status-Abbrev}' "$package" 2>/dev/null)" = "ii " ] || printf '%s\n' "$package"
+  done
+}
+
 # need_packages NAME...: installs those that are missing. During the installation systemd is told to start no service.
 need_packages() {
-  local missing=() package
-  for package in "$@"; do
-    [ "$(dpkg-query -W -f '${db:Status-Abbrev}' "$package" 2>/dev/null)" = "ii " ] || missing+=("$package")
-  done
+  local missing
+  mapfile -t missing < <(missing_packages "$@")
   [ ${#missing[@]} -eq 0 ] && return
-  [ "$(id -u)" -eq 0 ] || command -v sudo >/dev/null ||
-    die "missing packages (${missing[*]}), and neither root nor sudo to install them"
+  ask_for_root "packages are missing (${missing[*]})"
   say "Installing ${missing[*]}"
   mkdir -p "$build"
   {
