@@ -3,7 +3,8 @@
 Usage: count.py [-E REGEX] BUILD_FOLDER [BUILD_FOLDER...]. -E (or --exclude) leaves the tests out that `ctest -E REGEX` leaves
 out. Every other test must have written the results file that its command names with --gtest_output=xml:FILE, whole: a program
 that crashed wrote none. A case passed when it ran to its end without a failure. One that failed, was disabled or skipped, and a
-program without results, are told by name, and the exit code is 1. The last lines are one for each folder and their sum.
+program without results, are told by name, and the exit code is 1. The last lines are one for each folder, with the seconds that
+its cases took, and their sum.
 """
 
 import argparse
@@ -90,6 +91,7 @@ def count(folder, exclude):
         for case in cases:
             outcome = outcome_of(case)
             counts[outcome if outcome in ("passed", "skipped") else "failed"] += 1
+            counts["seconds"] += float(case.get("time", 0))
             if outcome != "passed":
                 print(f"{label}: {test['name']}: {case.get('classname')}.{case.get('name')} {outcome}")
     return counts
@@ -107,7 +109,7 @@ def main(arguments):
     options = parser.parse_args(arguments)
     counts = {folder: count(folder, options.exclude) for folder in options.folders}
     for folder, of_folder in counts.items():
-        print(f"{pathlib.Path(folder).name}: {line(of_folder)}")
+        print(f"{pathlib.Path(folder).name}: {line(of_folder)}, {of_folder['seconds']:.0f} s")
     total = sum(counts.values(), collections.Counter())
     print(line(total))
     all_ran = all(of_folder["passed"] for of_folder in counts.values())

@@ -56,14 +56,19 @@ class CountTest(unittest.TestCase):
     def expect_failure(self, text, *told, closing="2 passed, 1 failed"):
         """A program with these results, beside one with two good cases, fails the count, and this is told."""
         code, lines = self.run_count(self.build("x64", {"good": passed(2), "bad": text}))
-        self.assertEqual([*(f"x64: bad: {one}" for one in told), f"x64: {closing}", closing], lines)
+        self.assertEqual([*(f"x64: bad: {one}" for one in told), f"x64: {closing}, 0 s", closing], lines)
         self.assertEqual(1, code)
 
     def test_good_cases_of_all_programs_and_widths_are_summed_up(self):
         folders = [self.build("x64", {"one": passed(2), "two": passed(3)}), self.build("x86", {"one": passed(4)})]
         code, lines = self.run_count(*folders)
-        self.assertEqual(["x64: 5 passed, 0 failed", "x86: 4 passed, 0 failed", "9 passed, 0 failed"], lines)
+        self.assertEqual(["x64: 5 passed, 0 failed, 0 s", "x86: 4 passed, 0 failed, 0 s", "9 passed, 0 failed"], lines)
         self.assertEqual(0, code)
+
+    def test_the_seconds_of_all_cases_of_a_width_are_summed_up(self):
+        timed = results(GOOD.format("Slow").replace("/>", ' time="2.75"/>'), GOOD.format("Fast").replace("/>", ' time="0."/>'))
+        lines = self.run_count(self.build("x64", {"one": timed, "two": timed}), self.build("x86", {"one": passed(1)}))[1]
+        self.assertEqual(["x64: 4 passed, 0 failed, 6 s", "x86: 1 passed, 0 failed, 0 s", "5 passed, 0 failed"], lines)
 
     def test_a_failed_case_fails_the_count(self):
         failed = GOOD.format("Bad").replace("/>", '><failure message="no"/></testcase>')
@@ -108,18 +113,18 @@ class CountTest(unittest.TestCase):
     def test_results_of_a_program_that_is_no_test_do_not_count(self):
         folder = self.build("x64", {"good": passed(2)})
         (pathlib.Path(folder) / "results" / "other.xml").write_text(passed(5), encoding="utf-8")
-        self.assertEqual((0, ["x64: 2 passed, 0 failed", "2 passed, 0 failed"]), self.run_count(folder))
+        self.assertEqual((0, ["x64: 2 passed, 0 failed, 0 s", "2 passed, 0 failed"]), self.run_count(folder))
 
     def test_a_program_may_write_its_results_under_several_names(self):
         folder = self.build("x64", {"torture_1": passed(2), "torture_2": passed(3)})
-        self.assertEqual((0, ["x64: 5 passed, 0 failed", "5 passed, 0 failed"]), self.run_count(folder))
+        self.assertEqual((0, ["x64: 5 passed, 0 failed, 0 s", "5 passed, 0 failed"]), self.run_count(folder))
 
     def test_two_tests_with_the_same_results_fail_the_count(self):
         folder = self.build("x64", {"good": passed(2)})
         with open(f"{folder}/CTestTestfile.cmake", "a", encoding="utf-8") as tests:
             tests.write(f'add_test(bad "{RUNNER}" "--gtest_output=xml:results/good.xml")\n')
         self.assertEqual(
-            (1, ["x64: bad: its results go where those of good go", "x64: 2 passed, 1 failed", "2 passed, 1 failed"]),
+            (1, ["x64: bad: its results go where those of good go", "x64: 2 passed, 1 failed, 0 s", "2 passed, 1 failed"]),
             self.run_count(folder),
         )
 
@@ -128,7 +133,7 @@ class CountTest(unittest.TestCase):
         with open(f"{folder}/CTestTestfile.cmake", "a", encoding="utf-8") as tests:
             tests.write(f'add_test(bad "{RUNNER}" "bad.exe")\n')
         self.assertEqual(
-            (1, ["x64: bad: its command names no results file", "x64: 2 passed, 1 failed", "2 passed, 1 failed"]),
+            (1, ["x64: bad: its command names no results file", "x64: 2 passed, 1 failed, 0 s", "2 passed, 1 failed"]),
             self.run_count(folder),
         )
 
@@ -136,11 +141,11 @@ class CountTest(unittest.TestCase):
         folder = self.build("x64", {"good": passed(2), "torture_tests_1": None})
         for option in ("-E", "--exclude"):
             result = self.run_count(option, "torture_tests", folder)
-            self.assertEqual((0, ["x64: 2 passed, 0 failed", "2 passed, 0 failed"]), result)
+            self.assertEqual((0, ["x64: 2 passed, 0 failed, 0 s", "2 passed, 0 failed"]), result)
 
     def test_a_width_without_a_test_fails_the_count(self):
         code, lines = self.run_count(self.build("x64", {"good": passed(2)}), self.build("x86", {}))
-        self.assertEqual(["x64: 2 passed, 0 failed", "x86: 0 passed, 0 failed", "2 passed, 0 failed"], lines)
+        self.assertEqual(["x64: 2 passed, 0 failed, 0 s", "x86: 0 passed, 0 failed, 0 s", "2 passed, 0 failed"], lines)
         self.assertEqual(1, code)
 
     def test_wrong_arguments_are_a_wrong_usage(self):
