@@ -45,6 +45,7 @@ class Work:
         self.left_out = left_out
         self.lock = threading.Lock()
         self.verdicts = []
+        self.baselines = {}
         self.failure = None
         self.start = time.monotonic()
 
@@ -105,27 +106,27 @@ def choose(options):
     return Draw(candidates, options.count, options.seed)
 
 
-def judge_all(work, place, baseline, left_out):
-    """What one workplace does."""
+def judge_all(work, place, left_out):
+    """Judges mutants in one workplace until there is none left."""
+    judge = Judge(place, work.baselines[place], preparation.read_reach(left_out))
+    mutant = work.next(None)
+    while mutant:
+        start = time.monotonic()
+        result, test, tests = judge.judge(mutant)
+        work.add(mutant, Verdict(mutant.id, mutant.file, mutant.line, mutant.place.operator, mutant.before,
+                                 mutant.place.after, result, test, tests, round(time.monotonic() - start, 1)))
+        mutant = work.next(mutant.file)
+
+
+def work_in(work, place, names, is_reach_known, left_out):
+    """What one workplace does. The first finds out which tests enter which function; the others wait for it, once built."""
     try:
-        judge = Judge(place, baseline, preparation.read_reach(left_out))
-        mutant = work.next(None)
-        while mutant:
-            start = time.monotonic()
-            result, test, tests = judge.judge(mutant)
-            work.add(mutant, Verdict(mutant.id, mutant.file, mutant.line, mutant.place.operator, mutant.before,
-                                     mutant.place.after, result, test, tests, round(time.monotonic() - start, 1)))
-            mutant = work.next(mutant.file)
+        work.baselines[place] = preparation.prepare(place, names, work.state, is_reach_known, say)
+        is_reach_known.wait()
+        judge_all(work, place, left_out)
     except BaseException as error:  # it is raised again where all workplaces have come to their end
         work.fail(error)
-
-
-def in_parallel(function, items):
-    threads = [threading.Thread(target=function, args=(item,), daemon=True) for item in items]
-    for thread in threads:
-        thread.start()
-    for thread in threads:
-        thread.join()
+        is_reach_known.set()
 
 
 def run(options, draw):
@@ -134,25 +135,19 @@ def run(options, draw):
     verdicts = known_verdicts(state, options.leave_out) if options.resume else {}
     work = Work(draw, verdicts, state, options.leave_out)
     processors = max(1, len(os.sched_getaffinity(0)) // options.jobs)
-    work.places = [Workplace(number + 1, processors) for number in range(options.jobs)]
-
-    baselines = {}
-
-    def prepare(place):
-        try:
-            baselines[place] = preparation.prepare(place, names, state, say)
-        except BaseException as error:
-            work.fail(error)
-
+    places = [Workplace(number + 1, processors) for number in range(options.jobs)]
+    is_reach_known = threading.Event()
+    threads = [threading.Thread(target=work_in, args=(work, place, names, is_reach_known, options.leave_out), daemon=True)
+               for place in places]
     try:
-        in_parallel(prepare, work.places)
-        if not work.failure:
-            work.start = time.monotonic()
-            in_parallel(lambda place: judge_all(work, place, baselines[place], options.leave_out), work.places)
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
     except KeyboardInterrupt as error:
         work.fail(error)
     finally:
-        for place in work.places:
+        for place in places:
             place.abandon()
             place.end_wine()
         summary = report.write(preparation.FOLDER, work.verdicts, options, state)

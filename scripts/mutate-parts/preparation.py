@@ -10,12 +10,15 @@ FOLDER = ROOT / "build" / "mutate"
 REACH_FILE = FOLDER / "reach.json"
 
 
-def prepare(place, names, state, say):
-    """Brings the workplace to the project's state; what was found out about this state before is not found out again."""
+def prepare(place, names, state, is_reach_known, say):
+    """Brings the workplace to the project's state; what was found out about this state before is not found out again. The
+    first workplace sets `is_reach_known` when that is so."""
     place.take_project(names)
     baseline = Baseline(place, state)
-    if place.folder.name == "1" and read_json(REACH_FILE).get("state") != state:
-        trace_functions(place, state, say)
+    if place.folder.name == "1":
+        if read_json(REACH_FILE).get("state") != state:
+            trace_functions(place, state, say)
+        is_reach_known.set()
     place.configure(tells_functions=False)
     if not baseline.is_built:
         say(f"workplace {place.folder.name}: building")
