@@ -90,7 +90,7 @@ class Judge:
         return [(program, chosen[program]) for program in sorted(chosen, key=order)]
 
     def in_parts(self, mutant):
-        """(program, tests): the slow tests of all programs behind the others. A program is seen to pass when its turn comes."""
+        """(program, tests): the slow tests of all programs behind the others. A program is seen to pass in its turn."""
         slow_parts = []
         for program, tests in self.in_order(mutant):
             slow = self.baseline.slow_tests(program, SLOW_SECONDS, SLOW_PART)

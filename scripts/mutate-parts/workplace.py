@@ -139,9 +139,9 @@ class Workplace:
         self._shell(f'use_wine x64; end_wine; rm -rf "$WINEPREFIX"; cp -a {CLEAN_PREFIX} "$WINEPREFIX"; start_wine x64')
 
     def run(self, program, tests=None, seconds=None, build=BUILD, trace=None, to_the_end=False, options=()):
-        """Runs a test program, or those of its tests, up to the first failure or to the end. `trace` is the file for the
-        functions that are entered."""
-        command = ["scripts/run-windows-program", "--server", f"{build}/tests/{program}.exe", "--gtest_color=no", *options]
+        """Runs a test program, or those of its tests, up to the first failure or to the end, where CTest runs it. `trace` is
+        the file for the functions that are entered."""
+        command = ["../../scripts/run-windows-program", "--server", f"tests/{program}.exe", "--gtest_color=no", *options]
         if not to_the_end:
             command.append("--gtest_fail_fast")
         if tests is not None:
@@ -151,7 +151,7 @@ class Workplace:
             environment["NORVIK_FUNCTION_TRACE"] = f"Z:{trace}"
         start = time.monotonic()
         with open(self.folder / "build" / "output.txt", "wb+") as output:
-            self._start(command, output, environment)
+            self._start(command, output, self.folder / build, environment)
             timed_out = False
             try:
                 code = self.process.wait(seconds)
@@ -185,8 +185,8 @@ class Workplace:
         if self.process and self.process.poll() is None:
             self._stop()
 
-    def _start(self, command, output, environment=None):
-        self.process = subprocess.Popen(command, cwd=self.folder, env=environment, stdin=subprocess.DEVNULL, stdout=output,
+    def _start(self, command, output, folder, environment=None):
+        self.process = subprocess.Popen(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=output,
                                         stderr=subprocess.STDOUT, start_new_session=True)
 
     def _stop(self):
@@ -206,7 +206,7 @@ class Workplace:
 
     def _call(self, command, log):
         with open(self.folder / "build" / log, "wb") as output:
-            self._start(command, output)
+            self._start(command, output, self.folder)
             return self.process.wait()
 
     def _shell(self, commands):
