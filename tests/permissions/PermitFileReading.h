@@ -6,9 +6,9 @@
 #include <wininet.h>
 
 #include "permissions/Permissions.h"
-#include "support/InternetCache.h"
 #include "support/HResult.h"
 #include "support/ImportPatch.h"
+#include "support/InternetCache.h"
 #include "support/LogCapture.h"
 #include "support/PermitFile.h"
 

@@ -9,8 +9,8 @@
 
 #include "permissions/DestinationDocument.h"
 #include "permissions/Permissions.h"
-#include "support/InternetCache.h"
 #include "support/HResult.h"
+#include "support/InternetCache.h"
 #include "support/LogCapture.h"
 #include "support/WebServer.h"
 #include "transfer/DocumentType.h"

@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "common/ModulePath.h"
-#include "support/InternetCache.h"
 #include "support/Files.h"
 #include "support/HResult.h"
 #include "support/ImportPatch.h"
+#include "support/InternetCache.h"
 #include "support/LogCapture.h"
 #include "support/Sign.h"
 

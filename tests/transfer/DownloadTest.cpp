@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "support/InternetCache.h"
 #include "support/Files.h"
 #include "support/HResult.h"
 #include "support/ImportPatch.h"
+#include "support/InternetCache.h"
 #include "support/LogCapture.h"
 #include "support/WebServer.h"
 #include "transfer/Transfer.h"
