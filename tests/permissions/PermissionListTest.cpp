@@ -42,6 +42,7 @@ class EntryTextsTest : public testing::Test {
     ASSERT_FALSE(entries.empty());
     EXPECT_EQ("ERROR", entries.back().level);
     EXPECT_EQ(kOwner, entries.back().file);
+    EXPECT_LT(1000, entries.back().line) << "the owner's own lines have the numbers below";
     EXPECT_HRESULT(code, entries.back().code);
     EXPECT_EQ("", entries.back().message);
   }
@@ -267,6 +268,7 @@ TEST_F(FindInListTest, WithoutACandidateThereIsNoItem) {
   EXPECT_HRESULT(E_INVALIDARG, FindInList(kOwner, list.get(), nullptr, "Checking: "));
   EXPECT_EQ(Lines{"ERROR 0x80070057 No Item"}, log.Messages());
   EXPECT_EQ(kOwner, log.Entries().at(0).file);
+  EXPECT_LT(1000, log.Entries().at(0).line);
   EXPECT_EQ(0, list->compared);
 }
 

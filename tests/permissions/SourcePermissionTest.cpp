@@ -179,6 +179,28 @@ TEST_F(SourcePermissionListTest, ABadURLEndsTheURLsOnly) {
   EXPECT_HRESULT(S_OK, permission->IsExtensionPermitted("xml"));
 }
 
+// The sixth allocation is the second URL, the seventeenth the text of the first extension.
+TEST_F(SourcePermissionListTest, AnEntryThatCannotBeMadeEndsItsListOnly) {
+  alignas(CSourcePermission) unsigned char memory[sizeof(CSourcePermission)];
+  HRESULT hr = E_UNEXPECTED;
+  const auto readWithout = [&](int allocation) {
+    PATCH_IMPORT(noMemory, HeapAlloc, FailCall(allocation, static_cast<void*>(nullptr), ERROR_NOT_ENOUGH_MEMORY));
+    return new (memory) CSourcePermission(&document, &hr);
+  };
+  const CSourcePermission* permission = readWithout(6);
+  EXPECT_HRESULT(S_OK, hr);
+  EXPECT_TRUE(Permits(*permission, L"http://one/a"));
+  EXPECT_FALSE(Permits(*permission, L"http://three/a"));
+  EXPECT_HRESULT(S_OK, permission->IsExtensionPermitted("xml"));
+  permission->~CSourcePermission();
+
+  permission = readWithout(17);
+  EXPECT_HRESULT(S_OK, hr);
+  EXPECT_TRUE(Permits(*permission, L"http://three/a"));
+  EXPECT_HRESULT(E_UNEXPECTED, permission->IsExtensionPermitted("xml"));
+  permission->~CSourcePermission();
+}
+
 TEST_F(SourcePermissionListTest, ABadExtensionEndsTheExtensionsOnly) {
   extensionNodes[1].text = nullptr;
   LogCapture log;
