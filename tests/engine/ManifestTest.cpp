@@ -199,6 +199,7 @@ TEST_F(ManifestTest, TheCachedCopyHasTheModulesDocumentType) {
   ASSERT_HRESULT(S_OK, Read());
   EXPECT_EQ(std::string("<?xml version=\"1.0\"?>") + kManifestDTD + "\r\n<VantorManifest version=\"1.0\"></VantorManifest>",
             ReadWholeFile(CachedFile(path)));
+  EXPECT_FALSE(AttributesOf(CachedFile(path)) & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN));
 }
 
 TEST_F(ManifestTest, NeedsPermissions) {
