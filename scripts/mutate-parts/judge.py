@@ -20,7 +20,8 @@ KILLS_PER_PROOF = 8
 MOST_ATTEMPTS = 4
 
 # The suites that judge the DLL as a whole come last, the longest behind the others.
-LAST_PROGRAMS = ["docs_tests", "control_tests", "names_tests", "hostile_tests", "machine_tests", "torture_tests"]
+LAST_PROGRAMS = ["docs_tests", "control_tests", "names_tests", "hostile_tests", "machine_tests", "long_run_tests",
+                 "torture_tests"]
 
 
 @dataclass

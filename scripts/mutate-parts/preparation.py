@@ -15,13 +15,13 @@ def prepare(place, names, state, is_reach_known, say):
     first workplace sets `is_reach_known` when that is so."""
     place.take_project(names)
     baseline = Baseline(place, state)
-    if place.folder.name == "1":
+    if place.number == 1:
         if read_json(REACH_FILE).get("state") != state:
             trace_functions(place, state, say)
         is_reach_known.set()
     place.configure(tells_functions=False)
     if not baseline.is_built:
-        say(f"workplace {place.folder.name}: building")
+        say(f"workplace {place.number}: building")
         place.build_all()
         place.keep_unchanged()
         place.start_wine()
@@ -32,13 +32,13 @@ def prepare(place, names, state, is_reach_known, say):
 
 
 def trace_functions(place, state, say):
-    say(f"workplace {place.folder.name}: building with functions that tell when they are entered")
+    say(f"workplace {place.number}: building with functions that tell when they are entered")
     place.configure(tells_functions=True)
     place.build_all()
     place.start_wine()
     entered, tests = {}, {}
-    for program in place.programs():
-        say(f"workplace {place.folder.name}: which functions {program} enters")
+    for program in place.programs:
+        say(f"workplace {place.number}: which functions {program} enters")
         trace = place.folder / "build" / "trace.txt"
         trace.unlink(missing_ok=True)
         # Whether all pass is not asked here: some look at what the DLL is made of.

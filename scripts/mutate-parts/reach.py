@@ -1,5 +1,6 @@
 """Which functions of src/ each test case enters, told by programs that were built with NORVIK_TELL_FUNCTIONS."""
 
+import itertools
 import re
 import struct
 import subprocess
@@ -54,10 +55,13 @@ class Reach:
         """{program: tests} that enter the function that is changed; of what stands outside of functions, or is never entered
         (the compiler had no need to), those that enter any function of the source file; without any, all there are."""
         for is_reached in (self.is_in_function(mutant), self.is_in_source(mutant)):
-            chosen = {program: self.chosen_tests(program, is_reached) for program in self.tests}
-            if any(chosen.values()):
+            if any(is_reached(place) for program in self.tests for place in self.places_of(program)):
+                chosen = {program: self.chosen_tests(program, is_reached) for program in self.tests}
                 return {program: tests for program, tests in chosen.items() if tests}
         return dict(self.tests)
+
+    def places_of(self, program):
+        return itertools.chain.from_iterable(self.entered.get(program, {}).values())
 
     @staticmethod
     def is_in_function(mutant):

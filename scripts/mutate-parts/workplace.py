@@ -1,5 +1,6 @@
 """A copy of the whole project in which mutants are built and run. It shares nothing with the project or another copy."""
 
+import functools
 import hashlib
 import json
 import os
@@ -74,8 +75,17 @@ def fingerprint(names):
     return digest.hexdigest()
 
 
+def program_of(entry):
+    """The name of the test program that an entry of CTest runs, and the variables that are set for it."""
+    name = next(pathlib.Path(word).stem for word in entry["command"] if word.endswith(".exe"))
+    values = next((each["value"] for each in entry["properties"] if each["name"] == "ENVIRONMENT"), [])
+    variables = dict(value.split("=", 1) for value in values)
+    return name, {key: value for key, value in variables.items() if not key.startswith("GTEST_")}
+
+
 class Workplace:
     def __init__(self, number, processors):
+        self.number = number
         self.folder = ROOT / "build" / "mutate" / str(number)
         self.processors = processors  # to build with
         self.process = None           # that is running
@@ -119,10 +129,12 @@ class Workplace:
             copy = self.folder / UNCHANGED / path.relative_to(self.folder / BUILD)
             copy.write_bytes(path.read_bytes())
 
+    @functools.cached_property
     def programs(self):
+        """{program: environment} as CTest has them. The cases of a program are not shared between entries here."""
         command = ["ctest", "--test-dir", str(BUILD), "--show-only=json-v1"]
         done = subprocess.run(command, cwd=self.folder, check=True, stdout=subprocess.PIPE)
-        return [test["name"] for test in json.loads(done.stdout)["tests"]]
+        return dict(map(program_of, json.loads(done.stdout)["tests"]))
 
     def start_wine(self):
         self._shell("start_wine x64")
@@ -146,7 +158,7 @@ class Workplace:
             command.append("--gtest_fail_fast")
         if tests is not None:
             command.append(f"--gtest_filter={':'.join(tests)}")
-        environment = dict(os.environ)
+        environment = {**os.environ, "NORVIK_FIRST_PROCESSOR": str(self.number - 1), **self.programs[program]}
         if trace:
             environment["NORVIK_FUNCTION_TRACE"] = f"Z:{trace}"
         start = time.monotonic()
