@@ -156,6 +156,17 @@ TEST(WebServerTest, TheRequestsAreRemembered) {
   EXPECT_EQ((std::vector<std::string>{"HEAD /a.asp?x=1%202&y", "GET /a"}), server.Asked());
 }
 
+TEST(WebServerTest, AMalformedRequestIsRememberedAndRefused) {
+  WebServer server;
+  server.Answer("/a", Response().Body("a"));
+  LocalConnection connection(WebServer::Port("http"));
+  connection.Send("GET /a\r\nX-Forged: yes\r\n\r\n");
+  EXPECT_EQ("", connection.ReceiveAll());
+  EXPECT_TRUE(connection.IsReset());
+  EXPECT_EQ((std::vector<std::string>{"malformed GET /a"}), server.Asked());
+  EXPECT_EQ("yes", server.Requests().at(0).Header("X-Forged"));
+}
+
 TEST(WebServerTest, ARequestIsThereBeforeItsAnswer) {
   WebServer server;
   server.Answer("/a", Response::Raw().Hold());
