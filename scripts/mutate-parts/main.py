@@ -28,7 +28,7 @@ def arguments():
     parser.add_argument("--folder", action="append", choices=FOLDERS, help="of this folder of src/ only; may be given again")
     parser.add_argument("--jobs", type=int, default=2, help="how many workplaces (2), each for a processor")
     parser.add_argument("--list", action="store_true", help="says which changes would be tried")
-    parser.add_argument("--only", nargs="+", metavar="ID", help="these changes, whatever the seed")
+    parser.add_argument("--only", nargs="+", metavar="ID", help="these changes, and no others")
     parser.add_argument("--resume", action="store_true", help="judges no change twice while the sources are the same")
     parser.add_argument("--leave-out", action="append", default=[], metavar="PROGRAM",
                         help="does without this test program, torture_tests for example; may be given again")

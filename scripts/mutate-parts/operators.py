@@ -11,7 +11,7 @@ from dataclasses import dataclass
 NOT_CALLED = {"if", "while", "for", "switch", "return", "sizeof", "alignof", "decltype", "catch", "FAILED", "SUCCEEDED"}
 NOT_A_STATEMENT = {"return", "if", "else", "for", "while", "do", "switch", "case", "default", "break", "continue", "using",
                    "const", "constexpr", "static", "struct", "class", "enum", "template", "static_assert", "delete", "new"}
-NOT_REPLACED = {"0", "nullptr", "FALSE", "HERE", "__LINE__", "this"}
+NOT_REPLACED = {"0", "nullptr", "CP_ACP", "FALSE", "HERE", "S_OK", "__LINE__", "this"}
 ASSIGNMENTS = {"=", "+=", "-=", "*=", "/=", "|=", "&=", "^=", "%="}
 CONDITION_ENDS = ASSIGNMENTS | {"return", ",", ";", "?", ":", "{", "}", "(", "["}
 

@@ -53,7 +53,10 @@ class Reach:
 
     def tests_for(self, mutant):
         """{program: tests} that enter the function that is changed; of what stands outside of functions, or is never entered
-        (the compiler had no need to), those that enter any function of the source file; without any, all there are."""
+        (the compiler had no need to), those that enter any function of the source file; without any, all there are. What a
+        header defines the test programs compile too, and these copies tell nothing: that is for all tests."""
+        if mutant.file.endswith(".h"):
+            return dict(self.tests)
         for is_reached in (self.is_in_function(mutant), self.is_in_source(mutant)):
             if any(is_reached(place) for program in self.tests for place in self.places_of(program)):
                 chosen = {program: self.chosen_tests(program, is_reached) for program in self.tests}
@@ -70,8 +73,7 @@ class Reach:
 
     @staticmethod
     def is_in_source(mutant):
-        """What a header holds outside of its functions goes into files of any name."""
-        return lambda place: place[0] == mutant.file and mutant.file.endswith(".cpp")
+        return lambda place: place[0] == mutant.file
 
     def chosen_tests(self, program, is_reached):
         """A test that did not come to its end when it was to tell may enter anything."""

@@ -19,7 +19,6 @@ class ReachTest(unittest.TestCase):
 
     def test_a_change_is_shown_to_the_tests_that_enter_its_function(self):
         self.expect({"a_tests": ["One.b"], "b_tests": ["Three.d"]}, "src/a/A.cpp", 29, 33)
-        self.expect({"a_tests": ["One.a"]}, "src/a/B.h", 5, 5)
 
     def test_what_a_suite_enters_all_its_tests_enter(self):
         self.expect({"a_tests": ["One.a", "One.b"]}, "src/a/Suite.cpp", 1, 2)
@@ -30,8 +29,9 @@ class ReachTest(unittest.TestCase):
     def test_a_change_outside_of_functions_is_shown_to_all_that_enter_the_file(self):
         self.expect({"a_tests": ["One.a", "One.b"], "b_tests": ["Three.d"]}, "src/a/A.cpp")
 
-    def test_a_change_of_a_header_outside_of_functions_is_shown_to_all(self):
+    def test_a_change_of_a_header_is_shown_to_all(self):
         self.expect(TESTS, "src/a/B.h")
+        self.expect(TESTS, "src/a/B.h", 5, 5)
 
     def test_a_test_that_did_not_tell_may_enter_anything(self):
         silent = reach.Reach(ENTERED, {"a_tests": [*TESTS["a_tests"], "Two.silent"]})

@@ -105,8 +105,7 @@ HRESULT LoadFrom(IXMLDOMDocument2* document, const BString& name, LONG fromFile,
     return hr;
   if (!fromFile)
     return document->loadXML(name.Get(), isLoaded);
-  VARIANT source;
-  VariantInit(&source);
+  VARIANT source = {};
   source.vt = VT_BSTR;
   source.bstrVal = name.Get();
   return document->load(source, isLoaded);
@@ -171,8 +170,7 @@ void SaveAsItIs(IXMLDOMDocument2* document, const char* fileName) {
     LogErrorTrace(HERE, E_OUTOFMEMORY);
     return;
   }
-  VARIANT destination;
-  VariantInit(&destination);
+  VARIANT destination = {};
   destination.vt = VT_BSTR;
   destination.bstrVal = name.Get();
   const HRESULT hr = document->save(destination);

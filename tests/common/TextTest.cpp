@@ -73,6 +73,15 @@ TEST(TextTest, ATextThatIsCutWhileItIsConvertedIsNoText) {
   }
 }
 
+TEST(TextTest, NoRoomIsAskedForATextThatCannotBeConverted) {
+  PATCH_IMPORT(noWide, MultiByteToWideChar, FailWith(0, ERROR_NO_UNICODE_TRANSLATION));
+  PATCH_IMPORT(strings, SysAllocStringLen, [](auto, const OLECHAR*, UINT length) -> BSTR {
+    ADD_FAILURE() << length;
+    return nullptr;
+  });
+  EXPECT_FALSE(WideText("a"));
+}
+
 TEST(TextTest, ATextIsConvertedWholeAndAsItIs) {
   PATCH_IMPORT(narrow, WideCharToMultiByte,
                [](auto original, UINT codePage, DWORD flags, const wchar_t* text, int length, char* buffer, int bytes,

@@ -348,6 +348,17 @@ TEST_F(CopyCommandExecuteTest, EveryAllocationThatFailsIsAFailureOrAWholeFile) {
   EXPECT_HRESULT(S_OK, hr);
 }
 
+TEST_F(CopyCommandExecuteTest, TheWrittenFileCanBeForgotten) {
+  const auto element = ParseElement(CopyElement(fixture.Source("a.txt"), fixture.PathElement()));
+  CCopyCommand command(element.Get(), nullptr);
+  command.SetWrittenFile("C:\\folder\\b.txt");
+  EXPECT_STREQ("C:\\folder", command.GetFolder());
+  EXPECT_STREQ("b.txt", command.GetFileName());
+  command.SetWrittenFile(nullptr);
+  EXPECT_EQ(nullptr, command.GetFolder());
+  EXPECT_EQ(nullptr, command.GetFileName());
+}
+
 TEST_F(CopyCommandExecuteTest, GivesBackWhatItAllocates) {
   const auto element = ParseElement(CopyElement(fixture.Source("a.txt"), fixture.PathElement()));
   const HeapBalance heap;

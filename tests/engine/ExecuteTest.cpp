@@ -1,6 +1,9 @@
 #include "engine/Execute.h"
 
 #include <gtest/gtest.h>
+#include <shlobj.h>
+
+#include <cstring>
 
 #include "common/ModulePath.h"
 #include "engine/EngineFixture.h"
@@ -103,6 +106,21 @@ TEST_F(ExecuteTest, TheOpenCommandFillsTheNavigateURL) {
   const std::string open = OpenElement("browser=\"true\"", fixture.Source("b.txt"), fixture.PathElement());
   ReceivedText navigateURL;
   EXPECT_HRESULT(S_OK, Run(executer, Write("first.xml", Copy("a.txt") + open), navigateURL.Receive()));
+  EXPECT_EQ(Wide("file://" + fixture.Destination("b.txt")), navigateURL.Text());
+}
+
+// The drive stands in for a folder that cannot be had: the reading of such a command says so, the run does not.
+TEST_F(ExecuteTest, AFolderThatStandsInForAnotherIsNoFailure) {
+  CExecuter executer(0, nullptr);
+  const std::string folder = fixture.Destination("").substr(std::strlen("C:\\"));
+  const std::string open = OpenElement("browser=\"true\"", fixture.Source("b.txt"), "<Personal>" + folder + "</Personal>");
+  const std::string manifest = Write("first.xml", open);
+  PATCH_IMPORT(noPersonal, SHGetFolderPathA, [](auto original, HWND window, int id, auto... rest) -> HRESULT {
+    return (id & 0xFF) == CSIDL_PERSONAL ? E_FAIL : original(window, id, rest...);
+  });
+  PATCH_IMPORT(noTemporary, GetTempPathA, FailWith(DWORD{0}, ERROR_PATH_NOT_FOUND));
+  ReceivedText navigateURL;
+  EXPECT_HRESULT(S_OK, Run(executer, manifest, navigateURL.Receive()));
   EXPECT_EQ(Wide("file://" + fixture.Destination("b.txt")), navigateURL.Text());
 }
 
