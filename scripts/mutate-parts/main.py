@@ -121,7 +121,7 @@ def judge_all(work, place, left_out):
 def work_in(work, place, names, is_reach_known, left_out):
     """What one workplace does. The first finds out which tests enter which function; the others wait for it, once built."""
     try:
-        work.baselines[place] = preparation.prepare(place, names, work.state, is_reach_known, say)
+        work.baselines[place] = preparation.prepare(place, names, work.state, left_out, is_reach_known, say)
         is_reach_known.wait()
         judge_all(work, place, left_out)
     except BaseException as error:  # it is raised again where all workplaces have come to their end

@@ -10,16 +10,15 @@ FOLDER = ROOT / "build" / "mutate"
 REACH_FILE = FOLDER / "reach.json"
 
 
-def prepare(place, names, state, is_reach_known, say):
+def prepare(place, names, state, left_out, is_reach_known, say):
     """Brings the workplace to the project's state; what was found out about this state before is not found out again. The
     first workplace sets `is_reach_known` when that is so."""
     place.take_project(names)
+    place.configure(tells_functions=False)
     baseline = Baseline(place, state)
     if place.number == 1:
-        if read_json(REACH_FILE).get("state") != state:
-            trace_functions(place, state, say)
+        trace_functions(place, state, left_out, say)
         is_reach_known.set()
-    place.configure(tells_functions=False)
     if not baseline.is_built:
         say(f"workplace {place.number}: building")
         place.build_all()
@@ -31,13 +30,19 @@ def prepare(place, names, state, is_reach_known, say):
     return baseline
 
 
-def trace_functions(place, state, say):
+def trace_functions(place, state, left_out, say):
+    """Finds out which functions each test of a program enters, for the programs that are not left out and not yet known."""
+    known = read_json(REACH_FILE)
+    if known.get("state") != state:
+        known = {"state": state, "entered": {}, "tests": {}}
+    missing = [program for program in place.programs if program not in left_out and program not in known["tests"]]
+    if not missing:
+        return
     say(f"workplace {place.number}: building with functions that tell when they are entered")
     place.configure(tells_functions=True)
     place.build_all()
     place.start_wine()
-    entered, tests = {}, {}
-    for program in place.programs:
+    for program in missing:
         say(f"workplace {place.number}: which functions {program} enters")
         trace = place.folder / "build" / "trace.txt"
         trace.unlink(missing_ok=True)
@@ -45,9 +50,10 @@ def trace_functions(place, state, say):
         place.run(program, seconds=SECONDS_OF_A_PROGRAM, trace=trace, to_the_end=True)
         if not trace.exists():
             raise ToolError(f"{program} does not tell which functions it enters")
-        entered[program] = reach.read_trace(place.folder, program, trace)
-        tests[program] = place.tests_of(program)
-    write_json(REACH_FILE, {"state": state, "entered": entered, "tests": tests})
+        known["entered"][program] = reach.read_trace(place.folder, program, trace)
+        known["tests"][program] = place.tests_of(program)
+        write_json(REACH_FILE, known)
+    place.configure(tells_functions=False)
 
 
 def read_reach(left_out):
