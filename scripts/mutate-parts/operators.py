@@ -11,7 +11,9 @@ from dataclasses import dataclass
 NOT_CALLED = {"if", "while", "for", "switch", "return", "sizeof", "alignof", "decltype", "catch", "FAILED", "SUCCEEDED"}
 NOT_A_STATEMENT = {"return", "if", "else", "for", "while", "do", "switch", "case", "default", "break", "continue", "using",
                    "const", "constexpr", "static", "struct", "class", "enum", "template", "static_assert", "delete", "new"}
-NOT_REPLACED = {"0", "nullptr", "CP_ACP", "FALSE", "HERE", "S_OK", "__LINE__", "this"}
+# Arguments that say where a line of the log comes from, or are 0 already.
+NOT_REPLACED = {"HERE", "__LINE__", "this", "0", "nullptr", "FALSE", "S_OK", "CP_ACP", "LOCALE_NEUTRAL", "SHGFP_TYPE_CURRENT",
+                "INTERNET_OPEN_TYPE_PRECONFIG"}
 ASSIGNMENTS = {"=", "+=", "-=", "*=", "/=", "|=", "&=", "^=", "%="}
 CONDITION_ENDS = ASSIGNMENTS | {"return", ",", ";", "?", ":", "{", "}", "(", "["}
 

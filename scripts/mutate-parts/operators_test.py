@@ -82,6 +82,9 @@ class OperatorsTest(unittest.TestCase):
         self.expect("argument", "f(a, g(b, 0), HERE, \"t\");", "f(0, g(b, 0), HERE, \"t\");", "f(a, 0, HERE, \"t\");",
                     "f(a, g(0, 0), HERE, \"t\");")
 
+    def test_an_argument_that_is_nothing_already_stays(self):
+        self.expect("argument", "f(0, nullptr, CP_ACP);")
+
     def test_conditions_are_no_arguments(self):
         self.expect("argument", "if (a) return;")
 
