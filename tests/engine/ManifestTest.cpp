@@ -281,6 +281,22 @@ class CacheFileWatch {
       }};
 };
 
+// One that were read-only could not be replaced by the next run's.
+TEST_F(ManifestTest, TheCachedCopyIsAnOrdinaryFile) {
+  Write("");
+  const CacheFileWatch cache;
+  DWORD attributes = 0;
+  PATCH_IMPORT(files, CreateFileA,
+               [&](auto original, LPCSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security, DWORD disposition,
+                   DWORD flags, HANDLE model) {
+    if (name == cache.path && access == GENERIC_WRITE)
+      attributes = flags;
+    return original(name, access, share, security, disposition, flags, model);
+  });
+  EXPECT_HRESULT(S_OK, Read());
+  EXPECT_EQ(DWORD{FILE_ATTRIBUTE_NORMAL}, attributes);
+}
+
 TEST_F(ManifestTest, AMissingFileIsReportedWithBothNames) {
   const LogCapture log(false);
   const CacheFileWatch cache;
