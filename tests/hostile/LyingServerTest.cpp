@@ -1,11 +1,15 @@
 // Servers that break off, and servers that promise what they do not send: whatever they do to a file, they do to a manifest.
 
+#include "common/Windows.h"
+
 #include <gtest/gtest.h>
+#include <wininet.h>
 
 #include <cstring>
 #include <thread>
 
 #include "hostile/HostileFixture.h"
+#include "support/ImportPatch.h"
 
 namespace {
 
@@ -117,10 +121,30 @@ TEST_F(TooLongBodyTest, IsNoManifest) {
   }
 }
 
-// Which code a reset gives depends on how much of the body was taken before it, and on what the transport makes of it: the
-// body ends early, the transport says that it was reset, or it hands on what the socket said.
+// The reset comes while the body is read: the answer stands at its Hold until the module asks for the first bytes of it.
+// Which code it gives depends on what the transport makes of it: the body ends early, the transport says that it was reset,
+// or it hands on what the socket said.
 class ResetTest : public HostileTest {
  protected:
+  static Response ResetBehind(const std::string& body) { return Response().Length(100000).Body(body).Hold().Reset(); }
+
+  // A handler: the first read of the body of `path` meets the reset.
+  auto ResetAtRead(const std::string& path) {
+    return [this, path](auto original, auto... arguments) {
+      if (!isReset && server.Asked().back() == "GET " + path) {
+        server.AwaitHold(path);
+        server.Release(path);
+        isReset = true;
+      }
+      return original(arguments...);
+    };
+  }
+
+  void TearDown() override {
+    EXPECT_TRUE(isReset);
+    HostileTest::TearDown();
+  }
+
   // The code that the first message of the log has, which is one of the three.
   std::string CodeTold() const {
     const Lines told = Told();
@@ -128,10 +152,14 @@ class ResetTest : public HostileTest {
     EXPECT_TRUE(code == kAborted || code == kReset || code == kSocketReset) << code;
     return code;
   }
+
+ private:
+  bool isReset = false;
 };
 
 TEST_F(ResetTest, InTheBodyLeavesNoFile) {
-  server.Answer("/a.txt", Response().Length(100000).Body(std::string(50000, 'x')).Reset());
+  PATCH_IMPORT(reads, InternetReadFile, ResetAtRead("/a.txt"), module.Handle());
+  server.Answer("/a.txt", ResetBehind(std::string(50000, 'x')));
   EXPECT_HRESULT(S_FALSE, Execute(CopyOf("a.txt") + Copy("b.txt")));
   const std::string code = CodeTold();
   EXPECT_EQ((Lines{"ERROR " + code + " Reading '{server}/a.txt' failed.", "ERROR " + code + " 'Copy' command failed.",
@@ -141,7 +169,8 @@ TEST_F(ResetTest, InTheBodyLeavesNoFile) {
 }
 
 TEST_F(ResetTest, InTheBodyIsNoManifest) {
-  const HRESULT hr = RunAnswered(Response().Length(100000).Body(kGood).Reset());
+  PATCH_IMPORT(reads, InternetReadFile, ResetAtRead(kManifestPath), module.Handle());
+  const HRESULT hr = RunAnswered(ResetBehind(kGood));
   const std::string code = CodeTold();
   EXPECT_HRESULT(ResultOf(code), hr);
   EXPECT_EQ(Unread(code), Told());

@@ -1,14 +1,18 @@
-// The process ends while a manifest runs, at every call that changes something outside of it: the next run of the same
-// manifest has to come to its usual end. Calls between two of these leave the same state behind.
+// The process ends while a manifest runs, at a call that changes something outside of it: the next run of the same manifest
+// has to come to its usual end. Calls between two of these leave the same state behind.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdio>
 
+#include "torture/Sample.h"
 #include "torture/Workplace.h"
 
 namespace {
+
+// Of the calls of a scenario, one in so many is the last one of a process, and one of each kind.
+constexpr std::uint32_t kStride = 3;
 
 bool ChangesTheSystem(const FallibleCall& call) {
   static const std::vector<std::string> functions = {
@@ -54,11 +58,11 @@ TEST_P(InterruptionTest, TheNextRunComesToItsUsualEnd) {
   const std::vector<FallibleCall> calls = work.counter.Calls();
 
   int interruptions = 0;
-  for (std::size_t number = 0; number < calls.size(); ++number) {
+  for (const std::size_t number : ChooseCalls(calls, GetParam(), kStride)) {
     if (!ChangesTheSystem(calls[number]) && number + 1 != calls.size())
       continue;
-    const std::string where =
-        std::string(calls[number].function) + " (" + calls[number].object + "), call " + std::to_string(number);
+    const std::string where = std::string(calls[number].function) + " (" + calls[number].object + "), call " +
+                              std::to_string(number) + ", seed " + std::to_string(Seed());
     work.Prepare();
     ASSERT_EQ(0u, RunInterrupted(work, number)) << where;
     ++interruptions;

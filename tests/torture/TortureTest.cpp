@@ -4,63 +4,16 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <map>
-#include <set>
 
 #include "support/Holdings.h"
 #include "torture/Judgement.h"
+#include "torture/Sample.h"
 #include "torture/Workplace.h"
 
 namespace {
 
-// Of all calls, one in sixteen fails, and one of each kind; which ones these are depends on NORVIK_SEED, a number from 0 to
-// 4294967295 (0 without it). With NORVIK_TORTURE=all (scripts/torture) all do, and with a number in its place that call
-// only.
+// Of all calls, one in so many fails, and one of each kind.
 constexpr std::uint32_t kStride = 16;
-
-std::string Wish() {
-  const char* const wish = std::getenv("NORVIK_TORTURE");
-  return wish ? wish : "";
-}
-
-std::uint32_t Seed() {
-  const char* const given = std::getenv("NORVIK_SEED");
-  return given ? static_cast<std::uint32_t>(std::strtoul(given, nullptr, 10)) : 0;
-}
-
-// A number without any order to it for each seed, scenario and call (the last steps of MurmurHash3).
-std::uint32_t Mix(std::size_t scenario, std::size_t number) {
-  std::uint32_t mixed = Seed() * 0x9E3779B1u + static_cast<std::uint32_t>(scenario * 4096 + number);
-  mixed = (mixed ^ (mixed >> 16)) * 0x85EBCA6Bu;
-  mixed = (mixed ^ (mixed >> 13)) * 0xC2B2AE35u;
-  return mixed ^ (mixed >> 16);
-}
-
-std::set<std::size_t> ChooseSample(const std::vector<FallibleCall>& calls, std::size_t scenario) {
-  std::set<std::size_t> chosen;
-  std::map<std::string, std::vector<std::size_t>> kinds;
-  for (std::size_t number = 0; number < calls.size(); ++number) {
-    kinds[std::string(calls[number].function) + "/" + calls[number].object].push_back(number);
-    if (Mix(scenario, number) % kStride == 0)
-      chosen.insert(number);
-  }
-  for (const auto& [kind, numbers] : kinds)
-    chosen.insert(numbers[Mix(scenario, numbers[0]) / kStride % numbers.size()]);
-  return chosen;
-}
-
-std::set<std::size_t> ChooseCalls(const std::vector<FallibleCall>& calls, std::size_t scenario) {
-  const std::string wish = Wish();
-  if (wish.empty())
-    return ChooseSample(calls, scenario);
-  std::set<std::size_t> chosen;
-  for (std::size_t number = 0; number < calls.size(); ++number) {
-    if (wish == "all" || wish == std::to_string(number))
-      chosen.insert(chosen.end(), number);
-  }
-  return chosen;
-}
 
 // What the system's own caches may come and go by.
 constexpr SIZE_T kToleratedBytes = 64 * 1024;
@@ -118,7 +71,7 @@ TEST_P(TortureTest, EveryCallFails) {
 
   const std::uintptr_t handle = LowestFreeHandle();
   const SIZE_T bytes = HeapBytesInUse();
-  for (const std::size_t number : ChooseCalls(usual.calls, GetParam())) {
+  for (const std::size_t number : ChooseCalls(usual.calls, GetParam(), kStride)) {
     for (int way = 0; way < usual.calls[number].errors; ++way)
       Fail(number, way, false);
     Fail(number, 0, true);

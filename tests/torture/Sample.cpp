@@ -1,0 +1,52 @@
+#include "torture/Sample.h"
+
+#include <cstdlib>
+#include <map>
+#include <string>
+
+namespace {
+
+std::string Wish() {
+  const char* const wish = std::getenv("NORVIK_TORTURE");
+  return wish ? wish : "";
+}
+
+// A number without any order to it for each seed, scenario and call (the last steps of MurmurHash3).
+std::uint32_t Mix(std::size_t scenario, std::size_t number) {
+  std::uint32_t mixed = Seed() * 0x9E3779B1u + static_cast<std::uint32_t>(scenario * 4096 + number);
+  mixed = (mixed ^ (mixed >> 16)) * 0x85EBCA6Bu;
+  mixed = (mixed ^ (mixed >> 13)) * 0xC2B2AE35u;
+  return mixed ^ (mixed >> 16);
+}
+
+std::set<std::size_t> ChooseSample(const std::vector<FallibleCall>& calls, std::size_t scenario, std::uint32_t stride) {
+  std::set<std::size_t> chosen;
+  std::map<std::string, std::vector<std::size_t>> kinds;
+  for (std::size_t number = 0; number < calls.size(); ++number) {
+    kinds[std::string(calls[number].function) + "/" + calls[number].object].push_back(number);
+    if (Mix(scenario, number) % stride == 0)
+      chosen.insert(number);
+  }
+  for (const auto& [kind, numbers] : kinds)
+    chosen.insert(numbers[Mix(scenario, numbers[0]) / stride % numbers.size()]);
+  return chosen;
+}
+
+}  // namespace
+
+std::uint32_t Seed() {
+  const char* const given = std::getenv("NORVIK_SEED");
+  return given ? static_cast<std::uint32_t>(std::strtoul(given, nullptr, 10)) : 0;
+}
+
+std::set<std::size_t> ChooseCalls(const std::vector<FallibleCall>& calls, std::size_t scenario, std::uint32_t stride) {
+  const std::string wish = Wish();
+  if (wish.empty())
+    return ChooseSample(calls, scenario, stride);
+  std::set<std::size_t> chosen;
+  for (std::size_t number = 0; number < calls.size(); ++number) {
+    if (wish == "all" || wish == std::to_string(number))
+      chosen.insert(chosen.end(), number);
+  }
+  return chosen;
+}
