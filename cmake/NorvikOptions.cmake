@@ -27,10 +27,19 @@ target_link_options(norvik_link INTERFACE
   -Wl,--dynamicbase -Wl,--nxcompat
   $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},8>:-Wl,--high-entropy-va>)
 
-# norvik_folder(NAME SOURCES ... USES ...): the static library of one folder below src/. USES names the folders and the
-# system libraries that it builds on.
+# The programs beside the module are processes of their own, and use the standard library as it is meant.
+add_library(norvik_program_compile INTERFACE)
+target_link_libraries(norvik_program_compile INTERFACE norvik_compile)
+target_compile_options(norvik_program_compile INTERFACE -Os)
+
+# norvik_folder(NAME [PROGRAM] SOURCES ... USES ...): the static library of one folder below src/, of the module or, with
+# PROGRAM, of what stands beside it. USES names the folders and the system libraries that it builds on.
 function(norvik_folder name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
+  cmake_parse_arguments(ARG "PROGRAM" "" "SOURCES;USES" ${ARGN})
+  set(compile norvik_module_compile)
+  if(ARG_PROGRAM)
+    set(compile norvik_program_compile)
+  endif()
   add_library(${name} STATIC ${ARG_SOURCES})
-  target_link_libraries(${name} PRIVATE norvik_module_compile PUBLIC ${ARG_USES})
+  target_link_libraries(${name} PRIVATE ${compile} PUBLIC ${ARG_USES})
 endfunction()

@@ -9,17 +9,13 @@ namespace {
 
 constexpr std::size_t kLongestSystemPath = 32767;
 
-bool Exists(const char* path) {
-  return GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES;
-}
-
 // The path is cut at the boundary only for as long as this takes.
-HRESULT CreateFolderUpTo(char* path, char* boundary) {
+HRESULT CreateFolderUpTo(char* path, char* boundary, FileSystem& files) {
   const char boundaryCharacter = *boundary;
   *boundary = '\0';
   HRESULT hr = S_OK;
   // Another process may be making the same folder: that it exists afterwards is what counts.
-  if (!Exists(path) && !CreateDirectoryA(path, nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
+  if (!files.Exists(path) && !files.CreateFolder(path) && GetLastError() != ERROR_ALREADY_EXISTS)
     hr = ResultFromLastError();
   *boundary = boundaryCharacter;
   return hr;
@@ -27,8 +23,8 @@ HRESULT CreateFolderUpTo(char* path, char* boundary) {
 
 }  // namespace
 
-HRESULT CreateFolderTree(const char* path) {
-  if (Exists(path))
+HRESULT CreateFolderTree(const char* path, FileSystem& files) {
+  if (files.Exists(path))
     return S_OK;
 
   char fullPath[MAX_PATH];
@@ -48,7 +44,7 @@ HRESULT CreateFolderTree(const char* path) {
     while (*position && *position != '\\' && *position != '/')
       position += NextCharacter(position) - position;
     if (!firstBoundary) {
-      const HRESULT hr = CreateFolderUpTo(fullPath, position);
+      const HRESULT hr = CreateFolderUpTo(fullPath, position, files);
       if (FAILED(hr))
         return hr;
     }

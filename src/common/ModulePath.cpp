@@ -6,34 +6,38 @@
 
 namespace {
 
-char modulePath[MAX_PATH];
-char moduleFolder[MAX_PATH];
+struct ModuleFile {
+  char path[MAX_PATH];
+  char folder[MAX_PATH];
+};
+
+ModuleFile module;
 
 void RecordFolder() {
-  const char* name = BehindLastSeparator(modulePath);
-  std::size_t length = name ? static_cast<std::size_t>(name - modulePath) : 0;
-  length = LengthWithoutTrailingSeparator(modulePath, length);
-  std::memcpy(moduleFolder, modulePath, length);
-  moduleFolder[length] = '\0';
+  const char* name = BehindLastSeparator(module.path);
+  std::size_t length = name ? static_cast<std::size_t>(name - module.path) : 0;
+  length = LengthWithoutTrailingSeparator(module.path, length);
+  std::memcpy(module.folder, module.path, length);
+  module.folder[length] = '\0';
 }
 
 }  // namespace
 
-void RecordModulePath(HMODULE module) {
-  const DWORD length = GetModuleFileNameA(module, modulePath, MAX_PATH);
-  modulePath[length < MAX_PATH ? length : 0] = '\0';
+void RecordModulePath(HMODULE handle) {
+  const DWORD length = GetModuleFileNameA(handle, module.path, MAX_PATH);
+  module.path[length < MAX_PATH ? length : 0] = '\0';
   RecordFolder();
 }
 
 void SetModulePath(const char* path) {
-  lstrcpynA(modulePath, path, MAX_PATH);
+  lstrcpynA(module.path, path, MAX_PATH);
   RecordFolder();
 }
 
 const char* GetModulePath() {
-  return modulePath;
+  return module.path;
 }
 
 const char* GetModuleFolder() {
-  return moduleFolder;
+  return module.folder;
 }

@@ -13,3 +13,8 @@ int CCommand::Compare(const CListItem* other) const {
 bool CCommand::IsKindOf(const char* name) const {
   return name && !std::strcmp(name, "CCommand");
 }
+
+void CCommand::SetSurroundings(Machine& runMachine, RunObserver* runObserver) {
+  machine = &runMachine;
+  observer = runObserver;
+}

@@ -58,17 +58,21 @@ HRESULT CCopyCommand::Execute(DWORD /*context*/, const CPermissions* permissions
   HRESULT hr = CheckPermissions(*permissions);
   if (FAILED(hr))
     return CommandFailed(__LINE__, hr);
-  hr = destination->CreateFolder();
+  Machine& machine = GetMachine();
+  hr = destination->CreateFolder(machine);
   if (FAILED(hr))
     return CommandFailed(__LINE__, hr);
   OwnedText destinationFile;
-  hr = destination->GetDestinationFile(source.get(), &destinationFile);
+  hr = machine.GetDestinationFile(*destination, source.get(), &destinationFile);
   if (FAILED(hr))
     return CommandFailed(__LINE__, hr);
 
+  if (GetObserver())
+    GetObserver()->DestinationChosen(destinationFile.get());
+
   bool isLeftAlone = false;
-  if (destination->FileExists(destinationFile.get())) {
-    hr = HandleExistingFile(policy, destinationFile.get(), force, time);
+  if (destination->FileExists(destinationFile.get(), machine)) {
+    hr = HandleExistingFile(policy, destinationFile.get(), force, time, machine, GetObserver());
     if (hr == kCancelledResult)
       return Reported(HERE, hr, "File exists. 'Copy' command canceled.");
     if (FAILED(hr))
@@ -85,7 +89,7 @@ HRESULT CCopyCommand::Execute(DWORD /*context*/, const CPermissions* permissions
     destination->DiscardCacheFile(destinationFile.get());
     return CommandFailed(__LINE__, hr);
   }
-  hr = destination->CommitToCache(source.get(), destinationFile.get());
+  hr = machine.CommitToCache(*destination, source.get(), destinationFile.get());
   if (FAILED(hr)) {
     destination->DiscardCacheFile(destinationFile.get());
     return Traced(HERE, hr);
@@ -105,10 +109,10 @@ HRESULT CCopyCommand::CheckPermissions(const CPermissions& permissions) const {
 
 // A cookie's file name field holds the extension itself.
 const char* CCopyCommand::GetCheckedExtension() const {
-  return GetDestinationKind() == FolderKind::Cookie ? fileName.get() : BehindLastDot(fileName.get());
+  return !fileName || GetDestinationKind() == FolderKind::Cookie ? fileName.get() : BehindLastDot(fileName.get());
 }
 
 HRESULT CCopyCommand::Fetch(const char* destinationFile) const {
-  return FetchURL(
+  return GetMachine().Fetch(
       source->GetLocation(), destinationFile, fileAttributes, time.AsFileTime(), transferFlags, notFoundText.get());
 }

@@ -29,6 +29,12 @@ class CCopyCommand : public CCommand {
   // The name whose extension is checked; after a run, the name of the file actually written (null for a cookie).
   const char* GetFileName() const { return fileName.get(); }
 
+  // What is checked of it: the extension, and of a cookie the whole name. Null without a name.
+  const char* GetCheckedExtension() const;
+
+  // The element's name in a manifest.
+  virtual const char* GetElementName() const { return "Copy"; }
+
   // The folder of the file actually written; null before a run and for a cookie.
   const char* GetFolder() const { return folder.get(); }
 
@@ -65,7 +71,6 @@ class CCopyCommand : public CCommand {
   void ReadExpireTime(IXMLDOMNode* node);
 
   HRESULT CheckPermissions(const CPermissions& permissions) const;
-  const char* GetCheckedExtension() const;
   HRESULT Fetch(const char* destinationFile) const;
 
   OwnedText sourceText;

@@ -15,10 +15,10 @@ constexpr wchar_t kPermitFileName[] = L"permit.xml";
 
 }  // namespace
 
-CExecuter::CExecuter(DWORD executerContext, HRESULT* result) : context(executerContext) {
+CExecuter::CExecuter(DWORD executerContext, HRESULT* result, const wchar_t* permitFile) : context(executerContext) {
   SetLogFileName(kPermitFileName);
   initialized = CoInitialize(nullptr);  // a thread of another apartment kind serves as well
-  const HRESULT hr = ReadPermissions();
+  const HRESULT hr = ReadPermissions(permitFile ? permitFile : kPermitFileName);
   BuildSystemLines(GetModuleFolder());
   if (result)
     *result = hr;
@@ -32,20 +32,20 @@ CExecuter::~CExecuter() {
     CoUninitialize();
 }
 
-HRESULT CExecuter::ReadPermissions() {
+HRESULT CExecuter::ReadPermissions(const wchar_t* permitFile) {
   HRESULT hr = S_OK;
-  permissions.reset(new (std::nothrow) CPermissions(context, kPermitFileName, &hr));
+  permissions.reset(new (std::nothrow) CPermissions(context, permitFile, &hr));
   if (!permissions)
-    return ReportedW(HERE, E_OUTOFMEMORY, L"Failed to create permissions from '%s'.", kPermitFileName);
+    return ReportedW(HERE, E_OUTOFMEMORY, L"Failed to create permissions from '%s'.", permitFile);
   if (FAILED(hr)) {
     permissions.reset();
     return ReportedW(
-        HERE, hr, L"An error occured while reading permissions from '%s'.  Destroying permissions.", kPermitFileName);
+        HERE, hr, L"An error occured while reading permissions from '%s'.  Destroying permissions.", permitFile);
   }
   return hr;
 }
 
-HRESULT CExecuter::Run(const wchar_t* manifestURL, BSTR* navigateURL) {
+HRESULT CExecuter::Run(const wchar_t* manifestURL, BSTR* navigateURL, Machine& machine, RunObserver* observer) {
   if (!permissions)
     return Reported(HERE, E_UNEXPECTED, "Missing permissions.");
   SetLogFileName(manifestURL);
@@ -58,13 +58,19 @@ HRESULT CExecuter::Run(const wchar_t* manifestURL, BSTR* navigateURL) {
   if (!manifest)
     return ReportedW(HERE, E_OUTOFMEMORY, L"Failed to create a manifest from %s.", manifestURL);
   if (SUCCEEDED(hr))
-    hr = manifest->Read(permissions.get());
+    hr = manifest->Read(permissions.get(), machine);
   if (FAILED(hr))
     return hr;
 
   hr = S_OK;
   for (CListIterator commands = manifest->CommandIterator(); commands.HasMore();) {
-    const HRESULT commandResult = static_cast<CCommand*>(commands.Next())->Execute(context, permissions.get(), navigateURL);
+    CCommand& command = *static_cast<CCommand*>(commands.Next());
+    command.SetSurroundings(machine, observer);
+    if (observer)
+      observer->CommandBegins(command);
+    const HRESULT commandResult = command.Execute(context, permissions.get(), navigateURL);
+    if (observer)
+      observer->CommandEnded(command, commandResult);
     if (FAILED(commandResult)) {
       LogErrorTrace(HERE, commandResult);
       hr = S_FALSE;

@@ -37,7 +37,7 @@ HRESULT CManifest::Initialize(const wchar_t* manifestURL) {
   return hr;
 }
 
-HRESULT CManifest::Read(const CPermissions* permissions) {
+HRESULT CManifest::Read(const CPermissions* permissions, Machine& machine) {
   if (!sourceURL)
     return Reported(HERE, E_UNEXPECTED, "Missing manifest source URL.");
   if (!document)
@@ -48,7 +48,7 @@ HRESULT CManifest::Read(const CPermissions* permissions) {
   if (FAILED(hr))
     return hr;
   OwnedText localFile;
-  hr = Fetch(localFile);
+  hr = Fetch(machine, localFile);
   if (FAILED(hr))
     return hr;
   return Load(*permissions, localFile.get());
@@ -63,7 +63,7 @@ HRESULT CManifest::CheckURL(const CPermissions& permissions) const {
   return hr;
 }
 
-HRESULT CManifest::Fetch(OwnedText& localFile) const {
+HRESULT CManifest::Fetch(Machine& machine, OwnedText& localFile) const {
   HRESULT hr = S_OK;
   const std::unique_ptr<CDestinationFolder> cache(new (std::nothrow) CDestinationFolder(FolderKind::InternetCache, &hr));
   if (!cache)
@@ -73,8 +73,8 @@ HRESULT CManifest::Fetch(OwnedText& localFile) const {
   hr = cache->GetDestinationFile(sourceURL.get(), &localFile);
   if (FAILED(hr))
     return Traced(HERE, hr);
-  hr = FetchURL(sourceURL->GetLocation(), localFile.get(), FILE_ATTRIBUTE_NORMAL, nullptr,
-                kTransferXMLDocument | kTransferManifest, nullptr);
+  hr = machine.Fetch(sourceURL->GetLocation(), localFile.get(), FILE_ATTRIBUTE_NORMAL, nullptr,
+                     kTransferXMLDocument | kTransferManifest, nullptr);
   if (FAILED(hr)) {
     cache->DiscardCacheFile(localFile.get());
     return Reported(HERE, hr, "Failed to copy '%s' to '%s'.", sourceURL->GetURL(), localFile.get());

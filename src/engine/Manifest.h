@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "common/ListItem.h"
+#include "engine/Machine.h"
 #include "permissions/Permissions.h"
 #include "transfer/SourceURL.h"
 #include "xml/XMLUtilities.h"
@@ -20,7 +21,7 @@ class CManifest {
 
   // Checks the URL once more, fetches the manifest into the Internet cache, validates it against the module's own document
   // type and makes its commands. The first failure; commands that were already made are not run by anybody.
-  [[nodiscard]] HRESULT Read(const CPermissions* permissions);
+  [[nodiscard]] HRESULT Read(const CPermissions* permissions, Machine& machine = ThisMachine());
 
   // A cursor on the first command; on nothing before Read and for a manifest without commands.
   CListIterator CommandIterator() const { return CListIterator(commands.get()); }
@@ -28,7 +29,7 @@ class CManifest {
  private:
   HRESULT Initialize(const wchar_t* manifestURL);
   HRESULT CheckURL(const CPermissions& permissions) const;
-  HRESULT Fetch(OwnedText& localFile) const;
+  HRESULT Fetch(Machine& machine, OwnedText& localFile) const;
   HRESULT Load(const CPermissions& permissions, const char* localFile);
   HRESULT BuildCommands();
 

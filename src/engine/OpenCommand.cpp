@@ -1,7 +1,5 @@
 #include "engine/OpenCommand.h"
 
-#include <shellapi.h>
-
 #include <new>
 
 #include "common/SystemError.h"
@@ -74,14 +72,7 @@ HRESULT COpenCommand::StoreNavigateURL(BSTR* navigateURL) const {
 HRESULT COpenCommand::Start() const {
   if (!GetFileName() || !GetFolder())
     return Traced(HERE, E_OUTOFMEMORY);  // there was no memory to keep them, or the file's name is bare (a relative `Path`)
-  SHELLEXECUTEINFOA start = {};
-  start.cbSize = sizeof(start);
-  start.fMask = SEE_MASK_FLAG_NO_UI;
-  start.lpVerb = "open";
-  start.lpFile = GetFileName();
-  start.lpDirectory = GetFolder();
-  start.nShow = SW_SHOWNORMAL;
-  if (ShellExecuteExA(&start))
+  if (GetMachine().Open(GetFileName(), GetFolder()))
     return S_OK;
   LogError(HERE, ResultFromLastError(), "Failed to start '%s'.", GetFileName());
   return E_FAIL;  // the caller gets this one, whatever the system's own code

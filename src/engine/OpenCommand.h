@@ -11,6 +11,7 @@ class COpenCommand : public CCopyCommand {
   COpenCommand(IXMLDOMNode* node, HRESULT* result);
 
   void Dump() const override;
+  const char* GetElementName() const override { return "Open"; }
 
   // Copies the file and opens it. For a browser, "file://" and the file's full name are stored in `*navigateURL`; else the
   // shell starts the file. A cookie is only copied, which is no failure.

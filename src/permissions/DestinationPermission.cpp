@@ -11,14 +11,18 @@ namespace {
 
 constexpr SourceFile kSourceFile = {"DestinationPermission"};
 
-struct KindName {
-  const wchar_t* name;
-  FolderKind kind;
-};
+void ReadFolders(IXMLDOMNode* destination, const FolderKindName& kindName, CListBuilder& list) {
+  const auto make = [&kindName](const wchar_t* text, HRESULT* result) {
+    return std::unique_ptr<CListItem>(new (std::nothrow) CDestinationFolder(kindName.kind, text, result));
+  };
+  ReadEntries(kSourceFile.name, destination, kindName.name, make, list);
+}
+
+}  // namespace
 
 // The order of the list, whatever the order of the document. A valid file has no Cookie element; it is asked for all the
 // same.
-constexpr KindName kKindNames[] = {
+const FolderKindName kFolderKindNames[kFolderKinds] = {
     {L"Personal", FolderKind::Personal},
     {L"Documents", FolderKind::Documents},
     {L"VantorUser", FolderKind::VantorUser},
@@ -33,15 +37,6 @@ constexpr KindName kKindNames[] = {
     {L"CommonVantorData", FolderKind::CommonVantorData},
     {L"Path", FolderKind::Path},
 };
-
-void ReadFolders(IXMLDOMNode* destination, const KindName& kindName, CListBuilder& list) {
-  const auto make = [&kindName](const wchar_t* text, HRESULT* result) {
-    return std::unique_ptr<CListItem>(new (std::nothrow) CDestinationFolder(kindName.kind, text, result));
-  };
-  ReadEntries(kSourceFile.name, destination, kindName.name, make, list);
-}
-
-}  // namespace
 
 CDestinationPermission::CDestinationPermission(IXMLDOMDocument2* document, HRESULT* result) {
   const HRESULT hr = Read(document);
@@ -61,10 +56,14 @@ HRESULT CDestinationPermission::Read(IXMLDOMDocument2* document) {
   if (FAILED(hr))
     return Traced(HERE, hr);
   CListBuilder list;
-  for (const KindName& kindName : kKindNames)  // a bad entry ends its own name's entries only
+  for (const FolderKindName& kindName : kFolderKindNames)  // a bad entry ends its own name's entries only
     ReadFolders(destination.Get(), kindName, list);
   folderList = list.Take();
   return S_OK;
+}
+
+const CListItem* CDestinationPermission::FindFolder(const CDestinationFolder& folder) const {
+  return FindMatch(folderList.get(), folder);
 }
 
 HRESULT CDestinationPermission::IsFolderPermitted(const CDestinationFolder* folder) const {

@@ -53,6 +53,15 @@ bool AppendEntry(const char* ownerFile, std::unique_ptr<CListItem> entry, HRESUL
   return true;
 }
 
+const CListItem* FindMatch(CListItem* list, const CListItem& candidate) {
+  for (CListIterator items(list); items.HasMore();) {
+    const CListItem* const item = items.Next();
+    if (item->Compare(&candidate) == 0)
+      return item;
+  }
+  return nullptr;
+}
+
 HRESULT FindInList(const char* ownerFile, CListItem* list, const CListItem* candidate, const char* debugLabel) {
   if (!candidate)
     return Reported(HERE_IN(SignedBy(ownerFile)), E_INVALIDARG, "No Item");
@@ -63,11 +72,7 @@ HRESULT FindInList(const char* ownerFile, CListItem* list, const CListItem* cand
     candidate->Dump();
     LogText("\r\n");
   }
-  for (CListIterator items(list); items.HasMore();) {
-    if (items.Next()->Compare(candidate) == 0)
-      return S_OK;
-  }
-  return E_ACCESSDENIED;
+  return FindMatch(list, *candidate) ? S_OK : E_ACCESSDENIED;
 }
 
 void DumpList(const char* ownerFile, CListItem* list) {

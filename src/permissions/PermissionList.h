@@ -47,6 +47,10 @@ void ReadEntries(const char* ownerFile, IXMLDOMNode* container, const wchar_t* n
   }
 }
 
+// The first item of `list` (which may be null) that, asked to compare itself with `candidate`, answers 0; null when none
+// does.
+const CListItem* FindMatch(CListItem* list, const CListItem& candidate);
+
 // S_OK when some item of `list`, asked to compare itself with `candidate`, answers 0; E_ACCESSDENIED when none does;
 // E_INVALIDARG without a candidate or a list. While debug logging is on, `debugLabel` (may be null) and the candidate are
 // written to the log before the search.

@@ -27,6 +27,10 @@ class CPermissions {
   [[nodiscard]] HRESULT IsExtensionPermitted(const char* extension) const;
   [[nodiscard]] HRESULT IsDestinationPermitted(const CDestinationFolder* folder) const;
 
+  // The two halves; null after a failure.
+  const CSourcePermission* GetSources() const { return sourcePermissions.get(); }
+  const CDestinationPermission* GetDestinations() const { return destinationPermissions.get(); }
+
   // Places for checks that do not exist yet: of the signature of a manifest that was fetched (E_ACCESSDENIED would mean that
   // it is invalid), and of a file that a command has written. Both accept everything.
   [[nodiscard]] HRESULT CheckSignature(const char* localFile) const;

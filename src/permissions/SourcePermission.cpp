@@ -45,6 +45,14 @@ HRESULT CSourcePermission::Read(IXMLDOMDocument2* document) {
   return S_OK;
 }
 
+const CListItem* CSourcePermission::FindURL(const CSourceURL& url) const {
+  return FindMatch(urlList.get(), url);
+}
+
+const CListItem* CSourcePermission::FindExtension(const CSourceExtension& extension) const {
+  return FindMatch(extensionList.get(), extension);
+}
+
 HRESULT CSourcePermission::IsURLPermitted(const CSourceURL* url) const {
   if (!urlList)
     return Reported(HERE, E_UNEXPECTED, "Missing permitted URL list.");

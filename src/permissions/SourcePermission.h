@@ -16,6 +16,14 @@ class CSourcePermission {
   // entry; E_INVALIDARG without a document; the lookup's code when there is no `Source`.
   CSourcePermission(IXMLDOMDocument2* document, HRESULT* result);
 
+  // The entries, in document order.
+  CListIterator URLs() const { return CListIterator(urlList.get()); }
+  CListIterator Extensions() const { return CListIterator(extensionList.get()); }
+
+  // The entry that permits a URL or an extension; null when none does. Nothing is logged.
+  const CListItem* FindURL(const CSourceURL& url) const;
+  const CListItem* FindExtension(const CSourceExtension& extension) const;
+
   // S_OK when the URL's folder begins with the folder of a permitted URL; E_ACCESSDENIED when not; another failure when the
   // question cannot be answered: E_UNEXPECTED with an empty list, E_INVALIDARG without a URL.
   [[nodiscard]] HRESULT IsURLPermitted(const CSourceURL* url) const;

@@ -91,16 +91,16 @@ int CDestinationFolder::Compare(const CListItem* other) const {
   return CompareNoCase(path.get(), pattern, length);
 }
 
-bool CDestinationFolder::FileExists(const char* fileName) const {
-  return !IsStore() && GetFileAttributesA(fileName) != INVALID_FILE_ATTRIBUTES;
+bool CDestinationFolder::FileExists(const char* fileName, const FileSystem& files) const {
+  return !IsStore() && files.Exists(fileName);
 }
 
-HRESULT CDestinationFolder::CreateFolder() const {
+HRESULT CDestinationFolder::CreateFolder(FileSystem& files) const {
   if (IsStore())
     return S_OK;
   if (!path)
     return Traced(HERE, E_UNEXPECTED);
-  const HRESULT hr = CreatePath(path.get());
+  const HRESULT hr = CreatePath(path.get(), files);
   if (FAILED(hr))
     return Reported(HERE, hr, "Failed to create path '%s'.", path.get());
   return hr;

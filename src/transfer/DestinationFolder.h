@@ -31,10 +31,10 @@ class CDestinationFolder : public CListItem {
   const char* GetPath() const { return path.get(); }
 
   // True when there is a file or folder of that name; never for the two stores.
-  bool FileExists(const char* fileName) const;
+  bool FileExists(const char* fileName, const FileSystem& files = SystemFiles()) const;
 
   // Creates the folder and all above it; nothing for the two stores.
-  [[nodiscard]] HRESULT CreateFolder() const;
+  [[nodiscard]] HRESULT CreateFolder(FileSystem& files = SystemFiles()) const;
 
   // The full name under which a file from `source` is to be stored: in a folder, the source's own file name (the folder
   // itself when it has none); in the Internet cache, a new file of the cache's choosing; as a cookie, the source's URL.

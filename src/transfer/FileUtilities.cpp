@@ -11,8 +11,8 @@ constexpr SourceFile kSourceFile = {"FileUtilities"};
 
 }  // namespace
 
-HRESULT CreatePath(const char* path) {
-  return CreateFolderTree(path);
+HRESULT CreatePath(const char* path, FileSystem& files) {
+  return CreateFolderTree(path, files);
 }
 
 HRESULT GetFileWriteTime(const char* path, FILETIME& time) {

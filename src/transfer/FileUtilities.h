@@ -2,6 +2,7 @@
 
 #include "common/Windows.h"
 
+#include "common/FileSystem.h"
 #include "common/Text.h"
 
 // Folders and file times. Their log lines, and those of the transfer, name the source file FileUtilities.
@@ -38,7 +39,7 @@ enum class FolderKind : LONG {
 
 // Creates every missing folder along `path`. S_OK, E_OUTOFMEMORY when the full path is longer than 259 characters, else the
 // system's code for the first folder that could not be created.
-[[nodiscard]] HRESULT CreatePath(const char* path);
+[[nodiscard]] HRESULT CreatePath(const char* path, FileSystem& files = SystemFiles());
 
 // The last-write time of a file, which is opened alone for that; zero after a failure, which is logged.
 [[nodiscard]] HRESULT GetFileWriteTime(const char* path, FILETIME& time);

@@ -41,6 +41,24 @@ class LocalSource : public ByteSource {
   FileHandle file;
 };
 
+// A source that somebody listens to.
+class ObservedSource : public ByteSource {
+ public:
+  ObservedSource(ByteSource& observedSource, TransferObserver& sourceObserver)
+      : source(observedSource), observer(sourceObserver) {}
+
+  bool Read(void* buffer, DWORD size, DWORD& count) override {
+    if (!source.Read(buffer, size, count))
+      return false;
+    observer.BytesArrived(buffer, count);
+    return true;
+  }
+
+ private:
+  ByteSource& source;
+  TransferObserver& observer;
+};
+
 // What a transfer was asked for, beside its source.
 struct Order {
   const char* sourceName;
@@ -48,7 +66,8 @@ struct Order {
   DWORD attributes;
   const FILETIME* time;
   DWORD flags;
-  const char* notFoundText;  // never empty; null when the source is not searched
+  const char* notFoundText;    // never empty; null when the source is not searched
+  TransferObserver* observer;  // or null
 
   bool IsComplete() const { return sourceName && *sourceName && destinationName && *destinationName; }
 };
@@ -131,7 +150,7 @@ HRESULT TransferInto(DestinationWriter& destination, ByteSource& source, const O
   return hr;
 }
 
-HRESULT TransferFrom(ByteSource& source, const Order& order) {
+HRESULT TransferUnobserved(ByteSource& source, const Order& order) {
   if (order.flags & kTransferCookie) {
     CookieWriter cookie(order.destinationName);
     return TransferInto(cookie, source, order);
@@ -140,19 +159,26 @@ HRESULT TransferFrom(ByteSource& source, const Order& order) {
   return TransferInto(file, source, order);
 }
 
+HRESULT TransferFrom(ByteSource& source, const Order& order) {
+  if (!order.observer)
+    return TransferUnobserved(source, order);
+  ObservedSource observed(source, *order.observer);
+  return TransferUnobserved(observed, order);
+}
+
 }  // namespace
 
 HRESULT FetchURL(const char* source, const char* destination, DWORD attributes, const FILETIME* time, DWORD flags,
-                 const char* notFoundText) {
+                 const char* notFoundText, TransferObserver* observer) {
   if (source && IsWebURL(source))
-    return DownloadURL(source, destination, attributes, time, flags, notFoundText);
-  return CopyLocalFile(source, destination, attributes, time, flags);
+    return DownloadURL(source, destination, attributes, time, flags, notFoundText, observer);
+  return CopyLocalFile(source, destination, attributes, time, flags, observer);
 }
 
 HRESULT DownloadURL(const char* source, const char* destination, DWORD attributes, const FILETIME* time, DWORD flags,
-                    const char* notFoundText) {
+                    const char* notFoundText, TransferObserver* observer) {
   const bool isSearched = notFoundText && *notFoundText;
-  const Order order = {source, destination, attributes, time, flags, isSearched ? notFoundText : nullptr};
+  const Order order = {source, destination, attributes, time, flags, isSearched ? notFoundText : nullptr, observer};
   if (!order.IsComplete())
     return Traced(HERE, E_INVALIDARG);
   WebSource web;
@@ -160,8 +186,9 @@ HRESULT DownloadURL(const char* source, const char* destination, DWORD attribute
   return FAILED(hr) ? hr : TransferFrom(web, order);
 }
 
-HRESULT CopyLocalFile(const char* source, const char* destination, DWORD attributes, const FILETIME* time, DWORD flags) {
-  const Order order = {source, destination, attributes, time, flags, nullptr};
+HRESULT CopyLocalFile(const char* source, const char* destination, DWORD attributes, const FILETIME* time, DWORD flags,
+                      TransferObserver* observer) {
+  const Order order = {source, destination, attributes, time, flags, nullptr, observer};
   if (!order.IsComplete())
     return Traced(HERE, E_INVALIDARG);
   LocalSource local;

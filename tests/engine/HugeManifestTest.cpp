@@ -78,7 +78,7 @@ TEST_F(HugeManifestTest, OfAHundredThousandCommandsIsReadAndDeletedWithASmallSta
 }
 
 TEST_F(HugeManifestTest, IsRunWithASmallStack) {
-  const std::wstring url = Write(20000);
+  const std::wstring url = Write(5000);
   HRESULT hr = E_UNEXPECTED;
   RunInSmallThread([&] {
     CExecuter executer(0, nullptr);

@@ -1,0 +1,57 @@
+#include "advice/Document.h"
+
+#include "advice/Words.h"
+#include "common/Handles.h"
+#include "common/SystemError.h"
+
+namespace {
+
+constexpr LONGLONG kMaximumBytes = 64LL * 1024 * 1024;
+
+[[noreturn]] void CannotRead(const std::wstring& path, HRESULT hr) {
+  const std::string reason = SystemText(hr);
+  throw Unanswered("'" + Utf8(path) + "' cannot be read: " + (reason.empty() ? HexCode(hr) : reason));
+}
+
+}  // namespace
+
+std::string ReadDocument(const std::wstring& path) {
+  const FileHandle file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file)
+    CannotRead(path, ResultFromLastError());
+  if (IsDevice(file))
+    CannotRead(path, HRESULT_FROM_WIN32(ERROR_INVALID_NAME));
+  LARGE_INTEGER size;
+  if (!GetFileSizeEx(file.Get(), &size))
+    CannotRead(path, ResultFromLastError());
+  if (size.QuadPart > kMaximumBytes)
+    throw Unanswered("'" + Utf8(path) + "' has more than 64 MiB, which no manifest and no permission file needs.");
+  std::string bytes(static_cast<std::size_t>(size.QuadPart), '\0');
+  DWORD count = 0;
+  if (!ReadFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr))
+    CannotRead(path, ResultFromLastError());
+  bytes.resize(count);
+  return bytes;
+}
+
+std::wstring FullPath(const std::wstring& path) {
+  const DWORD size = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+  std::wstring full(size, L'\0');
+  const DWORD length = GetFullPathNameW(path.c_str(), size, full.data(), nullptr);
+  if (length == 0 || length >= size)
+    return path;
+  full.resize(length);
+  return full;
+}
+
+std::wstring PathForModule(const std::wstring& path) {
+  if (AnsiFromWide(path))
+    return path;
+  wchar_t shortPath[MAX_PATH] = L"";
+  const DWORD length = GetShortPathNameW(path.c_str(), shortPath, MAX_PATH);
+  if (length > 0 && length < MAX_PATH && AnsiFromWide(shortPath))
+    return shortPath;
+  throw Unanswered(
+      "The module cannot open '" + Utf8(path) + "': the name has characters that the code page of this machine lacks.");
+}

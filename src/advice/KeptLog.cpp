@@ -1,0 +1,56 @@
+#include "advice/KeptLog.h"
+
+#include "advice/Words.h"
+#include "log/LogFile.h"
+
+namespace {
+
+// More than any reader reads; what comes behind is counted out.
+constexpr std::size_t kMostEntries = 1000;
+
+}  // namespace
+
+KeptLog::KeptLog(Also also) : isFileWritten(also == Also::LogFile), debugLogging(GetDebugLogging()) {
+  SetDebugLogging(isFileWritten ? debugLogging : 0);
+  SetLogSink(this);
+}
+
+KeptLog::~KeptLog() {
+  SetLogSink(nullptr);
+  SetDebugLogging(debugLogging);
+}
+
+std::string KeptLog::FirstComplaint() const {
+  for (const char* const level : {kError, kWarning}) {
+    for (const KeptEntry& entry : entries) {
+      if (entry.level == level)
+        return entry.message;
+    }
+  }
+  return {};
+}
+
+// A message is formatted twice when the file gets it too: its arguments are read anew.
+void KeptLog::Write(const LogRecord& entry) {
+  if (entry.HasMessage() && entries.size() < kMostEntries) {
+    va_list arguments;
+    va_copy(arguments, *entry.arguments);
+    LogRecord copy = entry;
+    copy.arguments = &arguments;
+    const LogMessage message(copy);
+    va_end(arguments);
+    entries.push_back({entry.level, entry.hr, WithoutCredentials(Utf8FromAnsi(message.Get()))});
+  }
+  if (isFileWritten)
+    GetLogFile().Write(entry);
+}
+
+void KeptLog::WriteText(const char* text) {
+  if (isFileWritten)
+    GetLogFile().WriteText(text);
+}
+
+void KeptLog::SetName(const wchar_t* name) {
+  if (isFileWritten)
+    GetLogFile().SetName(name);
+}

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "common/Windows.h"
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "advice/Outline.h"
+#include "permissions/Permissions.h"
+
+enum class EntryKind { URL, Extension, Folder };
+
+// An entry of a permission file, in the file and in the module's list.
+struct PermitEntry {
+  EntryKind kind;
+  std::string element;  // "URL", "Extension", "Personal", "Path", ...
+  std::string text;     // as it stands in the file, without white space around it; UTF-8
+  int line;
+  const CListItem* item;  // what the module made of it; null when it left the entry out
+
+  // For a folder: its kind, whatever the module made of it.
+  FolderKind folderKind = FolderKind::Path;
+};
+
+// A permission file as the module reads it, and as it stands. The module's side is asked through Permissions, which answers
+// as a run's does.
+class PermitDocument {
+ public:
+  // Reads the file. A file that the module refuses is no failure: IsUsable tells. Unanswered when it cannot be opened at
+  // all.
+  explicit PermitDocument(const std::wstring& filePath);
+
+  const std::wstring& Path() const { return path; }
+
+  // Whether the module takes it; if not, the code and the first thing that it complains about.
+  bool IsUsable() const { return permissions != nullptr; }
+  HRESULT Code() const { return code; }
+  const std::string& Complaint() const { return complaint; }
+
+  // Null when it is not usable.
+  const CPermissions* Permissions() const { return permissions.get(); }
+
+  const Outline& Text() const { return outline; }
+
+  // In document order.
+  const std::vector<PermitEntry>& Entries() const { return entries; }
+
+  // The entry of an item of the module's lists; null without one.
+  const PermitEntry* EntryOf(const CListItem* item) const;
+
+ private:
+  void Read();
+  void PairEntries();
+
+  std::wstring path;
+  Outline outline;
+  std::unique_ptr<CPermissions> permissions;
+  HRESULT code = S_OK;
+  std::string complaint;
+  std::vector<PermitEntry> entries;
+  std::unordered_map<const CListItem*, std::size_t> numbers;  // of the entries
+};
+
+// The permission file beside the program.
+std::wstring DefaultPermitPath();
+
+// The element name of a folder kind in a permission file; and the other way round, nothing for a name that is none.
+const char* ElementNameOf(FolderKind kind);
+bool FindFolderKind(const std::string& element, FolderKind& kind);
