@@ -1,5 +1,11 @@
 #include "common/FileSystem.h"
 
+namespace {
+
+class SystemFileSystem final : public FileSystem {};
+
+}  // namespace
+
 DWORD FileSystem::GetAttributes(const char* path) const {
   return GetFileAttributesA(path);
 }
@@ -21,7 +27,6 @@ bool FileSystem::Delete(const char* path) {
 }
 
 FileSystem& SystemFiles() {
-  static class final : public FileSystem {
-  } files;
+  static SystemFileSystem files;
   return files;
 }

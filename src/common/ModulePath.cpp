@@ -11,33 +11,33 @@ struct ModuleFile {
   char folder[MAX_PATH];
 };
 
-ModuleFile module;
+ModuleFile moduleFile;
 
 void RecordFolder() {
-  const char* name = BehindLastSeparator(module.path);
-  std::size_t length = name ? static_cast<std::size_t>(name - module.path) : 0;
-  length = LengthWithoutTrailingSeparator(module.path, length);
-  std::memcpy(module.folder, module.path, length);
-  module.folder[length] = '\0';
+  const char* name = BehindLastSeparator(moduleFile.path);
+  std::size_t length = name ? static_cast<std::size_t>(name - moduleFile.path) : 0;
+  length = LengthWithoutTrailingSeparator(moduleFile.path, length);
+  std::memcpy(moduleFile.folder, moduleFile.path, length);
+  moduleFile.folder[length] = '\0';
 }
 
 }  // namespace
 
-void RecordModulePath(HMODULE handle) {
-  const DWORD length = GetModuleFileNameA(handle, module.path, MAX_PATH);
-  module.path[length < MAX_PATH ? length : 0] = '\0';
+void RecordModulePath(HMODULE module) {
+  const DWORD length = GetModuleFileNameA(module, moduleFile.path, MAX_PATH);
+  moduleFile.path[length < MAX_PATH ? length : 0] = '\0';
   RecordFolder();
 }
 
 void SetModulePath(const char* path) {
-  lstrcpynA(module.path, path, MAX_PATH);
+  lstrcpynA(moduleFile.path, path, MAX_PATH);
   RecordFolder();
 }
 
 const char* GetModulePath() {
-  return module.path;
+  return moduleFile.path;
 }
 
 const char* GetModuleFolder() {
-  return module.folder;
+  return moduleFile.folder;
 }

@@ -16,12 +16,14 @@ struct LogChannel {
 LogChannel channel;
 
 LogSink& Sink() {
-  return channel.sink ? *channel.sink : GetLogFile();
+  if (channel.sink)
+    return *channel.sink;
+  return GetLogFile();
 }
 
-void Write(const LogRecord& entry) {
+void Write(const LogRecord& record) {
   const DWORD error = GetLastError();
-  Sink().Write(entry);
+  Sink().Write(record);
   SetLastError(error);
 }
 
@@ -40,18 +42,18 @@ void WriteTrace(const char* level, int line, const char* file, HRESULT hr) {
 
 }  // namespace
 
-LogMessage::LogMessage(const LogRecord& entry) {
-  if (entry.format) {
-    FormatNarrow(narrow, kNarrowMessageBytes, entry.format, *entry.arguments);
+LogMessage::LogMessage(const LogRecord& record) {
+  if (record.format) {
+    FormatNarrow(narrow, kNarrowMessageBytes, record.format, *record.arguments);
     text = narrow;
-  } else if (entry.wideFormat) {
-    FormatWide(entry);
+  } else if (record.wideFormat) {
+    FormatWide(record);
   }
 }
 
-void LogMessage::FormatWide(const LogRecord& entry) {
+void LogMessage::FormatWide(const LogRecord& record) {
   wchar_t message[kWideMessageCharacters];
-  wvnsprintfW(message, kWideMessageCharacters - 1, entry.wideFormat, *entry.arguments);
+  wvnsprintfW(message, kWideMessageCharacters - 1, record.wideFormat, *record.arguments);
   message[kWideMessageCharacters - 2] = L'\0';
   const int bytes = static_cast<int>(std::wcslen(message)) * 2 + 1;
   converted = AllocateText(static_cast<std::size_t>(bytes));

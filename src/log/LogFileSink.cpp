@@ -19,60 +19,19 @@ constexpr char kCapNotice[] = "\r\nToo many errors. Logging stopped...\r\n";
 // Nothing is appended to a file of this size or more.
 constexpr DWORD kCapBytes = 0x10000;
 
-struct LogState {
-  char path[MAX_PATH];   // empty until a file was chosen
-  bool isBegun;          // the first entry of a file empties it
-  bool isNoticeWritten;  // the cap notice, since the file was chosen
-};
-
-LogState state;
 LogFileSink logFile;
 
-void ChooseFile(const wchar_t* name) {
-  ChooseLogPath(name, state.path);
-  state.isBegun = false;
-  state.isNoticeWritten = false;
-}
-
-void Write(const FileHandle& file, const char* text, std::size_t length) {
+void WriteBytes(const FileHandle& file, const char* text, std::size_t length) {
   DWORD written = 0;
   WriteFile(file.Get(), text, static_cast<DWORD>(length), &written, nullptr);  // a lost line is nobody's failure
 }
 
-void Write(const FileHandle& file, const char* text) {
-  Write(file, text, std::strlen(text));
+void WriteBytes(const FileHandle& file, const char* text) {
+  WriteBytes(file, text, std::strlen(text));
 }
 
 bool SeekToEnd(const FileHandle& file) {
   return SetFilePointer(file.Get(), 0, nullptr, FILE_END) != INVALID_SET_FILE_POINTER;
-}
-
-FileHandle OpenFile() {
-  const DWORD disposition = state.isBegun ? OPEN_ALWAYS : CREATE_ALWAYS;
-  state.isBegun = true;
-  return FileHandle(CreateFileA(state.path, GENERIC_WRITE, 0, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
-}
-
-// The file, open and at its end; an invalid handle when the entry cannot or must not be written.
-FileHandle OpenForOneEntry() {
-  if (!state.path[0])
-    ChooseFile(nullptr);
-  FileHandle file = OpenFile();
-  if (file && IsDevice(file)) {  // a manifest named nul.xml must not make its run one without a log
-    ChooseFile(nullptr);
-    file = OpenFile();
-  }
-  if (!file)
-    return file;
-  if (GetFileSize(file.Get(), nullptr) >= kCapBytes) {
-    if (!state.isNoticeWritten) {
-      state.isNoticeWritten = true;
-      if (SeekToEnd(file))
-        Write(file, kCapNotice);
-    }
-    return FileHandle();
-  }
-  return SeekToEnd(file) ? std::move(file) : FileHandle();
 }
 
 bool BeginsWithLevel(const char* text) {
@@ -86,12 +45,12 @@ void WriteMessage(const FileHandle& file, const char* message) {
   const char* start = message;
   for (const char* position = message; *position; ++position) {
     if ((*position == '\r' || *position == '\n') && BeginsWithLevel(position + 1)) {
-      Write(file, start, static_cast<std::size_t>(position + 1 - start));
-      Write(file, "\t");
+      WriteBytes(file, start, static_cast<std::size_t>(position + 1 - start));
+      WriteBytes(file, "\t");
       start = position + 1;
     }
   }
-  Write(file, start);
+  WriteBytes(file, start);
 }
 
 void Format(char* buffer, int characters, const char* format, ...) {
@@ -101,13 +60,13 @@ void Format(char* buffer, int characters, const char* format, ...) {
   va_end(arguments);
 }
 
-void WriteHead(const FileHandle& file, const LogRecord& entry) {
+void WriteHead(const FileHandle& file, const LogRecord& record) {
   SYSTEMTIME now;
   GetLocalTime(&now);
   char head[kNarrowMessageBytes];
-  Format(head, kNarrowMessageBytes, GetDebugLogging() ? kDebugHead : kHead, entry.level, now.wMonth, now.wDay, now.wYear,
-         now.wHour, now.wMinute, now.wSecond, entry.line, entry.file);
-  Write(file, head);
+  Format(head, kNarrowMessageBytes, GetDebugLogging() ? kDebugHead : kHead, record.level, now.wMonth, now.wDay, now.wYear,
+         now.wHour, now.wMinute, now.wSecond, record.line, record.file);
+  WriteBytes(file, head);
 }
 
 void WriteResultCode(const FileHandle& file, HRESULT hr) {
@@ -115,7 +74,7 @@ void WriteResultCode(const FileHandle& file, HRESULT hr) {
     return;
   char code[sizeof(kResultCode) + 8];
   Format(code, sizeof(code), kResultCode, hr);
-  Write(file, code);
+  WriteBytes(file, code);
 
   char* allocated = nullptr;
   const DWORD length = FormatMessageA(
@@ -124,8 +83,8 @@ void WriteResultCode(const FileHandle& file, HRESULT hr) {
   const LocalText systemText(allocated);
   if (length == 0 || !systemText)
     return;
-  Write(file, " ");
-  Write(file, systemText.Get(), length > 2 ? length - 2 : length);  // without the system's own line end
+  WriteBytes(file, " ");
+  WriteBytes(file, systemText.Get(), length > 2 ? length - 2 : length);  // without the system's own line end
 }
 
 }  // namespace
@@ -134,30 +93,56 @@ LogFileSink& GetLogFile() {
   return logFile;
 }
 
-const char* LogFileSink::GetPath() const {
-  return state.path;
-}
-
 void LogFileSink::SetName(const wchar_t* name) {
-  ChooseFile(name);
+  ChooseLogPath(name, path);
+  isBegun = false;
+  isNoticeWritten = false;
 }
 
-void LogFileSink::Write(const LogRecord& entry) {
-  const FileHandle file = OpenForOneEntry();
+FileHandle LogFileSink::Open() {
+  const DWORD disposition = isBegun ? OPEN_ALWAYS : CREATE_ALWAYS;
+  isBegun = true;
+  return FileHandle(CreateFileA(path, GENERIC_WRITE, 0, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+// The file, open and at its end; an invalid handle when the record cannot or must not be written.
+FileHandle LogFileSink::OpenForOneRecord() {
+  if (!path[0])
+    SetName(nullptr);
+  FileHandle file = Open();
+  if (file && IsDevice(file)) {  // a manifest named nul.xml must not make its run one without a log
+    SetName(nullptr);
+    file = Open();
+  }
+  if (!file)
+    return file;
+  if (GetFileSize(file.Get(), nullptr) >= kCapBytes) {
+    if (!isNoticeWritten) {
+      isNoticeWritten = true;
+      if (SeekToEnd(file))
+        WriteBytes(file, kCapNotice);
+    }
+    return FileHandle();
+  }
+  return SeekToEnd(file) ? std::move(file) : FileHandle();
+}
+
+void LogFileSink::Write(const LogRecord& record) {
+  const FileHandle file = OpenForOneRecord();
   if (!file)
     return;
-  WriteHead(file, entry);
-  WriteResultCode(file, entry.hr);
-  if (entry.HasMessage()) {
-    ::Write(file, kSeparator);
-    const LogMessage message(entry);
+  WriteHead(file, record);
+  WriteResultCode(file, record.hr);
+  if (record.HasMessage()) {
+    WriteBytes(file, kSeparator);
+    const LogMessage message(record);
     if (message.Get())
       WriteMessage(file, message.Get());
   }
-  ::Write(file, kLineEnd);
+  WriteBytes(file, kLineEnd);
 }
 
 void LogFileSink::WriteText(const char* text) {
-  if (const FileHandle file = OpenForOneEntry())
-    ::Write(file, text);
+  if (const FileHandle file = OpenForOneRecord())
+    WriteBytes(file, text);
 }

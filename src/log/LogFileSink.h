@@ -2,6 +2,7 @@
 
 #include "common/Windows.h"
 
+#include "common/Handles.h"
 #include "log/LogSink.h"
 
 // The log file. Every entry opens the file, appends and closes it again; one that cannot be written is lost. Which file it
@@ -12,12 +13,20 @@ class LogFileSink final : public LogSink {
   LogFileSink(const LogFileSink&) = delete;
   LogFileSink& operator=(const LogFileSink&) = delete;
 
-  void Write(const LogRecord& entry) override;
+  void Write(const LogRecord& record) override;
   void WriteText(const char* text) override;
   void SetName(const wchar_t* name) override;
 
-  // The file, as it was chosen by the last name or the first entry; empty before.
-  const char* GetPath() const;
+  // The file, as it was chosen by the last name or the first record; empty before.
+  const char* GetPath() const { return path; }
+
+ private:
+  FileHandle Open();
+  FileHandle OpenForOneRecord();
+
+  char path[MAX_PATH] = "";      // empty until a file was chosen
+  bool isBegun = false;          // the first record of a file empties it
+  bool isNoticeWritten = false;  // the cap notice, since the file was chosen
 };
 
 // The one that is used where there is no other sink.

@@ -18,10 +18,10 @@ constexpr int kWideMessageCharacters = 2048;
 
 // One record, on its way to a sink: nothing of it outlives the call.
 struct LogRecord {
-  const char* level;  // one of the three above
-  int line;
-  const char* file;              // the name that signs the record
-  HRESULT hr;                    // a negative one is shown
+  const char* level = kInfo;  // one of the three above
+  int line = 0;
+  const char* file = "";         // the name that signs the record
+  HRESULT hr = S_OK;             // a negative one is shown
   const char* format = nullptr;  // of wvnsprintf; a trace line has none of the two
   const wchar_t* wideFormat = nullptr;
   va_list* arguments = nullptr;

@@ -13,8 +13,12 @@ constexpr char kPermitFormat[] = "\r\n<!DOCTYPE VantorPermissions SYSTEM \"file:
 constexpr std::size_t kManifestRoom = 64;
 constexpr std::size_t kPermitRoom = 65;
 
-LocalText manifestLine;
-LocalText permitLine;
+struct SystemLines {
+  LocalText manifest;
+  LocalText permit;
+};
+
+SystemLines lines;
 
 LocalText Build(const char* format, const char* folder, std::size_t room) {
   LocalText line(static_cast<char*>(LocalAlloc(LPTR, std::strlen(folder) + room)));
@@ -28,21 +32,21 @@ LocalText Build(const char* format, const char* folder, std::size_t room) {
 void BuildSystemLines(const char* folder) {
   if (!folder || !*folder)
     return;
-  if (!manifestLine)
-    manifestLine = Build(kManifestFormat, folder, kManifestRoom);
-  if (!permitLine)
-    permitLine = Build(kPermitFormat, folder, kPermitRoom);
+  if (!lines.manifest)
+    lines.manifest = Build(kManifestFormat, folder, kManifestRoom);
+  if (!lines.permit)
+    lines.permit = Build(kPermitFormat, folder, kPermitRoom);
 }
 
 void FreeSystemLines() {
-  manifestLine.Close();
-  permitLine.Close();
+  lines.manifest.Close();
+  lines.permit.Close();
 }
 
 const char* GetManifestSystemLine() {
-  return manifestLine.Get();
+  return lines.manifest.Get();
 }
 
 const char* GetPermitSystemLine() {
-  return permitLine.Get();
+  return lines.permit.Get();
 }
