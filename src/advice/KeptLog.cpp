@@ -31,18 +31,18 @@ std::string KeptLog::FirstComplaint() const {
 }
 
 // A message is formatted twice when the file gets it too: its arguments are read anew.
-void KeptLog::Write(const LogRecord& entry) {
-  if (entry.HasMessage() && entries.size() < kMostEntries) {
+void KeptLog::Write(const LogRecord& record) {
+  if (record.HasMessage() && entries.size() < kMostEntries) {
     va_list arguments;
-    va_copy(arguments, *entry.arguments);
-    LogRecord copy = entry;
+    va_copy(arguments, *record.arguments);
+    LogRecord copy = record;
     copy.arguments = &arguments;
     const LogMessage message(copy);
     va_end(arguments);
-    entries.push_back({entry.level, entry.hr, WithoutCredentials(Utf8FromAnsi(message.Get()))});
+    entries.push_back({record.level, record.hr, WithoutCredentials(Utf8FromAnsi(message.Get()))});
   }
   if (isFileWritten)
-    GetLogFile().Write(entry);
+    GetLogFile().Write(record);
 }
 
 void KeptLog::WriteText(const char* text) {

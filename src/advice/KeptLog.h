@@ -32,7 +32,7 @@ class KeptLog final : public LogSink {
   // The message of the first error; that of the first warning without one; empty without either.
   std::string FirstComplaint() const;
 
-  void Write(const LogRecord& entry) override;
+  void Write(const LogRecord& record) override;
   void WriteText(const char* text) override;
   void SetName(const wchar_t* name) override;
 

@@ -13,6 +13,9 @@ class CSourceExtension : public CListItem {
   CSourceExtension(const wchar_t* text, HRESULT* result);
   CSourceExtension(const char* text, HRESULT* result);
 
+  // Null after a failed construction.
+  const char* GetText() const { return extension.get(); }
+
   int Compare(const CListItem* other) const override;
   bool IsKindOf(const char* name) const override;
   void Dump() const override;

@@ -1,0 +1,226 @@
+#include "advice/Outcome.h"
+
+#include <new>
+
+#include "advice/Document.h"
+#include "advice/KeptLog.h"
+#include "advice/Outline.h"
+#include "advice/PermitDocument.h"
+#include "advice/Rehearsal.h"
+#include "advice/Words.h"
+#include "engine/CopyCommand.h"
+#include "engine/Execute.h"
+#include "log/LogFile.h"
+#include "log/LogFileSink.h"
+
+namespace {
+
+// Follows a run and writes down what it hears. It is called from the module, which passes no exceptions on: a failure of
+// memory is kept until the run is over.
+class Recorder final : public RunObserver, public TransferObserver {
+ public:
+  Recorder(RunOutcome& recordedOutcome, KeptLog& runLog, RunWatcher* runWatcher)
+      : outcome(recordedOutcome), log(runLog), watcher(runWatcher) {}
+
+  void CommandBegins(const CCommand& command) override {
+    Keep([&] {
+      const auto& copy = static_cast<const CCopyCommand&>(command);
+      log.Forget();
+      if (outcome.commands.empty())
+        ReadLines();
+      outcome.commands.emplace_back();
+      CommandOutcome& current = outcome.commands.back();
+      current.number = static_cast<int>(outcome.commands.size());
+      if (outcome.commands.size() <= lines.size())
+        current.line = lines[outcome.commands.size() - 1];
+      current.command = copy.GetElementName();
+      current.source = copy.GetSource() ? WithoutCredentials(Utf8FromAnsi(copy.GetSource()->GetURL())) : "";
+      kind = copy.GetDestinationKind();
+      if (watcher)
+        watcher->CommandBegins(current);
+    });
+  }
+
+  void DestinationChosen(const char* fileName) override {
+    Keep([&] {
+      CommandOutcome& current = outcome.commands.back();
+      current.action = kind == FolderKind::Cookie          ? CommandAction::Cookie
+                       : kind == FolderKind::InternetCache ? CommandAction::Cache
+                                                           : CommandAction::Write;
+      if (kind != FolderKind::Cookie && fileName && *fileName)
+        current.destination = Utf8FromAnsi(fileName);
+    });
+  }
+
+  void ExistingFileDecided(const FileDecision& decision) override {
+    Keep([&] {
+      CommandOutcome& current = outcome.commands.back();
+      current.action = ActionOf(decision.action);
+      if (decision.action == FileAction::MoveAside)
+        current.movedTo = Utf8FromAnsi(decision.newName);
+    });
+  }
+
+  void BytesArrived(const void* bytes, DWORD count) override {
+    Keep([&] {
+      if (outcome.commands.empty()) {
+        manifest.append(static_cast<const char*>(bytes), count);
+        return;
+      }
+      CommandOutcome& current = outcome.commands.back();
+      current.bytes += count;
+      if (watcher)
+        watcher->BytesArrived(current);
+    });
+  }
+
+  void CommandEnded(const CCommand& /*command*/, HRESULT result) override {
+    Keep([&] {
+      CommandOutcome& current = outcome.commands.back();
+      current.result = result;
+      if (FAILED(result))
+        current.reason = log.FirstComplaint();
+      if (FAILED(result) && current.reason.empty())
+        current.reason = SystemText(result);
+      if (watcher)
+        watcher->CommandEnded(current);
+    });
+  }
+
+  // Whether the module got a byte of the manifest.
+  bool IsManifestFetched() const { return !manifest.empty(); }
+
+  void Conclude() const {
+    if (isOutOfMemory)
+      throw std::bad_alloc();
+  }
+
+ private:
+  template <class Work>
+  void Keep(Work work) {
+    try {
+      if (!isOutOfMemory)
+        work();
+    } catch (const std::bad_alloc&) {
+      isOutOfMemory = true;
+    } catch (const Unanswered&) {
+      // a system without the reader has no lines
+    }
+  }
+
+  // The lines of the commands, in the order of the run.
+  void ReadLines() {
+    const Outline outline = OutlineOf(manifest);
+    for (const char* const name : {"Copy", "Open"}) {
+      for (const Element& element : outline.root.children) {
+        if (element.name == name)
+          lines.push_back(element.line);
+      }
+    }
+  }
+
+  static CommandAction ActionOf(FileAction action) {
+    switch (action) {
+      case FileAction::Replace:
+        return CommandAction::Replace;
+      case FileAction::LeaveAlone:
+        return CommandAction::Leave;
+      case FileAction::Cancel:
+        return CommandAction::Cancel;
+      case FileAction::MoveAside:
+        return CommandAction::MoveAside;
+      case FileAction::Refuse:
+        break;
+    }
+    return CommandAction::Refuse;
+  }
+
+  RunOutcome& outcome;
+  KeptLog& log;
+  RunWatcher* watcher;
+  FolderKind kind = FolderKind::Path;
+  std::string manifest;
+  std::vector<int> lines;
+  bool isOutOfMemory = false;
+};
+
+// A manifest on this machine is named as it may be on a command line; the module takes a relative name for one of its own
+// folder.
+std::wstring URLForModule(const std::wstring& url) {
+  if (url.empty())
+    throw Unanswered("An empty name is no manifest.");
+  const bool hasScheme = url.find(L':') != std::wstring::npos && url.find(L':') > 1;
+  if (!hasScheme)
+    return PathForModule(FullPath(url));
+  if (!AnsiFromWide(url))
+    throw Unanswered("The module cannot use '" + WithoutCredentials(Utf8(url)) +
+                     "': it has characters that the code page of this machine lacks.");
+  return url;
+}
+
+void Run(const std::wstring& url, const std::wstring& permitFile, Machine& machine, Recorder& recorder, KeptLog& log,
+         RunOutcome& outcome) {
+  const std::wstring asked = URLForModule(url);
+  HRESULT hr = S_OK;
+  CExecuter executer(0, &hr, permitFile.empty() ? nullptr : PathForModule(FullPath(permitFile)).c_str());
+  if (hr == E_OUTOFMEMORY)
+    throw std::bad_alloc();
+  if (FAILED(hr))
+    throw Unanswered("The permission file cannot be used: " + log.FirstComplaint());
+  log.Forget();
+  BString navigate;
+  outcome.manifest = WithoutCredentials(Utf8(url));
+  outcome.result = executer.Run(asked.c_str(), navigate.Receive(), machine, &recorder);
+  if (FAILED(outcome.result))
+    outcome.reason = log.FirstComplaint();
+  if (navigate)
+    outcome.navigate = WithoutCredentials(Utf8(navigate.Get()));
+  recorder.Conclude();
+}
+
+}  // namespace
+
+const char* NameOf(CommandAction action) {
+  switch (action) {
+    case CommandAction::Write:
+      return "write";
+    case CommandAction::Replace:
+      return "replace";
+    case CommandAction::Leave:
+      return "leave";
+    case CommandAction::MoveAside:
+      return "move-aside";
+    case CommandAction::Cancel:
+      return "cancel";
+    case CommandAction::Refuse:
+      return "refuse";
+    case CommandAction::Cache:
+      return "cache";
+    case CommandAction::Cookie:
+      break;
+  }
+  return "cookie";
+}
+
+RunOutcome RunManifest(const std::wstring& url, const std::wstring& permitFile, RunWatcher* watcher) {
+  RunOutcome outcome;
+  KeptLog log(KeptLog::Also::LogFile);
+  Recorder recorder(outcome, log, watcher);
+  WatchedMachine machine(&recorder);
+  Run(url, permitFile, machine, recorder, log, outcome);
+  outcome.log = Utf8FromAnsi(GetLogFile().GetPath());
+  return outcome;
+}
+
+RunOutcome PlanManifest(const std::wstring& url, const std::wstring& permitFile) {
+  RunOutcome outcome;
+  KeptLog log;
+  Recorder recorder(outcome, log, nullptr);
+  RehearsedMachine machine(&recorder);
+  Run(url, permitFile, machine, recorder, log, outcome);
+  if (FAILED(outcome.result) && outcome.result != E_ACCESSDENIED && !recorder.IsManifestFetched())
+    throw Unanswered("The manifest could not be read: " + outcome.reason);
+  if (!outcome.commands.empty() && outcome.commands.back().action == CommandAction::Cache)
+    outcome.navigate.reset();  // the cache chooses the name
+  return outcome;
+}

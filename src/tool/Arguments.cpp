@@ -1,0 +1,127 @@
+#include "tool/Arguments.h"
+
+#include "common/Windows.h"
+
+#include <CLI/CLI.hpp>
+#include <map>
+
+#include "advice/Words.h"
+
+namespace {
+
+constexpr char kExplainExample[] =
+    "Example:\n"
+    "  norvik explain --permit permit.xml --manifest http://apps.example.com/start.xml --extension txt";
+constexpr char kPlanExample[] =
+    "Example:\n"
+    "  norvik plan manifest.xml --permit permit.xml";
+constexpr char kRunExample[] =
+    "Example:\n"
+    "  norvik run http://apps.example.com/start.xml";
+
+// The program speaks UTF-8 inside. What is no text has no UTF-8.
+std::string CheckedUtf8(const std::wstring& argument) {
+  const int length = static_cast<int>(argument.size());
+  if (length > 0 &&
+      WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, argument.data(), length, nullptr, 0, nullptr, nullptr) == 0)
+    throw UsageText{"An argument is not valid text: it has half of a character.\n", true};
+  return Utf8(argument);
+}
+
+Question FolderQuestion(const std::string& text) {
+  Question question = {QuestionKind::Folder, {}, FolderKind::Path};
+  const std::size_t sign = text.find('=');
+  const std::string kind = text.substr(0, sign);
+  if (!FindFolderKind(kind, question.folderKind))
+    throw UsageText{"'" + kind + "' is no kind of folder; 'Personal', 'Temp' and 'Path=C:\\Apps' are examples.\n", true};
+  if (sign != std::string::npos)
+    question.asked = WideFromUtf8(text.substr(sign + 1));
+  return question;
+}
+
+// The four options of explain, in the order in which they were given.
+std::vector<Question> QuestionsOf(const CLI::App& explain) {
+  const std::map<std::string, QuestionKind> kinds = {
+      {"--manifest", QuestionKind::Manifest},
+      {"--source", QuestionKind::Source},
+      {"--extension", QuestionKind::Extension},
+      {"--folder", QuestionKind::Folder}};
+  std::map<std::string, std::size_t> next;
+  std::vector<Question> questions;
+  for (const CLI::Option* const option : explain.parse_order()) {
+    const std::string name = option->get_name();
+    const auto kind = kinds.find(name);
+    if (kind == kinds.end())
+      continue;
+    const std::string& text = option->results().at(next[name]++);
+    questions.push_back(kind->second == QuestionKind::Folder ? FolderQuestion(text)
+                                                             : Question{kind->second, WideFromUtf8(text), FolderKind::Path});
+  }
+  return questions;
+}
+
+}  // namespace
+
+Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
+  CLI::App app("Shows what the Norvik module does with a manifest, and why.", "norvik");
+  app.set_version_flag("--version", "norvik " NORVIK_VERSION);
+  app.require_subcommand(1);
+
+  std::string permit;
+  std::string url;
+  std::vector<std::string> ignored;
+  Arguments read;
+  const auto add = [&](const char* name, const char* description, const char* footer) {
+    CLI::App* const command = app.add_subcommand(name, description);
+    command->allow_windows_style_options(false);
+    command->add_flag("--json", read.isJson, "One JSON document on standard output");
+    command->footer(footer);
+    return command;
+  };
+  const auto addPermit = [&](CLI::App* command) {
+    command->add_option("--permit", permit, "A permission file other than permit.xml beside the program")->type_name("FILE");
+  };
+
+  CLI::App* const explain = add("explain", "Tells whether something is permitted, and by which entry", kExplainExample);
+  addPermit(explain);
+  explain->add_option("--manifest", ignored, "A manifest's URL or file")->type_name("URL")->take_all();
+  explain->add_option("--source", ignored, "A command's source")->type_name("URL")->take_all();
+  explain->add_option("--extension", ignored, "A file's extension, without a dot")->type_name("EXT")->take_all();
+  explain->add_option("--folder", ignored, "A destination, as its element's name and text")
+      ->type_name("KIND[=TEXT]")
+      ->expected(1)
+      ->take_all();
+
+  CLI::App* const plan = add("plan", "Tells what a run would do, without doing it", kPlanExample);
+  addPermit(plan);
+  plan->add_option("URL", url, "The manifest's URL or file")->required();
+
+  CLI::App* const run = add("run", "Runs a manifest as a page would", kRunExample);
+  run->add_option("URL", url, "The manifest's URL or file")->required();
+
+  std::vector<std::string> texts;
+  for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument)
+    texts.push_back(CheckedUtf8(*argument));
+  try {
+    app.parse(texts);
+  } catch (const CLI::CallForVersion& version) {
+    throw UsageText{std::string(version.what()) + "\n", false};
+  } catch (const CLI::CallForHelp&) {
+    const auto chosen = app.get_subcommands();
+    throw UsageText{chosen.empty() ? app.help() : chosen.front()->help(), false};
+  } catch (const CLI::ParseError& error) {
+    throw UsageText{WithoutCredentials(error.what()) + "\nRun 'norvik --help' for the commands and their options.\n", true};
+  }
+
+  read.permit = WideFromUtf8(permit);
+  read.url = WideFromUtf8(url);
+  read.command = explain->parsed() ? Arguments::Command::Explain
+                 : plan->parsed()  ? Arguments::Command::Plan
+                                   : Arguments::Command::Run;
+  if (explain->parsed()) {
+    read.questions = QuestionsOf(*explain);
+    if (read.questions.empty())
+      throw UsageText{"explain needs a question: --manifest, --source, --extension or --folder.\n", true};
+  }
+  return read;
+}

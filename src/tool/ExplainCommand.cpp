@@ -1,0 +1,25 @@
+#include "advice/Document.h"
+#include "tool/Commands.h"
+#include "tool/Console.h"
+#include "tool/Json.h"
+#include "tool/Report.h"
+#include "tool/Tool.h"
+
+int ExplainCommand(const Arguments& arguments) {
+  const PermitDocument permit(arguments.permit.empty() ? DefaultPermitPath() : arguments.permit);
+  if (!permit.IsUsable())
+    throw Unanswered("The permission file cannot be used: " + permit.Complaint());
+  std::vector<Answer> answers;
+  bool isAllPermitted = true;
+  for (const Question& question : arguments.questions) {
+    answers.push_back(Explain(permit, question));
+    isAllPermitted = isAllPermitted && answers.back().isPermitted;
+  }
+  if (arguments.isJson) {
+    PrintJson(ToJson(permit, answers));
+  } else {
+    for (const Answer& answer : answers)
+      Print(ReportOf(answer));
+  }
+  return isAllPermitted ? kYes : kNo;
+}

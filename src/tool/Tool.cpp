@@ -1,0 +1,67 @@
+#include "tool/Tool.h"
+
+#include "common/Windows.h"
+
+#include <objbase.h>
+
+#include <new>
+
+#include "advice/Document.h"
+#include "advice/Words.h"
+#include "common/ModulePath.h"
+#include "tool/Commands.h"
+#include "tool/Console.h"
+
+namespace {
+
+class ComOfThread {
+ public:
+  ComOfThread() : initialized(CoInitialize(nullptr)) {}
+  ~ComOfThread() {
+    if (SUCCEEDED(initialized))
+      CoUninitialize();
+  }
+  ComOfThread(const ComOfThread&) = delete;
+  ComOfThread& operator=(const ComOfThread&) = delete;
+
+ private:
+  HRESULT initialized;
+};
+
+int Dispatch(const Arguments& arguments) {
+  switch (arguments.command) {
+    case Arguments::Command::Explain:
+      return ExplainCommand(arguments);
+    case Arguments::Command::Plan:
+      return PlanCommand(arguments);
+    default:
+      return RunCommand(arguments);
+  }
+}
+
+int Complain(const std::string& sentence) {
+  PrintError("norvik: " + WithoutCredentials(sentence) + "\n");
+  return kUnanswered;
+}
+
+}  // namespace
+
+int RunTool(const std::vector<std::wstring>& arguments) {
+  try {
+    const ComOfThread com;
+    RecordModulePath(nullptr);  // the program stands beside the module, and counts as it
+    return Dispatch(ReadArguments(arguments));
+  } catch (const UsageText& usage) {
+    if (usage.isWrong)
+      PrintError("norvik: " + usage.text);
+    else
+      Print(usage.text);
+    return usage.isWrong ? kWrongUsage : kYes;
+  } catch (const Unanswered& unanswered) {
+    return Complain(unanswered.what());
+  } catch (const std::bad_alloc&) {
+    return Complain("There is not enough memory to answer.");
+  } catch (const std::exception& failure) {
+    return Complain(failure.what());
+  }
+}
