@@ -11,8 +11,10 @@ namespace {
 
 template <class Object>
 void MustBeMade(const std::unique_ptr<Object>& object, HRESULT hr, const std::string& asked) {
-  if (!object || hr == E_OUTOFMEMORY)
+  if (!object)
     throw std::bad_alloc();
+  if (hr == E_OUTOFMEMORY)  // what the module says of a path that is too long
+    throw Unanswered("'" + asked + "' is longer than the module can use.");
   if (FAILED(hr))
     throw Unanswered("'" + asked + "' cannot be understood: " + SystemText(hr));
 }

@@ -10,13 +10,13 @@ constexpr std::size_t kMostEntries = 1000;
 
 }  // namespace
 
-KeptLog::KeptLog(Also also) : isFileWritten(also == Also::LogFile), debugLogging(GetDebugLogging()) {
+KeptLog::KeptLog(Also also)
+    : isFileWritten(also == Also::LogFile), sinkBefore(SetLogSink(this)), debugLogging(GetDebugLogging()) {
   SetDebugLogging(isFileWritten ? debugLogging : 0);
-  SetLogSink(this);
 }
 
 KeptLog::~KeptLog() {
-  SetLogSink(nullptr);
+  SetLogSink(sinkBefore);
   SetDebugLogging(debugLogging);
 }
 

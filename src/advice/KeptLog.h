@@ -38,6 +38,7 @@ class KeptLog final : public LogSink {
 
  private:
   bool isFileWritten;
+  LogSink* sinkBefore;
   LONG debugLogging;
   std::vector<KeptEntry> entries;
 };

@@ -58,6 +58,8 @@ class Recorder final : public RunObserver, public TransferObserver {
       current.action = ActionOf(decision.action);
       if (decision.action == FileAction::MoveAside)
         current.movedTo = Utf8FromAnsi(decision.newName);
+      if (decision.refusal == FileRefusal::Protected)  // the module says nothing of it
+        current.reason = "The file is read-only or hidden, and the command does not force it.";
     });
   }
 
@@ -78,7 +80,7 @@ class Recorder final : public RunObserver, public TransferObserver {
     Keep([&] {
       CommandOutcome& current = outcome.commands.back();
       current.result = result;
-      if (FAILED(result))
+      if (FAILED(result) && current.reason.empty())
         current.reason = log.FirstComplaint();
       if (FAILED(result) && current.reason.empty())
         current.reason = SystemText(result);
@@ -87,8 +89,8 @@ class Recorder final : public RunObserver, public TransferObserver {
     });
   }
 
-  // Whether the module got a byte of the manifest.
-  bool IsManifestFetched() const { return !manifest.empty(); }
+  // The manifest as it came; empty when the module did not get a byte of it.
+  const std::string& Manifest() const { return manifest; }
 
   void Conclude() const {
     if (isOutOfMemory)
@@ -158,6 +160,18 @@ std::wstring URLForModule(const std::wstring& url) {
   return url;
 }
 
+// Why the run ended before its commands. Of a manifest that is not valid, the module names its own copy, which is no use to
+// anybody; the line and the reason behind it are.
+std::string ReasonOfFailure(const std::string& manifest, const std::string& complaint) {
+  const std::size_t end = complaint.find("\r\n\t");
+  if (manifest.empty() || end == std::string::npos)
+    return complaint;
+  const Outline outline = OutlineOf(manifest);
+  if (!outline.isWellFormed)
+    return "The manifest is not well-formed: line " + std::to_string(outline.errorLine) + ": " + outline.errorReason;
+  return "The manifest is not valid: " + complaint.substr(end + 3);
+}
+
 void Run(const std::wstring& url, const std::wstring& permitFile, Machine& machine, Recorder& recorder, KeptLog& log,
          RunOutcome& outcome) {
   const std::wstring asked = URLForModule(url);
@@ -172,7 +186,7 @@ void Run(const std::wstring& url, const std::wstring& permitFile, Machine& machi
   outcome.manifest = WithoutCredentials(Utf8(url));
   outcome.result = executer.Run(asked.c_str(), navigate.Receive(), machine, &recorder);
   if (FAILED(outcome.result))
-    outcome.reason = log.FirstComplaint();
+    outcome.reason = ReasonOfFailure(recorder.Manifest(), log.FirstComplaint());
   if (navigate)
     outcome.navigate = WithoutCredentials(Utf8(navigate.Get()));
   recorder.Conclude();
@@ -218,9 +232,14 @@ RunOutcome PlanManifest(const std::wstring& url, const std::wstring& permitFile)
   Recorder recorder(outcome, log, nullptr);
   RehearsedMachine machine(&recorder);
   Run(url, permitFile, machine, recorder, log, outcome);
-  if (FAILED(outcome.result) && outcome.result != E_ACCESSDENIED && !recorder.IsManifestFetched())
+  if (FAILED(outcome.result) && outcome.result != E_ACCESSDENIED && recorder.Manifest().empty())
     throw Unanswered("The manifest could not be read: " + outcome.reason);
-  if (!outcome.commands.empty() && outcome.commands.back().action == CommandAction::Cache)
-    outcome.navigate.reset();  // the cache chooses the name
+  for (CommandOutcome& command : outcome.commands) {
+    if (command.action != CommandAction::Cache)
+      continue;
+    command.destination.reset();  // the cache chooses the name
+    if (command.command == "Open")
+      outcome.navigate.reset();
+  }
   return outcome;
 }

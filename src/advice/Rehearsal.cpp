@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "common/Handles.h"
 #include "common/PathText.h"
 #include "common/SystemError.h"
 #include "log/LogFile.h"
@@ -17,7 +18,8 @@ constexpr DWORD kKeptAttributes = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
 // What the system asks of a name: characters that no file name has.
 constexpr char kForbidden[] = "<>\"|?*";
 
-constexpr char kDevicePrefix[] = "\\\\.\\";
+// What the name of a file of the Internet cache ends with, which the cache chooses: no file has it.
+constexpr char kUnknownName[] = "\\?";
 
 bool Fail(DWORD error) {
   SetLastError(error);
@@ -41,6 +43,13 @@ std::string FolderOf(const std::string& fullName) {
 
 bool IsFolder(DWORD attributes) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+// A name such as nul.txt, which the system takes for a device: nothing is created by looking.
+bool IsDeviceName(const char* path) {
+  constexpr DWORD kShared = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const FileHandle file(CreateFileA(path, 0, kShared, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  return file && IsDevice(file);
 }
 
 FILETIME Now() {
@@ -98,8 +107,6 @@ DWORD RehearsedMachine::ErrorOfPlace(const char* path) const {
   const char* const last = BehindLastSeparator(path);
   if (std::strpbrk(last ? last : path, kForbidden))
     return ERROR_INVALID_NAME;
-  if (name.compare(0, std::strlen(kDevicePrefix), kDevicePrefix) == 0)
-    return ERROR_INVALID_NAME;
   return IsFolder(GetAttributes(FolderOf(name).c_str())) ? ERROR_SUCCESS : ERROR_PATH_NOT_FOUND;
 }
 
@@ -149,13 +156,15 @@ HRESULT RehearsedMachine::GetDestinationFile(const CDestinationFolder& folder, c
                                              OwnedText* fileName) {
   if (folder.GetKind() != FolderKind::InternetCache)
     return Machine::GetDestinationFile(folder, source, fileName);
-  // The cache chooses a name of its own, which nobody knows before.
-  *fileName = CopyText("");
+  cacheFile = folder.GetPath() + std::string(kUnknownName);
+  *fileName = CopyText(cacheFile.c_str());
   return *fileName ? S_OK : E_OUTOFMEMORY;
 }
 
 // Why a transfer could not create its file; 0 when it could.
 DWORD RehearsedMachine::ErrorOfCreating(const char* path, DWORD attributes) const {
+  if (IsDeviceName(path))
+    return ERROR_INVALID_NAME;
   const DWORD existing = GetAttributes(path);
   if (existing == INVALID_FILE_ATTRIBUTES)
     return ErrorOfPlace(path);
@@ -167,7 +176,7 @@ HRESULT RehearsedMachine::Fetch(const char* source, const char* destination, DWO
                                 DWORD flags, const char* notFoundText) {
   if (flags & kTransferManifest)
     return Machine::Fetch(source, destination, attributes, time, flags, notFoundText);
-  if ((flags & kTransferCookie) || !destination || !*destination)
+  if ((flags & kTransferCookie) || cacheFile == destination)
     return S_OK;  // a store of the system's own
   const DWORD error = ErrorOfCreating(destination, attributes);
   if (error)

@@ -42,5 +42,6 @@ class RehearsedMachine final : public Machine {
   DWORD ErrorOfCreating(const char* path, DWORD attributes) const;
   DWORD ErrorOfPlace(const char* path) const;
 
+  std::string cacheFile;                // the name that stands for the next file of the Internet cache
   std::map<std::string, State> states;  // by the full path in capital letters
 };

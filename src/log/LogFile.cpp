@@ -67,8 +67,10 @@ void FormatNarrow(char* buffer, int characters, const char* format, va_list argu
   buffer[characters - 1] = '\0';
 }
 
-void SetLogSink(LogSink* sink) {
+LogSink* SetLogSink(LogSink* sink) {
+  LogSink* const before = channel.sink;
   channel.sink = sink;
+  return before;
 }
 
 // The nine calls differ in level, code and width only; each has to start its own argument list.

@@ -65,5 +65,5 @@ class LogSink {
 };
 
 // Sends the records to `sink`, which belongs to the caller and has to live until another one takes its place; with null to
-// the log file, as in the beginning. The thread's last error is kept whatever a sink does.
-void SetLogSink(LogSink* sink);
+// the log file, as in the beginning. Gives the one before. The thread's last error is kept whatever a sink does.
+LogSink* SetLogSink(LogSink* sink);

@@ -34,11 +34,6 @@ std::set<std::size_t> ChooseSample(const std::vector<FallibleCall>& calls, std::
 
 }  // namespace
 
-std::uint32_t Seed() {
-  const char* const given = std::getenv("NORVIK_SEED");
-  return given ? static_cast<std::uint32_t>(std::strtoul(given, nullptr, 10)) : 0;
-}
-
 std::set<std::size_t> ChooseCalls(const std::vector<FallibleCall>& calls, std::size_t scenario, std::uint32_t stride) {
   const std::string wish = Wish();
   if (wish.empty())

@@ -5,10 +5,8 @@
 #include <set>
 #include <vector>
 
+#include "support/Seed.h"
 #include "torture/CallCounter.h"
-
-// What the sample depends on: NORVIK_SEED, a number from 0 to 4294967295 (0 without it).
-std::uint32_t Seed();
 
 // The numbers of the calls of a scenario that a test tries: one in `stride`, and one of each kind (a function and the object
 // that it is for); which ones these are depends on Seed. With NORVIK_TORTURE=all (scripts/torture) all of them, and with a

@@ -1,0 +1,148 @@
+#include "advice/Mismatch.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "advice/Explanation.h"
+#include "advice/Words.h"
+#include "support/PermitFile.h"
+#include "support/Seed.h"
+
+namespace {
+
+struct URLRow {
+  const char* name;
+  const wchar_t* entry;
+  const wchar_t* candidate;
+  const char* reason;  // empty when the entry permits the candidate
+};
+
+std::string NameOfAny(const std::optional<Mismatch>& mismatch) {
+  return mismatch ? NameOf(*mismatch) : "";
+}
+
+class URLMismatchTest : public testing::TestWithParam<URLRow> {};
+
+TEST_P(URLMismatchTest, IsNamed) {
+  const CSourceURL entry(GetParam().entry, SourceRole::PermittedEntry, nullptr);
+  const CSourceURL candidate(GetParam().candidate, SourceRole::Command, nullptr);
+  const auto reason = FindMismatch(entry, candidate);
+  EXPECT_EQ(GetParam().reason, NameOfAny(reason));
+  EXPECT_EQ(entry.Compare(&candidate) == 0, !reason);
+  EXPECT_EQ(!reason, (reason ? MessageOf(*reason, entry, candidate) : "").empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , URLMismatchTest,
+    testing::Values(
+        URLRow{"Below", L"http://a/x/", L"http://a/x/y/z.txt", ""},
+        URLRow{"TheSame", L"http://a/x/", L"http://a/x/z.txt", ""},
+        URLRow{"ANeighbour", L"http://a/x/", L"http://a/xy/z.txt", ""},
+        URLRow{"ALookAlikeHost", L"http://a/", L"http://ab/z.txt", ""},
+        URLRow{"TheSchemeInCapitals", L"HTTP://a/x/", L"http://a/x/z.txt", ""},
+        URLRow{"AFolderInCapitals", L"C:\\X\\", L"c:\\x\\z.txt", ""},
+        URLRow{"OnTheWebNotHere", L"C:\\x\\", L"http://a/x/z.txt", "class-differs"},
+        URLRow{"HereNotOnTheWeb", L"http://a/x/", L"C:\\x\\z.txt", "class-differs"},
+        URLRow{"Secure", L"http://a/x/", L"https://a/x/z.txt", "scheme-differs"},
+        URLRow{"NotSecure", L"https://a/x/", L"http://a/x/z.txt", "scheme-differs"},
+        URLRow{"SecureOfAnotherHost", L"http://a/x/", L"https://b/x/z.txt", "scheme-differs"},
+        URLRow{"AnotherHost", L"http://a/x/", L"http://b/x/z.txt", "host-differs"},
+        URLRow{"AnotherPort", L"http://a/x/", L"http://a:8080/x/z.txt", "host-differs"},
+        URLRow{"ALookAlikeHostWithAPath", L"http://a/x/", L"http://ab/x/z.txt", "host-differs"},
+        URLRow{"TheHostInCapitals", L"http://A/x/", L"http://a/x/z.txt", "case-differs"},
+        URLRow{"ThePathInCapitals", L"http://a/X/", L"http://a/x/z.txt", "case-differs"},
+        URLRow{"AnotherPath", L"http://a/x/", L"http://a/y/z.txt", "path-differs"},
+        URLRow{"AnotherFolder", L"C:\\x\\", L"C:\\y\\z.txt", "path-differs"},
+        URLRow{"OneForwardSlash", L"C:\\x\\y\\", L"C:/x/y/z.txt", "path-differs"},
+        URLRow{"Above", L"http://a/x/y/", L"http://a/x/z.txt", "entry-longer"},
+        URLRow{"TheHostAlone", L"http://a/x/", L"http://a/z.txt", "entry-longer"},
+        URLRow{"AFolderAbove", L"C:\\x\\y\\", L"c:\\X\\z.txt", "entry-longer"}),
+    [](const testing::TestParamInfo<URLRow>& row) { return std::string(row.param.name); });
+
+TEST(MismatchTest, OfExtensions) {
+  const auto reason = [](const wchar_t* entry, const wchar_t* candidate) {
+    return NameOfAny(FindMismatch(CSourceExtension(entry, nullptr), CSourceExtension(candidate, nullptr)));
+  };
+  EXPECT_EQ("", reason(L"txt", L"TXT"));
+  EXPECT_EQ("extension-differs", reason(L"txt", L"tx"));
+  EXPECT_EQ("extension-differs", reason(L"txt", L"txtx"));
+  EXPECT_EQ("dot-in-entry", reason(L".txt", L"TXT"));
+  EXPECT_EQ("extension-differs", reason(L".txt", L"tx"));
+  EXPECT_EQ("extension-differs", reason(L"..txt", L"txt"));
+  EXPECT_EQ("dot-in-entry", reason(L".", L""));
+}
+
+TEST(MismatchTest, OfFolders) {
+  const auto reason = [](const wchar_t* entry, const wchar_t* candidate) {
+    return NameOfAny(FindMismatch(
+        CDestinationFolder(FolderKind::Path, entry, nullptr), CDestinationFolder(FolderKind::Path, candidate, nullptr)));
+  };
+  EXPECT_EQ("", reason(L"C:\\A", L"c:\\ab"));
+  EXPECT_EQ("entry-longer", reason(L"C:\\A\\B", L"c:\\a"));
+  EXPECT_EQ("path-differs", reason(L"C:\\A", L"C:\\B"));
+}
+
+// Texts of few letters, so that many begin with each other.
+std::wstring RandomURL(Dice& dice) {
+  static const std::vector<std::wstring> starts = {
+      L"http://", L"https://", L"HTTP://", L"file://", L"C:\\", L"c:\\", L"\\\\", L"http:", L""};
+  static const std::vector<std::wstring> parts = {L"a", L"A", L"ab", L"b", L"a.b", L"a:8", L"", L"..", L"\xE4", L"\xC4"};
+  static const std::vector<std::wstring> ends = {L"/", L"\\", L"", L":"};
+  std::wstring text = dice.Choose(starts);
+  for (std::size_t count = dice.Roll(4); count > 0; --count)
+    text += dice.Choose(parts) + dice.Choose(ends);
+  return text;
+}
+
+std::string Lower(std::string text) {
+  CharLowerBuffA(text.data(), static_cast<DWORD>(text.size()));
+  return text;
+}
+
+bool BeginsWith(const std::string& text, const std::string& start) {
+  return text.compare(0, start.size(), start) == 0;
+}
+
+std::string HostOf(const std::string& folder) {
+  std::string rest = folder.substr(folder.find(':') + 1);
+  if (BeginsWith(rest, "//"))
+    rest.erase(0, 2);
+  return rest.substr(0, rest.find_first_of("/\\"));
+}
+
+// What the name of a mismatch means, said another way.
+std::string ExpectedReason(const CSourceURL& entry, const CSourceURL& candidate) {
+  const std::string wanted = entry.GetFolder() ? entry.GetFolder() : "";
+  const std::string found = candidate.GetFolder() ? candidate.GetFolder() : "";
+  if (entry.IsLocal() != candidate.IsLocal())
+    return "class-differs";
+  if (entry.IsLocal())
+    return BeginsWith(Lower(wanted), Lower(found)) ? "entry-longer" : "path-differs";
+  if (BeginsWith(Lower(found), Lower(wanted)))
+    return "case-differs";
+  if (BeginsWith(wanted, found))
+    return "entry-longer";
+  if (wanted.substr(0, wanted.find(':')) != found.substr(0, found.find(':')))
+    return "scheme-differs";
+  return HostOf(wanted) == HostOf(found) ? "path-differs" : "host-differs";
+}
+
+TEST(MismatchTest, AgreesWithTheModuleForManyPairs) {
+  Dice dice;
+  int permitted = 0;
+  for (int pair = 0; pair < 100000; ++pair) {
+    const std::wstring entryText = RandomURL(dice);
+    const std::wstring text = RandomURL(dice);
+    const CSourceURL entry(entryText.c_str(), SourceRole::PermittedEntry, nullptr);
+    const CSourceURL candidate(text.c_str(), SourceRole::Command, nullptr);
+    const auto reason = FindMismatch(entry, candidate);
+    ASSERT_EQ(entry.Compare(&candidate) == 0, !reason) << Utf8(entryText) << " " << Utf8(text);
+    permitted += reason ? 0 : 1;
+    ASSERT_EQ(reason ? ExpectedReason(entry, candidate) : "", NameOfAny(reason)) << Utf8(entryText) << " " << Utf8(text);
+  }
+  EXPECT_GT(permitted, 1000);
+  EXPECT_LT(permitted, 99000);
+}
+
+}  // namespace
