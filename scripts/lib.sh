@@ -13,9 +13,10 @@ die() {
 }
 
 # Everything that building, testing, the demo and measuring need, as Debian packages.
-readonly build_packages=(cmake ninja-build g++-mingw-w64-x86-64 g++-mingw-w64-i686 mingw-w64-tools libwine-dev python3)
+readonly build_packages=(cmake ninja-build g++-mingw-w64-x86-64 g++-mingw-w64-i686 mingw-w64-tools libwine-dev python3
+  libcli11-dev nlohmann-json3-dev libfmt-dev)
 readonly wine_packages=(wine wine64)
-readonly test_packages=(libgtest-dev openssl)
+readonly test_packages=(libgtest-dev openssl rapidjson-dev)
 readonly lint_packages=(clang-format clang-tidy cppcheck shellcheck)
 readonly server_packages=(nginx-light)
 readonly bench_packages=(curl)

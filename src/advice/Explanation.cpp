@@ -77,7 +77,7 @@ void ExplainFolder(const PermitDocument& permit, Answer& answer) {
 }
 
 std::string AskedText(const Question& question) {
-  const std::string text = WithoutCredentials(Utf8(question.asked));
+  std::string text = WithoutCredentials(Utf8(question.asked));
   if (question.kind != QuestionKind::Folder)
     return text;
   const std::string element = ElementNameOf(question.folderKind);

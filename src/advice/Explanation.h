@@ -13,7 +13,7 @@
 enum class QuestionKind { Manifest, Source, Extension, Folder };
 
 struct Question {
-  QuestionKind kind;
+  QuestionKind kind = QuestionKind::Source;
   std::wstring asked;  // a URL, an extension, or the text of the folder
 
   FolderKind folderKind = FolderKind::Path;  // of a folder

@@ -21,7 +21,7 @@ class Progress final : public RunWatcher {
   }
 
   void BytesArrived(const CommandOutcome& command) override {
-    constexpr std::uint64_t kStep = 256 * 1024;
+    constexpr std::uint64_t kStep = 0x40000;
     if (command.bytes - shownBytes < kStep)
       return;
     shownBytes = command.bytes;
