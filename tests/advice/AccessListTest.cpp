@@ -1,0 +1,117 @@
+#include "advice/AccessList.h"
+
+#include <aclapi.h>
+#include <gtest/gtest.h>
+#include <sddl.h>
+
+#include "advice/Words.h"
+#include "support/Files.h"
+
+namespace {
+
+// A security descriptor from its text form.
+class Descriptor {
+ public:
+  explicit Descriptor(const std::string& text) {
+    EXPECT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorA(text.c_str(), SDDL_REVISION_1, &descriptor, nullptr))
+        << text;
+    BOOL isGiven = FALSE;
+    GetSecurityDescriptorOwner(descriptor, &owner, &isGiven);
+    GetSecurityDescriptorDacl(descriptor, &isGiven, &accessList, &isGiven);
+  }
+  ~Descriptor() { LocalFree(descriptor); }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  ACL* AccessList() const { return accessList; }
+  PSID Owner() const { return owner; }
+
+ private:
+  PSECURITY_DESCRIPTOR descriptor = nullptr;
+  PSID owner = nullptr;
+  ACL* accessList = nullptr;
+};
+
+struct AccessCase {
+  const char* name;
+  const char* descriptor;
+  const char* writer;
+};
+
+class AccessListTest : public testing::TestWithParam<AccessCase> {};
+
+TEST_P(AccessListTest, NamesTheFirstWriter) {
+  const Descriptor descriptor(GetParam().descriptor);
+  EXPECT_EQ(GetParam().writer, Utf8(WriterByAccessList(descriptor.AccessList(), descriptor.Owner())));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Lists, AccessListTest,
+    testing::Values(
+        AccessCase{"Nobody", "O:BAD:", ""},
+        AccessCase{"AdministratorsAndTheSystem", "O:BAD:(A;;FA;;;BA)(A;;FA;;;SY)(A;;0x1200a9;;;BU)", ""},
+        AccessCase{
+            "WhatInstallsWindows", "O:BAD:(A;;FA;;;S-1-5-80-956008885-3418522649-1831038044-1853292631-2271478464)", ""},
+        AccessCase{"AnotherService", "O:BAD:(A;;FA;;;S-1-5-80-1)", "S-1-5-80-1"},
+        AccessCase{"TheAdministratorsOfADomain", "O:BAD:(A;;FA;;;S-1-5-21-1-2-3-512)(A;;FA;;;S-1-5-21-1-2-3-500)", ""},
+        AccessCase{"TheUsersOfADomain", "O:BAD:(A;;FA;;;S-1-5-21-1-2-3-513)", "S-1-5-21-1-2-3-513"},
+        AccessCase{"SomebodysOwnNumber", "O:BAD:(A;;FA;;;S-1-5-21-1-2-3-1512)", "S-1-5-21-1-2-3-1512"},
+        AccessCase{"EveryoneReads", "O:BAD:(A;;FR;;;WD)", ""}, AccessCase{"EveryoneWrites", "O:BAD:(A;;FW;;;WD)", "S-1-1-0"},
+        AccessCase{"EveryoneDoesAll", "O:BAD:(A;;GA;;;WD)", "S-1-1-0"},
+        AccessCase{"UsersModify", "O:BAD:(A;;0x1301bf;;;BU)", "S-1-5-32-545"},
+        AccessCase{"UsersMakeFolders", "O:BAD:(A;;LC;;;BU)", "S-1-5-32-545"},
+        AccessCase{"UsersMayDeleteThisAlone", "O:BAD:(A;;SD;;;BU)", ""},
+        AccessCase{"UsersChangeTheList", "O:BAD:(A;;WD;;;BU)", "S-1-5-32-545"},
+        AccessCase{"WhoIsLoggedOn", "O:BAD:(A;;GW;;;IU)", "S-1-5-4"},
+        AccessCase{"WhoIsKnown", "O:BAD:(A;;GW;;;AU)", "S-1-5-11"},
+        AccessCase{"OnlyHandedOn", "O:BAD:(A;OICIIO;GA;;;BU)(A;OICIIO;GA;;;CO)", ""},
+        AccessCase{"HandedOnToo", "O:BAD:(A;OICI;GA;;;BU)", "S-1-5-32-545"},
+        AccessCase{"DeniedBefore", "O:BAD:(D;;GA;;;BU)(A;;GA;;;BU)", ""},
+        AccessCase{"DeniedInPart", "O:BAD:(D;;LC;;;BU)(A;;GA;;;BU)", "S-1-5-32-545"},
+        AccessCase{"DeniedToEveryone", "O:BAD:(D;;GA;;;WD)(A;;GA;;;BU)", ""},
+        AccessCase{"DeniedBehind", "O:BAD:(A;;GA;;;BU)(D;;GA;;;BU)", "S-1-5-32-545"},
+        AccessCase{"DeniedToOthers", "O:BAD:(D;;GA;;;BG)(A;;GA;;;BU)", "S-1-5-32-545"},
+        AccessCase{"OwnedBySomebody", "O:S-1-5-21-1-2-3-1001D:(A;;FA;;;BA)", "S-1-5-21-1-2-3-1001"},
+        AccessCase{"OwnedByTheSystem", "O:SYD:(A;;FA;;;BA)", ""}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(AccessListTest, WithoutAListEveryoneWrites) {
+  const Descriptor descriptor("O:BAD:");
+  EXPECT_EQ(L"S-1-1-0", WriterByAccessList(nullptr, descriptor.Owner()));
+  EXPECT_EQ(L"S-1-1-0", WriterByAccessList(nullptr, nullptr));
+}
+
+void LetEveryoneWrite(const std::string& path) {
+  Descriptor descriptor("O:BAD:(A;;FA;;;WD)");
+  std::string name = path;
+  ASSERT_EQ(0u, SetNamedSecurityInfoA(name.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr,
+                                      descriptor.AccessList(), nullptr));
+}
+
+std::string WriterAt(const std::string& path) {
+  return WriterOfPath(WideFromAnsi(path.c_str()));
+}
+
+TEST(WriterOfPathTest, ReadsTheFilesList) {
+  const TemporaryFolder folder;
+  WriteWholeFile(folder.File("a"), "");
+  EXPECT_EQ("", WriterAt(folder.File("a")));
+  LetEveryoneWrite(folder.File("a"));
+  EXPECT_EQ("Everyone", WriterAt(folder.File("a")));
+}
+
+TEST(WriterOfPathTest, WhatIsMissingIsMadeByWhoMayWriteAbove) {
+  const TemporaryFolder folder;
+  EXPECT_EQ("", WriterAt(folder.File("missing\\sub\\a")));
+  LetEveryoneWrite(folder.Path());
+  EXPECT_EQ("Everyone", WriterAt(folder.File("missing\\sub\\a")));
+  EXPECT_EQ("Everyone", WriterAt(folder.File("missing\\sub\\")));
+}
+
+TEST(WriterOfPathTest, NothingIsAskedOfServersAndOfWhatIsNoPath) {
+  for (const char* const path :
+       {"", "\\\\", "\\\\server.invalid\\share", "\\\\?\\C:\\", "Q:\\nowhere", "Q:", "C", ":", "nul"})
+    EXPECT_EQ("", WriterAt(path)) << path;
+}
+
+}  // namespace
