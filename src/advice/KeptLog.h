@@ -16,7 +16,7 @@ struct KeptEntry {
 };
 
 // Keeps what the module says for as long as the object lives, without trace lines and without the lists behind entries. With
-// `Also::LogFile` the log file is written too, as ever.
+// `Also::LogFile` the log file is written too, as ever. Within the life of another such object it takes that one's place.
 class KeptLog final : public LogSink {
  public:
   enum class Also { Nothing, LogFile };
@@ -37,6 +37,7 @@ class KeptLog final : public LogSink {
   void SetName(const wchar_t* name) override;
 
  private:
+  KeptLog* outer;
   bool isFileWritten;
   LogSink* sinkBefore;
   LONG debugLogging;
