@@ -1,0 +1,31 @@
+#include "advice/KeptLog.h"
+
+#include <gtest/gtest.h>
+
+#include "log/LogFile.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+constexpr SourceFile kSourceFile = {"KeptLogTest"};
+
+TEST(KeptLogTest, OneWithinAnotherTakesItsPlaceForItsLife) {
+  const LogCapture file(false);
+  {
+    const KeptLog outer;
+    LogError(HERE, E_FAIL, "first");
+    {
+      const KeptLog inner;
+      LogError(HERE, E_FAIL, "second");
+      EXPECT_EQ("second", inner.FirstComplaint());
+    }
+    LogError(HERE, E_FAIL, "third");
+    ASSERT_EQ(2u, outer.Entries().size());
+    EXPECT_EQ("third", outer.Entries()[1].message);
+  }
+  EXPECT_EQ("", file.Text());
+  LogError(HERE, E_FAIL, "fourth");
+  EXPECT_NE("", file.Text());
+}
+
+}  // namespace
