@@ -182,8 +182,10 @@ std::wstring WriterByAccessList(ACL* accessList, PSID owner) {
 }
 
 std::string WriterOfPath(const std::wstring& path) {
-  const std::wstring full = FullPath(path);
-  const std::wstring nearest = IsOnThisMachine(full) ? NearestThere(full) : std::wstring();
+  if (!IsOnThisMachine(path))
+    return {};
+  const bool isDrive = path.size() == 2;
+  const std::wstring nearest = NearestThere(FullPath(isDrive ? path + L"\\" : path));
   if (nearest.empty())
     return {};
   PSID owner = nullptr;

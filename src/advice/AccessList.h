@@ -17,5 +17,6 @@
 std::wstring WriterByAccessList(ACL* accessList, PSID owner);
 
 // The same of a file or folder or, where that is missing, of the nearest folder above it that is there, and in which it
-// could be made: the account's name as users know it, in UTF-8. Empty when the access list cannot be read, and on a server.
+// could be made: the account's name as users know it, in UTF-8. Empty when the access list cannot be read, on a server, and
+// for a path without a drive. A drive alone is its root.
 std::string WriterOfPath(const std::wstring& path);

@@ -105,7 +105,7 @@ Finding HeadRefused(const RefusedDocument& document) {
   return Invalid(
       1, std::string("A ") + NameOf(document.kind) +
              " has to begin with its XML declaration and then its document type declaration, each shorter than 512 "
-             "bytes, with no comment between them.");
+             "bytes, with no comment between them, and not in UTF-16.");
 }
 
 Finding NotValid(const RefusedDocument& document, const ParserComplaint& complaint) {

@@ -1,5 +1,9 @@
 #include "advice/ManifestFindings.h"
 
+#include "common/Windows.h"
+
+#include <shlwapi.h>
+
 #include <algorithm>
 #include <cstring>
 #include <initializer_list>
@@ -165,7 +169,8 @@ class Examination {
     const std::wstring profiles = surroundings.ProfilesFolder();
     if (command.GetDestinationKind() != FolderKind::Path || profiles.empty())
       return;
-    const std::wstring path = FullPath(WideFromAnsi(command.GetDestination()->GetPath()));
+    const std::wstring given = WideFromAnsi(command.GetDestination()->GetPath());
+    const std::wstring path = PathIsRelativeW(given.c_str()) ? given : FullPath(given);
     const std::wstring above = profiles + L"\\";
     if (InUpperCase(path.substr(0, above.size())) != InUpperCase(above))
       return;

@@ -72,11 +72,13 @@ class Reach {
   }
 
  private:
+  // Where the server's name begins, behind a user's.
   std::size_t Server() const {
     const std::size_t slashes = folder.find(L"//");
     const std::size_t start = slashes == std::wstring::npos ? 0 : slashes + 2;
-    const std::size_t at = folder.find(L'@', start);
-    return at == std::wstring::npos ? start : at + 1;
+    const std::size_t end = folder.find_first_of(L"/\\", start);
+    const std::size_t at = folder.substr(0, end).find_last_of(L'@');
+    return at == std::wstring::npos || at < start ? start : at + 1;
   }
 
   std::vector<std::wstring> Candidates() const {
@@ -174,8 +176,7 @@ class Examination {
   }
 
   void ExamineFolder(const Surroundings& surroundings) {
-    const bool isDrive = !reach.Folder().empty() && reach.Folder().back() == L':';
-    const std::string writer = surroundings.WriterOf(isDrive ? reach.Folder() + L"\\" : reach.Folder());
+    const std::string writer = surroundings.WriterOf(reach.Folder());
     if (!writer.empty())
       Add(kURLUserWritable, Quoted(writer) + " may write into " + reach.Shown() +
                                 ", and so bring any file here. Let only administrators and the system write there.");

@@ -56,7 +56,8 @@ INSTANTIATE_TEST_SUITE_P(
         EntryCase{"LocalWithoutSeparator", "C:\\Packages\\tool", "url-no-separator"},
         EntryCase{"BareName", "tools", "url-no-separator"}, EntryCase{"LocalFolder", "C:\\Packages\\", ""},
         EntryCase{"LocalWithSlashes", "file://C:/Packages/", ""},
-        EntryCase{"ServerAlone", "https://host/", "url-no-boundary"},
+        EntryCase{"ServerAlone", "https://host/", "url-no-boundary"}, EntryCase{"AtInTheFolder", "https://host/a@b/", ""},
+        EntryCase{"UserAndServer", "https://anna@host/", "url-no-boundary"},
         EntryCase{"ServerAndPort", "https://host:8080/", "url-no-boundary"},
         EntryCase{"PlainHttp", "http://host/apps/", "url-plain-http"},
         EntryCase{"PlainHttpInCapitals", "HTTP://host/apps/", "url-plain-http"},
@@ -162,6 +163,22 @@ TEST(PermitFindingsTest, FindingsAreInTheOrderOfTheLinesAndNameTheirEntries) {
   EXPECT_EQ("C:\\", findings[6].entry);
 }
 
+// Whatever stands in an entry, something can be said of it.
+TEST(PermitFindingsTest, StrangeEntriesAreNoTrouble) {
+  for (const std::string& text :
+       {std::string(32000, 'a'), std::string(32000, '/'), std::string(32000, '\\'),
+        "http://" + std::string(32000, '@') + "/", "C:" + std::string(16000, '.') + "\\", "C:\\" + std::string(32000, ' '),
+        std::string("http:@"), std::string("https://@/"), std::string("https:///"), std::string(":"), std::string("@"),
+        std::string("file://\\\\"), std::string("\\\\?\\C:\\"), std::string("ftp://host/a/")}) {
+    SCOPED_TRACE(text.substr(0, 40));
+    PermitFile permit;
+    permit.URL(text).Extension(text).Folder("Path", text).Folder("Temp", text);
+    permit.Write();
+    for (const Finding& finding : Found(permit, ThisMachinesSurroundings()))
+      EXPECT_NE("", finding.message);
+  }
+}
+
 // What a message says gets through does.
 struct StrangerCase {
   const char* name;
@@ -249,7 +266,7 @@ TEST(PermitFindingsTest, AFolderIsCoveredWhateverTheKinds) {
 
 TEST(PermitFindingsTest, ALocalSourceIsUnsafeWhereUsersMayWrite) {
   FakeSurroundings surroundings;
-  surroundings.writers = {{L"C:\\Open", "Users"}, {L"D:\\", "Everyone"}};
+  surroundings.writers = {{L"C:\\Open", "Users"}, {L"D:", "Everyone"}};
   PermitFile permit;
   permit.URL("C:\\Open\\")
       .URL("C:\\Closed\\")
@@ -360,10 +377,14 @@ TEST(PermitFindingsTest, TimeGrowsWithTheNumberOfEntries) {
 // A document that the module refuses, and what is said of it.
 struct InvalidCase {
   const char* name;
-  const char* bytes;
+  std::string bytes;
   int line;  // or -1 where the platform may not tell
   const char* says;
 };
+
+const std::string kWideDocument("\xFF\xFE<\0a\0/\0>\0", 10);
+const std::string kLongHead =
+    "<?xml version=\"1.0\"?>\n<!DOCTYPE VantorPermissions SYSTEM \"" + std::string(512, 'x') + "\"><VantorPermissions/>";
 
 class InvalidPermitTest : public testing::TestWithParam<InvalidCase> {};
 
