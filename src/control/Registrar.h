@@ -2,6 +2,8 @@
 
 #include "common/Windows.h"
 
+#include "common/RegistrarClass.h"
+
 // The registrar of the system's atl.dll, which carries out registration scripts. No header of the tool chain declares it;
 // the order of its methods is that of its interface.
 //
@@ -20,5 +22,4 @@ struct IRegistrar : public IUnknown {
   virtual HRESULT STDMETHODCALLTYPE ResourceUnregister(const wchar_t* file, UINT id, const wchar_t* type) = 0;
 };
 
-constexpr CLSID kRegistrarClass = {0x44EC053A, 0x400F, 0x11D0, {0x9D, 0xCD, 0x00, 0xA0, 0xC9, 0x03, 0x91, 0xD3}};
 constexpr IID kRegistrarInterface = {0x44EC053B, 0x400F, 0x11D0, {0x9D, 0xCD, 0x00, 0xA0, 0xC9, 0x03, 0x91, 0xD3}};

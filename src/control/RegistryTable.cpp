@@ -4,7 +4,7 @@
 
 #include "common/Handles.h"
 #include "common/SystemError.h"
-#include "control/identifiers.h"
+#include "common/identifiers.h"
 
 namespace {
 

@@ -24,6 +24,9 @@ class WebSource : public ByteSource {
 
   bool Read(void* buffer, DWORD size, DWORD& count) override;
 
+  // The answer, for what else the system knows of it; null before one came.
+  HINTERNET Answer() const { return connection.Get(); }
+
  private:
   void ReadAnnouncedBytes();
 
