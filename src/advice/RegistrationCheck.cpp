@@ -34,13 +34,12 @@ Key OpenView(HKEY root, const wchar_t* name, int bits) {
 
 // The text of a value, with the environment's variables in it replaced; empty when there is none.
 std::wstring ReadText(const Key& key, const wchar_t* subkey, const wchar_t* name) {
-  constexpr DWORD kTypes = RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ;
   DWORD bytes = 0;
-  if (RegGetValueW(key.Get(), subkey, name, kTypes, nullptr, nullptr, &bytes) != ERROR_SUCCESS)
+  if (RegGetValueW(key.Get(), subkey, name, RRF_RT_REG_SZ, nullptr, nullptr, &bytes) != ERROR_SUCCESS)
     return {};
   std::wstring text(bytes / sizeof(wchar_t) + 1, L'\0');
   bytes = static_cast<DWORD>(text.size() * sizeof(wchar_t));
-  if (RegGetValueW(key.Get(), subkey, name, kTypes, nullptr, text.data(), &bytes) != ERROR_SUCCESS)
+  if (RegGetValueW(key.Get(), subkey, name, RRF_RT_REG_SZ, nullptr, text.data(), &bytes) != ERROR_SUCCESS)
     return {};
   return text.c_str();
 }

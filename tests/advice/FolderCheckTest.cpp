@@ -1,0 +1,108 @@
+#include "advice/FolderCheck.h"
+
+#include <gtest/gtest.h>
+#include <shlobj.h>
+
+#include <cstring>
+
+#include "advice/DoctorExpectations.h"
+#include "support/Files.h"
+#include "support/ImportPatch.h"
+#include "support/LogCapture.h"
+#include "support/PermitFile.h"
+
+namespace {
+
+// A folder that takes the place of every special folder.
+auto SpecialFolder(const std::string& path) {
+  return [=](auto, HWND, int, HANDLE, DWORD, LPSTR buffer) -> HRESULT {
+    std::strcpy(buffer, path.c_str());
+    return S_OK;
+  };
+}
+
+TEST(LogFolderCheckTest, AFolderThatCanBeWrittenIsLeftAsItWas) {
+  const TemporaryFolder folder;
+  PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder(folder.Path()));
+  int files = 0;
+  PATCH_IMPORT(creates, CreateFileA, [&](auto original, auto... arguments) {
+    ++files;
+    return original(arguments...);
+  });
+  ExpectCheck("log-folder", DoctorStatus::Ok, folder.File("Vantor\\Logs\\Norvik'"), CheckLogFolder());
+  EXPECT_EQ(1, files);
+  EXPECT_EQ("", NamesIn(folder.File("Vantor\\Logs\\Norvik")));
+}
+
+TEST(LogFolderCheckTest, AFolderThatCannotBeWrittenFails) {
+  const TemporaryFolder folder;
+  PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder(folder.Path()));
+  PATCH_IMPORT(denied, CreateFileA, FailWith(INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED));
+  ExpectCheck("log-folder", DoctorStatus::Failed, "Norvik' cannot be written (0x80070005", CheckLogFolder());
+}
+
+TEST(LogFolderCheckTest, ADiskThatIsFullFails) {
+  const TemporaryFolder folder;
+  PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder(folder.Path()));
+  PATCH_IMPORT(full, WriteFile, FailWith(FALSE, ERROR_DISK_FULL));
+  ExpectCheck("log-folder", DoctorStatus::Failed, "cannot be written (0x80070070", CheckLogFolder());
+  EXPECT_EQ("", NamesIn(folder.File("Vantor\\Logs\\Norvik")));
+}
+
+TEST(LogFolderCheckTest, LogsInTheDrivesRootAreAWarning) {
+  const TemporaryFolder folder;
+  WriteWholeFile(folder.File("Vantor"), "in the way");
+  PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder(folder.Path()));
+  ExpectCheck("log-folder", DoctorStatus::Warning, "Logs go to 'C:\\'", CheckLogFolder());
+}
+
+TEST(FolderCheckTest, AFolderThatIsThereIsOk) {
+  const TemporaryFolder folder;
+  PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder(folder.Path()));
+  EXPECT_EQ("'" + folder.Path() + "'", CheckFolder(FolderKind::Personal).detail);
+  ExpectCheck("folder-Personal", DoctorStatus::Ok, "", CheckFolder(FolderKind::Personal));
+}
+
+TEST(FolderCheckTest, AFolderThatIsNotThereIsMadeLater) {
+  const TemporaryFolder folder;
+  PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder(folder.Path()));
+  ExpectCheck(
+      "folder-VantorUser", DoctorStatus::Ok, folder.File("Vantor', not there yet"), CheckFolder(FolderKind::VantorUser));
+  EXPECT_EQ("", NamesIn(folder.Path()));
+}
+
+TEST(FolderCheckTest, AFileInTheFoldersPlaceFails) {
+  const TemporaryFolder folder;
+  WriteWholeFile(folder.File("Vantor"), "");
+  PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder(folder.Path()));
+  ExpectCheck("folder-VantorUser", DoctorStatus::Failed, "is a file", CheckFolder(FolderKind::VantorUser));
+}
+
+TEST(FolderCheckTest, ANameThatTheCodePageLacksFails) {
+  PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder("C:\\users\\?????\\Documents"));
+  ExpectCheck(
+      "folder-Personal", DoctorStatus::Failed, "the code page of this machine lacks", CheckFolder(FolderKind::Personal));
+}
+
+TEST(FolderCheckTest, AFolderThatCannotBeFoundOutIsAWarning) {
+  const LogCapture log;
+  PATCH_IMPORT(none, SHGetFolderPathA, [](auto, auto...) -> HRESULT { return E_FAIL; });
+  ExpectCheck("folder-Personal", DoctorStatus::Warning,
+              "cannot be found out (0x80004005). A manifest's file for it goes to the", CheckFolder(FolderKind::Personal));
+  PATCH_IMPORT(noTemp, GetTempPathA, FailWith(DWORD{0}, ERROR_ACCESS_DENIED));
+  ExpectCheck("folder-Personal", DoctorStatus::Warning, "'C:\\' stands in for it", CheckFolder(FolderKind::Personal));
+  EXPECT_EQ("", log.Text());
+}
+
+TEST(FolderCheckTest, AllThirteenAreChecked) {
+  const PermitFile permit;
+  const DoctorChecks checks = CheckFolders();
+  EXPECT_EQ(13u, checks.size());
+  ExpectCheck("folder-Path", DoctorStatus::Ok, permit.ModuleFolder(), CheckNamed("folder-Path", checks));
+  for (const char* const name :
+       {"Cookie", "InternetCache", "Temp", "VantorUser", "Personal", "Documents", "LocalApplicationData", "LocalVantorData",
+        "CommonApplicationData", "CommonVantorData", "ApplicationData", "VantorData"})
+    EXPECT_EQ(DoctorStatus::Ok, CheckNamed(std::string("folder-") + name, checks).status) << name;
+}
+
+}  // namespace

@@ -1,0 +1,282 @@
+#include "advice/RegistrationCheck.h"
+
+#include <gtest/gtest.h>
+
+#include "advice/DoctorExpectations.h"
+#include "advice/Words.h"
+#include "common/identifiers.h"
+#include "host/InstalledModule.h"
+#include "host/RegistryKeys.h"
+#include "support/HResult.h"
+
+namespace {
+
+constexpr int kBits = static_cast<int>(sizeof(void*)) * 8;
+constexpr int kOtherBits = 96 - kBits;
+constexpr char kUserClasses[] = "Software\\Classes\\CLSID";
+constexpr char kKilledControls[] = "SOFTWARE\\Microsoft\\Internet Explorer\\ActiveX Compatibility";
+
+std::string Named(const std::string& name, int bits) {
+  return name + "-" + std::to_string(bits);
+}
+
+// A key of the control in one view of the registry, taken away with the object.
+class ViewKey {
+ public:
+  ViewKey(HKEY root, const char* parentName, int bits) {
+    const REGSAM view = bits == 64 ? KEY_WOW64_64KEY : KEY_WOW64_32KEY;
+    EXPECT_EQ(
+        ERROR_SUCCESS, RegCreateKeyExA(root, parentName, 0, nullptr, 0, KEY_ALL_ACCESS | view, nullptr, &parent, nullptr));
+    RegDeleteTreeA(parent, NORVIK_CLASS_ID);
+    Create("");
+  }
+  ~ViewKey() {
+    RegDeleteTreeA(parent, NORVIK_CLASS_ID);
+    RegCloseKey(parent);
+  }
+  ViewKey(const ViewKey&) = delete;
+  ViewKey& operator=(const ViewKey&) = delete;
+
+  void SetText(const char* subkey, const char* name, const std::string& text, DWORD type = REG_SZ) {
+    const HKEY key = Create(subkey);
+    EXPECT_EQ(ERROR_SUCCESS, RegSetValueExA(key, name, 0, type, reinterpret_cast<const BYTE*>(text.c_str()),
+                                            static_cast<DWORD>(text.size()) + 1));
+    RegCloseKey(key);
+  }
+
+  void SetNumber(const char* name, DWORD number) {
+    const HKEY key = Create("");
+    EXPECT_EQ(
+        ERROR_SUCCESS, RegSetValueExA(key, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof(number)));
+    RegCloseKey(key);
+  }
+
+ private:
+  HKEY Create(const std::string& subkey) {
+    HKEY key = nullptr;
+    const std::string name = subkey.empty() ? NORVIK_CLASS_ID : std::string(NORVIK_CLASS_ID "\\") + subkey;
+    EXPECT_EQ(ERROR_SUCCESS, RegCreateKeyExA(parent, name.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr));
+    return key;
+  }
+
+  HKEY parent = nullptr;
+};
+
+RegisteredView ViewOf(const Registration& registration, int bits) {
+  for (const RegisteredView& view : registration.views) {
+    if (view.bits == bits)
+      return view;
+  }
+  ADD_FAILURE() << "there is no view of " << bits << " bit";
+  return {};
+}
+
+class RegistryTest : public testing::Test {
+ protected:
+  ModuleEntriesAside aside;
+};
+
+TEST_F(RegistryTest, WithoutEntriesNothingIsRegistered) {
+  const Registration registration = ReadRegistration();
+  EXPECT_FALSE(registration.views.empty());
+  EXPECT_EQ(kBits == 64 ? 2u : registration.views.size(), registration.views.size());
+  for (const RegisteredView& view : registration.views) {
+    EXPECT_FALSE(view.isRegistered);
+    EXPECT_EQ(L"", view.server);
+    EXPECT_FALSE(view.isKilled);
+  }
+  EXPECT_EQ(L"", registration.libraryPath);
+}
+
+TEST_F(RegistryTest, TheModulesOwnRegistrationIsSeenInItsWidth) {
+  const InstalledModule installed;
+  const LoadedModule module(installed.Path());
+  ASSERT_HRESULT(S_OK, module.RegisterServer());
+  const Registration registration = ReadRegistration();
+  const RegisteredView view = ViewOf(registration, kBits);
+  EXPECT_TRUE(view.isRegistered);
+  EXPECT_FALSE(view.isForUserOnly);
+  EXPECT_EQ(Wide(installed.Path()), view.server);
+  EXPECT_EQ(L"Apartment", view.threadingModel);
+  EXPECT_EQ(Wide(installed.Path()), registration.libraryPath);
+  for (const DoctorCheck& check : CheckRegistration(registration, ReadModuleFile(Wide(installed.Path()))))
+    EXPECT_TRUE(check.status == DoctorStatus::Ok || check.status == DoctorStatus::Skipped) << check.name << check.detail;
+}
+
+// The views are kept apart: an entry of one is none of the other.
+TEST_F(RegistryTest, EachViewHasItsOwnEntries) {
+  const int widths = static_cast<int>(ReadRegistration().views.size());
+  for (const int bits : {64, 32}) {
+    if (widths == 1 && bits == 64)
+      continue;
+    ViewKey key(HKEY_LOCAL_MACHINE, kUserClasses, bits);
+    key.SetText("InprocServer32", "", "C:\\" + std::to_string(bits) + ".dll");
+    key.SetText("InprocServer32", "ThreadingModel", "Both");
+    const Registration registration = ReadRegistration();
+    EXPECT_EQ(L"C:\\" + std::to_wstring(bits) + L".dll", ViewOf(registration, bits).server);
+    EXPECT_EQ(L"Both", ViewOf(registration, bits).threadingModel);
+    EXPECT_FALSE(widths == 2 && ViewOf(registration, 96 - bits).isRegistered) << bits;
+  }
+}
+
+TEST_F(RegistryTest, TheUsersOwnEntryStandsBeforeTheMachines) {
+  ViewKey machine(HKEY_LOCAL_MACHINE, kUserClasses, kBits), user(HKEY_CURRENT_USER, kUserClasses, kBits);
+  machine.SetText("InprocServer32", "", "C:\\machine.dll");
+  user.SetText("InprocServer32", "", "C:\\user.dll");
+  EXPECT_EQ(L"C:\\user.dll", ViewOf(ReadRegistration(), kBits).server);
+  EXPECT_TRUE(ViewOf(ReadRegistration(), kBits).isForUserOnly);
+}
+
+TEST_F(RegistryTest, VariablesInAPathAreReplaced) {
+  ViewKey key(HKEY_CURRENT_USER, kUserClasses, kBits);
+  key.SetText("InprocServer32", "", "%SystemDrive%\\norvik.dll", REG_EXPAND_SZ);
+  char drive[MAX_PATH] = "";
+  GetEnvironmentVariableA("SystemDrive", drive, MAX_PATH);
+  EXPECT_EQ(Wide(drive) + L"\\norvik.dll", ViewOf(ReadRegistration(), kBits).server);
+}
+
+TEST_F(RegistryTest, TheKillBitIsOneOfTheFlags) {
+  ViewKey key(HKEY_LOCAL_MACHINE, kKilledControls, kBits);
+  EXPECT_FALSE(ViewOf(ReadRegistration(), kBits).isKilled);
+  key.SetNumber("Compatibility Flags", 0xFFFFFBFF);
+  EXPECT_FALSE(ViewOf(ReadRegistration(), kBits).isKilled);
+  key.SetNumber("Compatibility Flags", 0x400);
+  EXPECT_TRUE(ViewOf(ReadRegistration(), kBits).isKilled);
+}
+
+class RegistrationCheckTest : public testing::Test {
+ protected:
+  RegistrationCheckTest() : module(ReadModuleFile(Wide(installed.Path()))), other(folder.File("other.dll")) {
+    std::string bytes = ReadWholeFile(installed.Path());
+    const WORD machine = kOtherBits == 64 ? IMAGE_FILE_MACHINE_AMD64 : IMAGE_FILE_MACHINE_I386;
+    bytes.replace(static_cast<unsigned char>(bytes[0x3C]) + std::size_t{4}, 2, reinterpret_cast<const char*>(&machine), 2);
+    WriteWholeFile(other, bytes);
+    registration.views = {Registered(kBits, installed.Path()), Registered(kOtherBits, other)};
+    registration.libraryPath = Wide(installed.Path());
+  }
+
+  static RegisteredView Registered(int bits, const std::string& server) {
+    RegisteredView view;
+    view.bits = bits;
+    view.isRegistered = true;
+    view.server = Wide(server);
+    view.threadingModel = L"Apartment";
+    return view;
+  }
+
+  static RegisteredView NotRegistered(int bits) {
+    RegisteredView view;
+    view.bits = bits;
+    return view;
+  }
+
+  RegisteredView& Own() { return registration.views[0]; }
+  RegisteredView& Other() { return registration.views[1]; }
+
+  void Expect(const std::string& name, DoctorStatus status, const std::string& part) const {
+    ExpectCheck(name, status, part, CheckNamed(name, CheckRegistration(registration, module)));
+  }
+  void ExpectOwn(DoctorStatus status, const std::string& part) const { Expect(Named("registered", kBits), status, part); }
+  void ExpectOther(DoctorStatus status, const std::string& part) const {
+    Expect(Named("registered", kOtherBits), status, part);
+  }
+
+  InstalledModule installed;
+  TemporaryFolder folder;
+  ModuleFile module;
+  std::string other;
+  Registration registration;
+};
+
+TEST_F(RegistrationCheckTest, AllIsWell) {
+  ExpectOwn(DoctorStatus::Ok, "norvik.dll' is registered for " + std::to_string(kBits) + "-bit programs.");
+  ExpectOther(DoctorStatus::Ok, "other.dll' is registered for " + std::to_string(kOtherBits) + "-bit programs.");
+  Expect("threading-model", DoctorStatus::Ok, "Apartment.");
+  Expect("type-library", DoctorStatus::Ok, "norvik.dll' is registered.");
+  Expect("kill-bit", DoctorStatus::Ok, "not set");
+}
+
+TEST_F(RegistrationCheckTest, TheModulesWidthMustBeRegisteredAndTheOtherNeedNot) {
+  registration.views = {NotRegistered(kBits), NotRegistered(kOtherBits)};
+  ExpectOwn(DoctorStatus::Failed, "is not registered for " + std::to_string(kBits) + "-bit programs. Run regsvr32");
+  ExpectOther(DoctorStatus::Skipped, "No module is registered for " + std::to_string(kOtherBits) + "-bit programs.");
+  Expect("threading-model", DoctorStatus::Skipped, "not registered");
+  Expect("type-library", DoctorStatus::Skipped, "not registered");
+  Expect("kill-bit", DoctorStatus::Ok, "not set");
+}
+
+TEST_F(RegistrationCheckTest, WithoutAModuleTheProgramsWidthCounts) {
+  registration.views = {NotRegistered(kBits), NotRegistered(kOtherBits)};
+  module = ReadModuleFile(Wide(folder.File("none.dll")));
+  ExpectOwn(DoctorStatus::Failed, "is not registered");
+  ExpectOther(DoctorStatus::Skipped, "No module");
+}
+
+TEST_F(RegistrationCheckTest, ARegistrationWithoutAPathFails) {
+  Own().server.clear();
+  ExpectOwn(DoctorStatus::Failed, "without the path of a module");
+  Other().server.clear();
+  ExpectOther(DoctorStatus::Failed, "without the path of a module");
+}
+
+TEST_F(RegistrationCheckTest, APathThatIsNotFullFails) {
+  Own().server = L"norvik.dll";
+  ExpectOwn(DoctorStatus::Failed, "'norvik.dll' is registered, which is no full path");
+}
+
+TEST_F(RegistrationCheckTest, AModuleThatIsGoneFails) {
+  Own().server = Other().server = Wide(folder.File("gone.dll"));
+  ExpectOwn(DoctorStatus::Failed, "cannot be loaded. '" + folder.File("gone.dll") + "' cannot be read");
+  ExpectOther(DoctorStatus::Failed, "cannot be loaded.");
+}
+
+TEST_F(RegistrationCheckTest, AModuleOfTheWrongWidthFails) {
+  Own().server = Wide(other);
+  ExpectOwn(DoctorStatus::Failed, "which is not a " + std::to_string(kBits) + "-bit module");
+  Other().server = Wide(installed.Path());
+  ExpectOther(DoctorStatus::Failed, "which is not a " + std::to_string(kOtherBits) + "-bit module");
+}
+
+TEST_F(RegistrationCheckTest, AnotherModuleOfTheSameWidthFails) {
+  const InstalledModule second("second");
+  Own().server = Wide(second.Path());
+  ExpectOwn(DoctorStatus::Failed, "not the module that is examined here");
+  Own().server = Wide(installed.Folder() + "\\.\\NORVIK.dll");
+  ExpectOwn(DoctorStatus::Ok, "is registered");
+}
+
+TEST_F(RegistrationCheckTest, ARegistrationOfTheUserIsAWarning) {
+  Own().isForUserOnly = Other().isForUserOnly = true;
+  ExpectOwn(DoctorStatus::Warning, "of this user only");
+  ExpectOther(DoctorStatus::Warning, "of this user only");
+}
+
+TEST_F(RegistrationCheckTest, TheThreadingModelIsApartmentInEveryView) {
+  Own().threadingModel = L"apartment";
+  Expect("threading-model", DoctorStatus::Ok, "Apartment.");
+  Own().threadingModel = L"Both";
+  Other().threadingModel = L"";
+  Expect("threading-model", DoctorStatus::Failed,
+         "It is 'Both' for " + std::to_string(kBits) + "-bit programs and '' for " + std::to_string(kOtherBits) +
+             "-bit programs");
+  Own().threadingModel = L"Apartment";
+  Other() = NotRegistered(kOtherBits);
+  Expect("threading-model", DoctorStatus::Ok, "Apartment.");
+}
+
+TEST_F(RegistrationCheckTest, ATypeLibraryThatIsMissingOrAnotherIsAWarning) {
+  registration.libraryPath = Wide(other);
+  Expect("type-library", DoctorStatus::Warning, "other.dll' is registered, not the module");
+  registration.libraryPath.clear();
+  Expect("type-library", DoctorStatus::Warning, "It is not registered.");
+}
+
+TEST_F(RegistrationCheckTest, AKillBitFails) {
+  Other().isKilled = true;
+  Expect("kill-bit", DoctorStatus::Failed, "It is set for " + std::to_string(kOtherBits) + "-bit hosts");
+  Own().isKilled = true;
+  Expect("kill-bit", DoctorStatus::Failed,
+         "It is set for " + std::to_string(kBits) + "-bit and " + std::to_string(kOtherBits) + "-bit hosts");
+}
+
+}  // namespace
