@@ -26,9 +26,9 @@ bool ReadRecord(const std::string& bytes, std::size_t offset, Record& record) {
 }
 
 int BitsOf(const std::string& bytes) {
-  IMAGE_DOS_HEADER start;
+  IMAGE_DOS_HEADER start = {};
   DWORD signature = 0;
-  IMAGE_FILE_HEADER header;
+  IMAGE_FILE_HEADER header = {};
   if (!ReadRecord(bytes, 0, start) || start.e_magic != IMAGE_DOS_SIGNATURE || start.e_lfanew < 0)
     return 0;
   const auto offset = static_cast<std::size_t>(start.e_lfanew);
@@ -143,9 +143,11 @@ ModuleFile ThisProgram() {
 }
 
 bool IsSameFile(const std::wstring& path, const std::wstring& otherPath) {
-  const FileHandle one = OpenToCompare(path), other = OpenToCompare(otherPath);
-  BY_HANDLE_FILE_INFORMATION first, second;
-  return one && other && GetFileInformationByHandle(one.Get(), &first) && GetFileInformationByHandle(other.Get(), &second) &&
+  const FileHandle one = OpenToCompare(path);
+  const FileHandle other = OpenToCompare(otherPath);  // both are open while they are compared: numbers are used again
+  BY_HANDLE_FILE_INFORMATION first = {};
+  BY_HANDLE_FILE_INFORMATION second = {};
+  return GetFileInformationByHandle(one.Get(), &first) && GetFileInformationByHandle(other.Get(), &second) &&
          first.dwVolumeSerialNumber == second.dwVolumeSerialNumber && first.nFileIndexHigh == second.nFileIndexHigh &&
          first.nFileIndexLow == second.nFileIndexLow;
 }

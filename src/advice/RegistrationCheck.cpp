@@ -3,6 +3,7 @@
 #include <shlwapi.h>
 
 #include <algorithm>
+#include <cwchar>
 
 #include "advice/Words.h"
 #include "common/Handles.h"
@@ -12,6 +13,7 @@
 namespace {
 
 constexpr wchar_t kClassKey[] = L"Software\\Classes\\CLSID\\" NORVIK_CLASS_ID;
+constexpr wchar_t kServerKey[] = L"Software\\Classes\\CLSID\\" NORVIK_CLASS_ID L"\\InprocServer32";
 constexpr wchar_t kKillKey[] = L"SOFTWARE\\Microsoft\\Internet Explorer\\ActiveX Compatibility\\" NORVIK_CLASS_ID;
 constexpr DWORD kKillBit = 0x400;
 constexpr wchar_t kThreadingModel[] = L"Apartment";
@@ -33,34 +35,37 @@ Key OpenView(HKEY root, const wchar_t* name, int bits) {
 }
 
 // The text of a value, with the environment's variables in it replaced; empty when there is none.
-std::wstring ReadText(const Key& key, const wchar_t* subkey, const wchar_t* name) {
+std::wstring ReadText(const Key& key, const wchar_t* name) {
   DWORD bytes = 0;
-  if (RegGetValueW(key.Get(), subkey, name, RRF_RT_REG_SZ, nullptr, nullptr, &bytes) != ERROR_SUCCESS)
+  if (RegGetValueW(key.Get(), nullptr, name, RRF_RT_REG_SZ, nullptr, nullptr, &bytes) != ERROR_SUCCESS)
     return {};
   std::wstring text(bytes / sizeof(wchar_t) + 1, L'\0');
   bytes = static_cast<DWORD>(text.size() * sizeof(wchar_t));
-  if (RegGetValueW(key.Get(), subkey, name, RRF_RT_REG_SZ, nullptr, text.data(), &bytes) != ERROR_SUCCESS)
+  if (RegGetValueW(key.Get(), nullptr, name, RRF_RT_REG_SZ, nullptr, text.data(), &bytes) != ERROR_SUCCESS)
     return {};
-  return text.c_str();
+  text.resize(std::wcslen(text.c_str()));
+  return text;
 }
 
 DWORD ReadNumber(const Key& key, const wchar_t* name) {
-  DWORD number = 0, bytes = sizeof(number);
+  DWORD number = 0;
+  DWORD bytes = sizeof(number);
   const LONG error = RegGetValueW(key.Get(), nullptr, name, RRF_RT_REG_DWORD, nullptr, &number, &bytes);
   return error == ERROR_SUCCESS ? number : 0;
 }
 
-// The user's own entries stand before those of the machine.
+// The user's own keys stand before those of the machine.
 void ReadClass(RegisteredView& view) {
-  Key key = OpenView(HKEY_CURRENT_USER, kClassKey, view.bits);
-  view.isForUserOnly = static_cast<bool>(key);
-  if (!key)
-    key = OpenView(HKEY_LOCAL_MACHINE, kClassKey, view.bits);
-  if (!key)
+  view.isRegistered =
+      OpenView(HKEY_CURRENT_USER, kClassKey, view.bits) || OpenView(HKEY_LOCAL_MACHINE, kClassKey, view.bits);
+  Key server = OpenView(HKEY_CURRENT_USER, kServerKey, view.bits);
+  view.isForUserOnly = static_cast<bool>(server);
+  if (!server)
+    server = OpenView(HKEY_LOCAL_MACHINE, kServerKey, view.bits);
+  if (!server)
     return;
-  view.isRegistered = true;
-  view.server = ReadText(key, L"InprocServer32", nullptr);
-  view.threadingModel = ReadText(key, L"InprocServer32", L"ThreadingModel");
+  view.server = ReadText(server, nullptr);
+  view.threadingModel = ReadText(server, L"ThreadingModel");
 }
 
 RegisteredView ReadView(int bits) {

@@ -97,8 +97,9 @@ bool ReadConnectionSettings(ProxySettings& settings) {
     return false;
   const DWORD flags = options[0].Value.dwValue;
   settings.isSoughtAutomatically = (flags & PROXY_TYPE_AUTO_DETECT) != 0;
-  const std::wstring script = TakeText(options[1].Value.pszValue), servers = TakeText(options[2].Value.pszValue),
-                     bypass = TakeText(options[3].Value.pszValue);
+  const std::wstring script = TakeText(options[1].Value.pszValue);
+  const std::wstring servers = TakeText(options[2].Value.pszValue);
+  const std::wstring bypass = TakeText(options[3].Value.pszValue);
   if (flags & PROXY_TYPE_AUTO_PROXY_URL)
     settings.script = script;
   if (flags & PROXY_TYPE_PROXY) {

@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kBits = static_cast<int>(sizeof(void*)) * 8;
 constexpr int kOtherBits = 96 - kBits;
-constexpr char kUserClasses[] = "Software\\Classes\\CLSID";
+constexpr char kClasses[] = "Software\\Classes\\CLSID";
 constexpr char kKilledControls[] = "SOFTWARE\\Microsoft\\Internet Explorer\\ActiveX Compatibility";
 
 std::string Named(const std::string& name, int bits) {
@@ -109,7 +109,7 @@ TEST_F(RegistryTest, EachViewHasItsOwnEntries) {
   for (const int bits : {64, 32}) {
     if (widths == 1 && bits == 64)
       continue;
-    ViewKey key(HKEY_LOCAL_MACHINE, kUserClasses, bits);
+    ViewKey key(HKEY_LOCAL_MACHINE, kClasses, bits);
     key.SetText("InprocServer32", "", "C:\\" + std::to_string(bits) + ".dll");
     key.SetText("InprocServer32", "ThreadingModel", "Both");
     const Registration registration = ReadRegistration();
@@ -120,15 +120,25 @@ TEST_F(RegistryTest, EachViewHasItsOwnEntries) {
 }
 
 TEST_F(RegistryTest, TheUsersOwnEntryStandsBeforeTheMachines) {
-  ViewKey machine(HKEY_LOCAL_MACHINE, kUserClasses, kBits), user(HKEY_CURRENT_USER, kUserClasses, kBits);
+  ViewKey machine(HKEY_LOCAL_MACHINE, kClasses, kBits), user(HKEY_CURRENT_USER, kClasses, kBits);
   machine.SetText("InprocServer32", "", "C:\\machine.dll");
   user.SetText("InprocServer32", "", "C:\\user.dll");
   EXPECT_EQ(L"C:\\user.dll", ViewOf(ReadRegistration(), kBits).server);
   EXPECT_TRUE(ViewOf(ReadRegistration(), kBits).isForUserOnly);
 }
 
+// A class of the user without a server of its own, such as a user's choice of an icon, hides nothing.
+TEST_F(RegistryTest, TheUsersOwnClassWithoutAServerHidesNoServer) {
+  ViewKey machine(HKEY_LOCAL_MACHINE, kClasses, kBits), user(HKEY_CURRENT_USER, kClasses, kBits);
+  EXPECT_TRUE(ViewOf(ReadRegistration(), kBits).isRegistered);
+  EXPECT_EQ(L"", ViewOf(ReadRegistration(), kBits).server);
+  machine.SetText("InprocServer32", "", "C:\\machine.dll");
+  EXPECT_EQ(L"C:\\machine.dll", ViewOf(ReadRegistration(), kBits).server);
+  EXPECT_FALSE(ViewOf(ReadRegistration(), kBits).isForUserOnly);
+}
+
 TEST_F(RegistryTest, VariablesInAPathAreReplaced) {
-  ViewKey key(HKEY_CURRENT_USER, kUserClasses, kBits);
+  ViewKey key(HKEY_CURRENT_USER, kClasses, kBits);
   key.SetText("InprocServer32", "", "%SystemDrive%\\norvik.dll", REG_EXPAND_SZ);
   char drive[MAX_PATH] = "";
   GetEnvironmentVariableA("SystemDrive", drive, MAX_PATH);

@@ -164,10 +164,61 @@ INSTANTIATE_TEST_SUITE_P(Lists, ProxyCredentialsTest,
                                          Proxies{"OddPassword", L"u:p@q=r@proxy", "proxy"}),
                          [](const auto& row) { return std::string(row.param.name); });
 
-TEST(ProxyCheckTest, TheSystemsSettingsAreRead) {
-  const ProxySettings settings = ReadProxySettings();
-  EXPECT_TRUE(settings.isKnown);
-  EXPECT_EQ(L"", settings.servers);
+wchar_t* GlobalCopy(const std::wstring& text) {
+  auto* const copy = static_cast<wchar_t*>(GlobalAlloc(GPTR, (text.size() + 1) * sizeof(wchar_t)));
+  return lstrcpyW(copy, text.c_str());
+}
+
+// A user's settings, all of them filled in; the flags tell which count.
+auto UserSettings(DWORD flags) {
+  return [=](auto, HINTERNET session, DWORD option, LPVOID buffer, LPDWORD) -> BOOL {
+    EXPECT_EQ(nullptr, session);
+    EXPECT_EQ(DWORD{INTERNET_OPTION_PER_CONNECTION_OPTION}, option);
+    const auto& list = *static_cast<const INTERNET_PER_CONN_OPTION_LISTW*>(buffer);
+    for (DWORD i = 0; i < list.dwOptionCount; ++i) {
+      INTERNET_PER_CONN_OPTIONW& asked = list.pOptions[i];
+      if (asked.dwOption == INTERNET_PER_CONN_FLAGS)
+        asked.Value.dwValue = flags;
+      else if (asked.dwOption == INTERNET_PER_CONN_AUTOCONFIG_URL)
+        asked.Value.pszValue = GlobalCopy(L"http://host/wpad.dat");
+      else if (asked.dwOption == INTERNET_PER_CONN_PROXY_SERVER)
+        asked.Value.pszValue = GlobalCopy(L"proxy:80");
+      else if (asked.dwOption == INTERNET_PER_CONN_PROXY_BYPASS)
+        asked.Value.pszValue = GlobalCopy(L"<local>");
+    }
+    return TRUE;
+  };
+}
+
+std::string ProxyDetail(DWORD flags) {
+  PATCH_IMPORT(settings, InternetQueryOptionW, UserSettings(flags));
+  return CheckProxy(ReadProxySettings()).detail;
+}
+
+TEST(ProxyCheckTest, OnlyWhatIsSwitchedOnCounts) {
+  EXPECT_EQ("Servers are asked directly.", ProxyDetail(PROXY_TYPE_DIRECT));
+  EXPECT_EQ("The proxy is sought automatically.", ProxyDetail(PROXY_TYPE_DIRECT | PROXY_TYPE_AUTO_DETECT));
+  EXPECT_EQ("The script 'http://host/wpad.dat' chooses it.", ProxyDetail(PROXY_TYPE_AUTO_PROXY_URL));
+  EXPECT_EQ("The proxy is 'proxy:80'. It is not used for '<local>'.", ProxyDetail(PROXY_TYPE_DIRECT | PROXY_TYPE_PROXY));
+}
+
+TEST(ProxyCheckTest, AnOlderSystemKnowsTheProcesssProxy) {
+  PATCH_IMPORT(newer, InternetQueryOptionW, FailWith(FALSE, ERROR_INTERNET_INVALID_OPTION));
+  PATCH_IMPORT(older, InternetQueryOptionA, [](auto, HINTERNET, DWORD, LPVOID buffer, LPDWORD size) -> BOOL {
+    const DWORD room = buffer ? *size : 0;
+    *size = sizeof(INTERNET_PROXY_INFO) + 32;
+    if (room < *size) {
+      SetLastError(ERROR_INSUFFICIENT_BUFFER);
+      return FALSE;
+    }
+    *static_cast<INTERNET_PROXY_INFO*>(buffer) = {INTERNET_OPEN_TYPE_PROXY, "proxy:80", "host"};
+    return TRUE;
+  });
+  EXPECT_EQ("The proxy is 'proxy:80'. It is not used for 'host'.", CheckProxy(ReadProxySettings()).detail);
+}
+
+TEST(ProxyCheckTest, TheSystemTellsItsSettings) {
+  EXPECT_TRUE(ReadProxySettings().isKnown);
 }
 
 TEST(ProxyCheckTest, SettingsThatTheSystemDoesNotTellAreUnknown) {
