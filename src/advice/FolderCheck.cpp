@@ -41,6 +41,8 @@ bool HasLostCharacters(const std::string& path) {
 
 DoctorCheck CheckPath(const std::string& name, const std::string& path) {
   const DWORD attributes = GetFileAttributesA(path.c_str());
+  if (path.empty())
+    return {name, DoctorStatus::Warning, "The module's folder is not known."};
   if (HasLostCharacters(path)) {
     return {name, DoctorStatus::Failed,
             Quoted(path) +

@@ -63,7 +63,7 @@ DoctorCheck SoundnessOf(const Findings& findings) {
 DoctorCheck SafetyOf(const Findings& findings) {
   const Finding* const worst = WorstOf(findings);
   if (!worst)
-    return {kSafe, DoctorStatus::Ok, "Only administrators and the system may write it, its folder and the module."};
+    return {kSafe, DoctorStatus::Ok, "Only administrators and the system may write the file, its folder and the module."};
   return {kSafe, StatusOf(*worst), worst->message};
 }
 

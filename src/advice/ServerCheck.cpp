@@ -7,6 +7,7 @@
 
 #include "advice/KeptLog.h"
 #include "advice/Words.h"
+#include "common/Handles.h"
 #include "common/SystemError.h"
 #include "transfer/SourceURL.h"
 #include "transfer/WebSource.h"
@@ -78,10 +79,16 @@ std::string ShownProxies(const std::wstring& servers) {
   return shown;
 }
 
-std::wstring TakeText(wchar_t* text) {
-  const std::wstring copy = text ? text : L"";
-  GlobalFree(text);
-  return copy;
+struct GlobalTextTraits {
+  using Handle = wchar_t*;
+  static Handle Invalid() { return nullptr; }
+  static bool Close(Handle text) { return GlobalFree(text) == nullptr; }
+};
+using GlobalText = UniqueHandle<GlobalTextTraits>;
+
+std::wstring TakeText(const INTERNET_PER_CONN_OPTIONW& option) {
+  const GlobalText text(option.Value.pszValue);
+  return text ? text.Get() : std::wstring();
 }
 
 // The settings of the user, not of a session.
@@ -97,9 +104,9 @@ bool ReadConnectionSettings(ProxySettings& settings) {
     return false;
   const DWORD flags = options[0].Value.dwValue;
   settings.isSoughtAutomatically = (flags & PROXY_TYPE_AUTO_DETECT) != 0;
-  const std::wstring script = TakeText(options[1].Value.pszValue);
-  const std::wstring servers = TakeText(options[2].Value.pszValue);
-  const std::wstring bypass = TakeText(options[3].Value.pszValue);
+  const std::wstring script = TakeText(options[1]);
+  const std::wstring servers = TakeText(options[2]);
+  const std::wstring bypass = TakeText(options[3]);
   if (flags & PROXY_TYPE_AUTO_PROXY_URL)
     settings.script = script;
   if (flags & PROXY_TYPE_PROXY) {

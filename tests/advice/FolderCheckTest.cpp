@@ -94,6 +94,10 @@ TEST(FolderCheckTest, AFolderThatCannotBeFoundOutIsAWarning) {
   EXPECT_EQ("", log.Text());
 }
 
+TEST(FolderCheckTest, WithoutAModuleThereIsNoFolderOfIts) {
+  ExpectCheck("folder-Path", DoctorStatus::Warning, "The module's folder is not known.", CheckFolder(FolderKind::Path));
+}
+
 TEST(FolderCheckTest, AllThirteenAreChecked) {
   const PermitFile permit;
   const DoctorChecks checks = CheckFolders();
