@@ -14,9 +14,10 @@ struct DoctorOptions {
   PermitExaminer findingsOf;
 };
 
-// Looks whether this machine is ready for the module, for the user who asks. The thread is in an apartment of COM. Nothing
-// is changed: the log folder is created where it is missing, as a run would do, and a file is made in it and taken away.
-// Nothing leaves the machine but one request for the URL.
+// Looks whether this machine is ready for the module, for the user who asks. The thread is in an apartment of COM.
+//
+// It leaves what every control leaves: the log folder, and a copy of the permission file in the Internet cache. A file is
+// made in the log folder and taken away. Nothing leaves the machine but one request for the URL.
 DoctorChecks Examine(const DoctorOptions& options);
 
 // Whether no check has failed.

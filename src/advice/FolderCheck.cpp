@@ -62,7 +62,7 @@ DoctorCheck CheckLogFolder() {
   const HRESULT hr = TryToWrite(folder);
   if (FAILED(hr)) {
     return {kLogFolder, DoctorStatus::Failed,
-            Quoted(folder) + " cannot be written (" + HexCode(hr) + ", " + SystemText(hr) + "): runs leave no log."};
+            Quoted(folder) + " cannot be written (" + CodeAndText(hr) + "): runs leave no log."};
   }
   if (PathIsRootA(folder.c_str())) {
     return {kLogFolder, DoctorStatus::Warning,
@@ -78,7 +78,7 @@ DoctorCheck CheckFolder(FolderKind kind) {
   const CDestinationFolder folder(kind, &hr);
   if (FAILED(hr)) {
     return {name, DoctorStatus::Warning,
-            "It cannot be found out (" + HexCode(hr) +
+            "It cannot be found out (" + CodeAndText(hr) +
                 "). A manifest's file for it goes to the Internet cache, if that is permitted."};
   }
   if (hr == S_FALSE)

@@ -11,8 +11,11 @@ constexpr char kValid[] = "permit-valid";
 constexpr char kSound[] = "permit-sound";
 constexpr char kSafe[] = "permit-safe";
 
+// The finding that others than administrators and the system may write the file, its folder or the module.
+constexpr char kWritableByOthers[] = "file-writable";
+
 bool IsAboutSafety(const Finding& finding) {
-  return finding.code == kFileWritable;
+  return finding.code == kWritableByOthers;
 }
 
 DoctorCheck ValidityOf(const PermitDocument& permit) {

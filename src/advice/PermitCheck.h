@@ -12,8 +12,6 @@
 // What there is to say about a permission file, usable or not.
 using PermitExaminer = std::function<Findings(const PermitDocument&)>;
 
-// The finding that somebody besides administrators and the system may write the file, its folder or the module.
-constexpr char kFileWritable[] = "file-writable";
-
-// Whether the permission file is there and valid, sound, and safe from users. Without `findingsOf` the last two are skipped.
+// Whether the permission file is there and valid, sound (all findings but "file-writable"), and safe from users (that
+// finding). Without `findingsOf` the last two are skipped.
 DoctorChecks CheckPermit(const std::wstring& path, const PermitExaminer& findingsOf);

@@ -11,22 +11,13 @@
 
 using Microsoft::WRL::ComPtr;
 
-namespace {
-
-std::string Reason(HRESULT hr) {
-  const std::string text = SystemText(hr);
-  return text.empty() ? HexCode(hr) : HexCode(hr) + ", " + text;
-}
-
-}  // namespace
-
 DoctorCheck CheckParser() {
   const KeptLog quiet;
   ComPtr<IXMLDOMDocument2> document;
   const HRESULT hr = CreateXMLDocument(&document);
   if (FAILED(hr)) {
     return {"xml-parser", DoctorStatus::Failed,
-            "The system's XML parser cannot be had (" + Reason(hr) + "). Every run is refused without it."};
+            "The system's XML parser cannot be had (" + CodeAndText(hr) + "). Every run is refused without it."};
   }
   return {"xml-parser", DoctorStatus::Ok, "The system's XML parser is there."};
 }
@@ -37,7 +28,7 @@ DoctorCheck CheckRegistrar() {
       kRegistrarClass, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, reinterpret_cast<void**>(registrar.GetAddressOf()));
   if (FAILED(hr)) {
     return {"registrar", DoctorStatus::Warning,
-            "The registrar of the system's atl.dll cannot be had (" + Reason(hr) +
+            "The registrar of the system's atl.dll cannot be had (" + CodeAndText(hr) +
                 "). What is registered stays, but regsvr32 cannot register the module so that it works."};
   }
   return {"registrar", DoctorStatus::Ok, "The registrar of the system's atl.dll is there."};

@@ -209,6 +209,5 @@ std::string WordsForRequest(HRESULT hr) {
     if (ResultFromError(failure.error) == hr)
       return failure.words;
   }
-  const std::string text = SystemText(hr);
-  return "The request failed (" + HexCode(hr) + (text.empty() ? "" : ", " + text) + ").";
+  return "The request failed (" + CodeAndText(hr) + ").";
 }

@@ -116,3 +116,8 @@ std::string SystemText(HRESULT hr) {
     found.pop_back();
   return Utf8(found);
 }
+
+std::string CodeAndText(HRESULT hr) {
+  const std::string text = SystemText(hr);
+  return text.empty() ? HexCode(hr) : HexCode(hr) + ", " + text;
+}

@@ -87,8 +87,8 @@ TEST(FolderCheckTest, ANameThatTheCodePageLacksFails) {
 TEST(FolderCheckTest, AFolderThatCannotBeFoundOutIsAWarning) {
   const LogCapture log;
   PATCH_IMPORT(none, SHGetFolderPathA, [](auto, auto...) -> HRESULT { return E_FAIL; });
-  ExpectCheck("folder-Personal", DoctorStatus::Warning,
-              "cannot be found out (0x80004005). A manifest's file for it goes to the", CheckFolder(FolderKind::Personal));
+  ExpectCheck(
+      "folder-Personal", DoctorStatus::Warning, "cannot be found out (0x80004005", CheckFolder(FolderKind::Personal));
   PATCH_IMPORT(noTemp, GetTempPathA, FailWith(DWORD{0}, ERROR_ACCESS_DENIED));
   ExpectCheck("folder-Personal", DoctorStatus::Warning, "'C:\\' stands in for it", CheckFolder(FolderKind::Personal));
   EXPECT_EQ("", log.Text());

@@ -12,7 +12,7 @@ const Finding kError = {FindingLevel::Error, "url-everything", 4, "http://host",
 const Finding kOtherError = {FindingLevel::Error, "folder-everything", 9, "C:\\", "This permits the drive."};
 const Finding kWarning = {FindingLevel::Warning, "url-plain-http", 3, "http://host/a/", "This can be read on the way."};
 const Finding kNote = {FindingLevel::Note, "folder-no-boundary", 7, "C:\\Data", "This permits neighbours."};
-const Finding kWritable = {FindingLevel::Error, kFileWritable, 0, "", "Users may write the file."};
+const Finding kWritable = {FindingLevel::Error, "file-writable", 0, "", "Users may write the file."};
 
 class PermitCheckTest : public testing::Test {
  protected:

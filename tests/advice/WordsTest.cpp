@@ -38,6 +38,8 @@ TEST(WordsTest, NameResults) {
   EXPECT_EQ("0x80072efd", ResultName(static_cast<HRESULT>(0x80072efd)));
   EXPECT_EQ("0x00000000", HexCode(S_OK));
   EXPECT_NE("", SystemText(E_ACCESSDENIED));
+  EXPECT_EQ("0x80070005, " + SystemText(E_ACCESSDENIED), CodeAndText(E_ACCESSDENIED));
+  EXPECT_EQ("0xe0001234", CodeAndText(static_cast<HRESULT>(0xE0001234)));
 }
 
 }  // namespace
