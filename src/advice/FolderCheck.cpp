@@ -40,7 +40,6 @@ bool HasLostCharacters(const std::string& path) {
 }
 
 DoctorCheck CheckPath(const std::string& name, const std::string& path) {
-  const DWORD attributes = GetFileAttributesA(path.c_str());
   if (path.empty())
     return {name, DoctorStatus::Warning, "The module's folder is not known."};
   if (HasLostCharacters(path)) {
@@ -48,6 +47,9 @@ DoctorCheck CheckPath(const std::string& name, const std::string& path) {
             Quoted(path) +
                 " is what the module sees: the folder's name has characters that the code page of this machine lacks."};
   }
+  if (PathIsNetworkPathA(path.c_str()))
+    return {name, DoctorStatus::Ok, Quoted(path) + " lies on another machine, which is not asked."};
+  const DWORD attributes = GetFileAttributesA(path.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES)
     return {name, DoctorStatus::Ok, Quoted(path) + ", not there yet: it is made when a file goes there."};
   if (!(attributes & FILE_ATTRIBUTE_DIRECTORY))

@@ -21,6 +21,8 @@ constexpr WORD kLibraryMajor = 1;
 constexpr WORD kLibraryMinor = 0;
 constexpr char kRegister[] = " Run regsvr32 of that width with the module's path, as an administrator.";
 
+constexpr char kElsewhere[] = ". It lies on another machine, which is not asked; install the module on this one.";
+
 struct KeyTraits {
   using Handle = HKEY;
   static Handle Invalid() { return nullptr; }
@@ -123,10 +125,12 @@ DoctorCheck CheckView(const RegisteredView& view, const ModuleFile& module, bool
   }
   if (!view.isRegistered)
     return {name, DoctorStatus::Failed, "The module is not registered for " + programs + "." + kRegister};
+  const std::string server = "'" + Utf8(view.server) + "' is registered for " + programs;
+  if (PathIsNetworkPathW(view.server.c_str()))
+    return {name, DoctorStatus::Warning, server + kElsewhere};
   const std::string problem = ProblemWithServer(view, module, isOwn);
   if (!problem.empty())
     return {name, DoctorStatus::Failed, problem + kRegister};
-  const std::string server = "'" + Utf8(view.server) + "' is registered for " + programs;
   if (view.isForUserOnly) {
     return {name, DoctorStatus::Warning,
             server + " of this user only, who can change that. Register it for the machine, as an administrator."};
@@ -169,6 +173,8 @@ DoctorCheck CheckTypeLibrary(const Registration& registration, const ModuleFile&
     return {kName, DoctorStatus::Warning,
             std::string("It is not registered. Scripts run, but hosts that ask for the control's types fail.") + kRegister};
   }
+  if (PathIsNetworkPathW(registration.libraryPath.c_str()))
+    return {kName, DoctorStatus::Warning, path + " is registered" + kElsewhere};
   if (!IsSameFile(registration.libraryPath, module.path)) {
     return {kName, DoctorStatus::Warning, path + " is registered, not the module that is examined here." + kRegister};
   }

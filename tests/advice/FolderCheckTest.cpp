@@ -78,6 +78,16 @@ TEST(FolderCheckTest, AFileInTheFoldersPlaceFails) {
   ExpectCheck("folder-VantorUser", DoctorStatus::Failed, "is a file", CheckFolder(FolderKind::VantorUser));
 }
 
+TEST(FolderCheckTest, AFolderOnAnotherMachineIsNotAskedFor) {
+  PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder("\\\\server.invalid\\home"));
+  PATCH_IMPORT(files, GetFileAttributesA, [](auto, LPCSTR path) -> DWORD {
+    ADD_FAILURE() << path;
+    return INVALID_FILE_ATTRIBUTES;
+  });
+  ExpectCheck("folder-Personal", DoctorStatus::Ok, "server.invalid\\home' lies on another machine",
+              CheckFolder(FolderKind::Personal));
+}
+
 TEST(FolderCheckTest, ANameThatTheCodePageLacksFails) {
   PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder("C:\\users\\?????\\Documents"));
   ExpectCheck(

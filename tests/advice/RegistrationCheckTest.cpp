@@ -8,6 +8,7 @@
 #include "host/InstalledModule.h"
 #include "host/RegistryKeys.h"
 #include "support/HResult.h"
+#include "support/ImportPatch.h"
 
 namespace {
 
@@ -253,6 +254,18 @@ TEST_F(RegistrationCheckTest, AnotherModuleOfTheSameWidthFails) {
   ExpectOwn(DoctorStatus::Failed, "not the module that is examined here");
   Own().server = Wide(installed.Folder() + "\\.\\NORVIK.dll");
   ExpectOwn(DoctorStatus::Ok, "is registered");
+}
+
+// Nobody is asked for what is not on this machine.
+TEST_F(RegistrationCheckTest, AModuleOnAnotherMachineIsAWarning) {
+  Own().server = Other().server = registration.libraryPath = L"\\\\server.invalid\\share\\norvik.dll";
+  PATCH_IMPORT(files, CreateFileW, [](auto original, LPCWSTR path, auto... arguments) {
+    EXPECT_NE(L'\\', path[0]);
+    return original(path, arguments...);
+  });
+  ExpectOwn(DoctorStatus::Warning, "It lies on another machine, which is not asked");
+  ExpectOther(DoctorStatus::Warning, "It lies on another machine, which is not asked");
+  Expect("type-library", DoctorStatus::Warning, "It lies on another machine, which is not asked");
 }
 
 TEST_F(RegistrationCheckTest, ARegistrationOfTheUserIsAWarning) {
