@@ -12,10 +12,10 @@ constexpr char kSound[] = "permit-sound";
 constexpr char kSafe[] = "permit-safe";
 
 // The finding that others than administrators and the system may write the file, its folder or the module.
-constexpr char kWritableByOthers[] = "file-writable";
+constexpr char kFileWritable.code[] = "file-writable";
 
 bool IsAboutSafety(const Finding& finding) {
-  return finding.code == kWritableByOthers;
+  return finding.code == kFileWritable.code;
 }
 
 DoctorCheck ValidityOf(const PermitDocument& permit) {

@@ -9,6 +9,9 @@
 
 namespace {
 
+constexpr char kCheckExample[] =
+    "Example:\n"
+    "  norvik check permit.xml manifest.xml";
 constexpr char kExplainExample[] =
     "Example:\n"
     "  norvik explain --permit permit.xml --manifest http://apps.example.com/start.xml --extension txt";
@@ -18,6 +21,9 @@ constexpr char kPlanExample[] =
 constexpr char kRunExample[] =
     "Example:\n"
     "  norvik run http://apps.example.com/start.xml";
+constexpr char kDoctorExample[] =
+    "Example:\n"
+    "  norvik doctor --json";
 
 // The program speaks UTF-8 inside. What is no text has no UTF-8.
 std::string CheckedUtf8(const std::wstring& argument) {
@@ -60,6 +66,14 @@ std::vector<Question> QuestionsOf(const CLI::App& explain) {
   return questions;
 }
 
+Arguments::Command CommandOf(const std::vector<std::pair<const CLI::App*, Arguments::Command>>& commands) {
+  for (const auto& [app, command] : commands) {
+    if (app->parsed())
+      return command;
+  }
+  return Arguments::Command::Check;
+}
+
 }  // namespace
 
 Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
@@ -82,6 +96,12 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
     command->add_option("--permit", permit, "A permission file other than permit.xml beside the program")->type_name("FILE");
   };
 
+  std::vector<std::string> files;
+  CLI::App* const check = add("check", "Tells whether permission files and manifests are valid and sound", kCheckExample);
+  addPermit(check);
+  check->add_option("FILE", files, "Permission files and manifests; without one, permit.xml beside the program")
+      ->type_name("FILE|URL");
+
   CLI::App* const explain = add("explain", "Tells whether something is permitted, and by which entry", kExplainExample);
   addPermit(explain);
   explain->add_option("--manifest", ignored, "A manifest's URL or file")->type_name("URL")->take_all();
@@ -99,6 +119,9 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
   CLI::App* const run = add("run", "Runs a manifest as a page would", kRunExample);
   run->add_option("URL", url, "The manifest's URL or file")->required();
 
+  CLI::App* const doctor = add("doctor", "Tells whether this machine is ready", kDoctorExample);
+  doctor->add_option("--url", url, "A URL whose server is asked once")->type_name("URL");
+
   std::vector<std::string> texts;
   for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument)
     texts.push_back(CheckedUtf8(*argument));
@@ -115,9 +138,14 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
 
   read.permit = WideFromUtf8(permit);
   read.url = WideFromUtf8(url);
-  read.command = explain->parsed() ? Arguments::Command::Explain
-                 : plan->parsed()  ? Arguments::Command::Plan
-                                   : Arguments::Command::Run;
+  for (const std::string& file : files)
+    read.files.push_back(WideFromUtf8(file));
+  read.command = CommandOf(
+      {{check, Arguments::Command::Check},
+       {explain, Arguments::Command::Explain},
+       {plan, Arguments::Command::Plan},
+       {run, Arguments::Command::Run},
+       {doctor, Arguments::Command::Doctor}});
   if (explain->parsed()) {
     read.questions = QuestionsOf(*explain);
     if (read.questions.empty())

@@ -3,6 +3,8 @@
 #include "tool/Arguments.h"
 
 // The commands: each asks the advice library, prints the answer and gives the exit code.
+int CheckCommand(const Arguments& arguments);
+int DoctorCommand(const Arguments& arguments);
 int ExplainCommand(const Arguments& arguments);
 int PlanCommand(const Arguments& arguments);
 int RunCommand(const Arguments& arguments);

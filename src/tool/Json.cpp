@@ -39,7 +39,47 @@ Json CommandJson(const CommandOutcome& command) {
           {"reason", OrNull(command.reason)}};
 }
 
+Json CommandsJson(const RunOutcome& outcome) {
+  Json commands = Json::array();
+  for (const CommandOutcome& command : outcome.commands)
+    commands.push_back(CommandJson(command));
+  return commands;
+}
+
+Json FindingsJson(const Findings& findings) {
+  Json list = Json::array();
+  for (const Finding& finding : findings) {
+    list.push_back({{"level", NameOf(finding.level)},
+                    {"code", finding.code},
+                    {"line", finding.line},
+                    {"entry", WithoutCredentials(finding.entry)},
+                    {"message", finding.message}});
+  }
+  return list;
+}
+
 }  // namespace
+
+Json ToJson(const std::vector<CheckedFile>& files) {
+  Json list = Json::array();
+  for (const CheckedFile& file : files) {
+    Json json = {{"file", file.file},
+                 {"kind", file.isManifest ? "manifest" : "permit"},
+                 {"valid", file.isValid},
+                 {"findings", FindingsJson(file.findings)}};
+    if (file.plan)
+      json["commands"] = CommandsJson(*file.plan);
+    list.push_back(json);
+  }
+  return {{"schema", kSchema}, {"files", list}};
+}
+
+Json ToJson(const DoctorChecks& checks) {
+  Json list = Json::array();
+  for (const DoctorCheck& check : checks)
+    list.push_back({{"name", check.name}, {"status", NameOf(check.status)}, {"detail", check.detail}});
+  return {{"schema", kSchema}, {"checks", list}};
+}
 
 Json ToJson(const PermitDocument& permit, const std::vector<Answer>& answers) {
   Json questions = Json::array();
@@ -56,9 +96,6 @@ Json ToJson(const PermitDocument& permit, const std::vector<Answer>& answers) {
 }
 
 Json ToJson(const RunOutcome& outcome) {
-  Json commands = Json::array();
-  for (const CommandOutcome& command : outcome.commands)
-    commands.push_back(CommandJson(command));
   return {{"schema", kSchema},
           {"manifest", outcome.manifest},
           {"result", ResultName(outcome.result)},
@@ -66,7 +103,7 @@ Json ToJson(const RunOutcome& outcome) {
           {"reason", OrNull(outcome.reason)},
           {"navigate", OrNull(outcome.navigate)},
           {"log", OrNull(outcome.log)},
-          {"commands", commands}};
+          {"commands", CommandsJson(outcome)}};
 }
 
 void PrintJson(const Json& document) {

@@ -40,7 +40,46 @@ std::string WordFor(HRESULT hr) {
   return FAILED(hr) ? InColour(Colour::Red, "FAILED") : InColour(Colour::Green, "ok    ");
 }
 
+Colour ColourOf(FindingLevel level) {
+  switch (level) {
+    case FindingLevel::Error:
+      return Colour::Red;
+    case FindingLevel::Warning:
+      return Colour::Yellow;
+    case FindingLevel::Note:
+      break;
+  }
+  return Colour::Grey;
+}
+
+Colour ColourOf(DoctorStatus status) {
+  switch (status) {
+    case DoctorStatus::Ok:
+      return Colour::Green;
+    case DoctorStatus::Warning:
+      return Colour::Yellow;
+    case DoctorStatus::Failed:
+      return Colour::Red;
+    case DoctorStatus::Skipped:
+      break;
+  }
+  return Colour::Grey;
+}
+
 }  // namespace
+
+std::string ReportOf(const Finding& finding) {
+  const std::string place = finding.line ? fmt::format(" on line {}", finding.line) : "";
+  const std::string entry = finding.entry.empty() ? "" : fmt::format(": '{}'", WithoutCredentials(finding.entry));
+  return fmt::format("{} {}{}{}\n", InColour(ColourOf(finding.level), fmt::format("{:7}", NameOf(finding.level))),
+                     finding.code, place, entry) +
+         Paragraph(kIndent, finding.message);
+}
+
+std::string ReportOf(const DoctorCheck& check) {
+  return fmt::format("{} {}\n", InColour(ColourOf(check.status), fmt::format("{:7}", NameOf(check.status))), check.name) +
+         Paragraph(kIndent, check.detail);
+}
 
 std::string ReportOf(const Answer& answer) {
   std::string report = fmt::format(

@@ -2,11 +2,15 @@
 
 #include <string>
 
+#include "advice/DoctorCheck.h"
 #include "advice/Explanation.h"
+#include "advice/Finding.h"
 #include "advice/Outcome.h"
 
 // The answers as text for a reader: lines of at most 100 columns, as far as names allow.
 std::string ReportOf(const Answer& answer);
+std::string ReportOf(const Finding& finding);
+std::string ReportOf(const DoctorCheck& check);
 std::string ReportOf(const CommandOutcome& command);
 
 // What a run came to, behind its commands.

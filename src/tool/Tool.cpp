@@ -30,13 +30,18 @@ class ComOfThread {
 
 int Dispatch(const Arguments& arguments) {
   switch (arguments.command) {
+    case Arguments::Command::Check:
+      return CheckCommand(arguments);
     case Arguments::Command::Explain:
       return ExplainCommand(arguments);
     case Arguments::Command::Plan:
       return PlanCommand(arguments);
-    default:
+    case Arguments::Command::Run:
       return RunCommand(arguments);
+    case Arguments::Command::Doctor:
+      break;
   }
+  return DoctorCommand(arguments);
 }
 
 int Complain(const std::string& sentence) {
