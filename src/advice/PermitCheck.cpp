@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "advice/Document.h"
+#include "advice/FindingKind.h"
 #include "advice/Words.h"
 
 namespace {
@@ -12,8 +13,6 @@ constexpr char kSound[] = "permit-sound";
 constexpr char kSafe[] = "permit-safe";
 
 // The finding that others than administrators and the system may write the file, its folder or the module.
-constexpr char kFileWritable.code[] = "file-writable";
-
 bool IsAboutSafety(const Finding& finding) {
   return finding.code == kFileWritable.code;
 }
