@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "advice/Document.h"
 #include "advice/FindingKind.h"
 #include "advice/KeptLog.h"
 #include "advice/Words.h"
@@ -127,4 +128,13 @@ Finding InvalidFinding(const RefusedDocument& document) {
   const std::string reason = document.complaint.empty() ? SystemText(document.code) : document.complaint;
   return Invalid(0, std::string("The module refuses this ") + NameOf(document.kind) + ": " +
                         (reason.empty() ? HexCode(document.code) : reason));
+}
+
+Finding WhyInvalid(const PermitDocument& permit) {
+  return InvalidFinding(
+      {permit.Text(), ReadDocument(permit.Path()), kTransferPermitFile, permit.Code(), permit.Complaint()});
+}
+
+std::string SentenceOf(const Finding& finding) {
+  return finding.line ? "Line " + std::to_string(finding.line) + ": " + finding.message : finding.message;
 }

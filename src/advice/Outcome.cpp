@@ -3,6 +3,7 @@
 #include <new>
 
 #include "advice/Document.h"
+#include "advice/InvalidDocument.h"
 #include "advice/KeptLog.h"
 #include "advice/Outline.h"
 #include "advice/PermitDocument.h"
@@ -160,16 +161,18 @@ std::wstring URLForModule(const std::wstring& url) {
   return url;
 }
 
-// Why the run ended before its commands. Of a manifest that is not valid, the module names its own copy, which is no use to
-// anybody; the line and the reason behind it are.
-std::string ReasonOfFailure(const std::string& manifest, const std::string& complaint) {
-  const std::size_t end = complaint.find("\r\n\t");
-  if (manifest.empty() || end == std::string::npos)
+// Why the run ended before its commands. Of a manifest that it could not use, the module names its own copy, which is of no
+// use to anybody.
+std::string ReasonOfFailure(const std::string& manifest, HRESULT hr, const std::string& complaint) {
+  if (manifest.empty())
     return complaint;
-  const Outline outline = OutlineOf(manifest);
-  if (!outline.isWellFormed)
-    return "The manifest is not well-formed: line " + std::to_string(outline.errorLine) + ": " + outline.errorReason;
-  return "The manifest is not valid: " + complaint.substr(end + 3);
+  return SentenceOf(InvalidFinding({OutlineOf(manifest), manifest, kTransferManifest, hr, complaint}));
+}
+
+[[noreturn]] void RefusePermit(const std::wstring& permitFile, const std::string& complaint) {
+  const PermitDocument permit(permitFile);
+  throw Unanswered(
+      "The permission file cannot be used: " + (permit.IsUsable() ? complaint : SentenceOf(WhyInvalid(permit))));
 }
 
 void Run(const std::wstring& url, const std::wstring& permitFile, Machine& machine, Recorder& recorder, KeptLog& log,
@@ -180,13 +183,13 @@ void Run(const std::wstring& url, const std::wstring& permitFile, Machine& machi
   if (hr == E_OUTOFMEMORY)
     throw std::bad_alloc();
   if (FAILED(hr))
-    throw Unanswered("The permission file cannot be used: " + log.FirstComplaint());
+    RefusePermit(permitFile.empty() ? DefaultPermitPath() : permitFile, log.FirstComplaint());
   log.Forget();
   BString navigate;
   outcome.manifest = WithoutCredentials(Utf8(url));
   outcome.result = executer.Run(asked.c_str(), navigate.Receive(), machine, &recorder);
   if (FAILED(outcome.result))
-    outcome.reason = ReasonOfFailure(recorder.Manifest(), log.FirstComplaint());
+    outcome.reason = ReasonOfFailure(recorder.Manifest(), outcome.result, log.FirstComplaint());
   if (navigate)
     outcome.navigate = WithoutCredentials(Utf8(navigate.Get()));
   recorder.Conclude();

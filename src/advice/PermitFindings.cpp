@@ -32,11 +32,6 @@ void AddWriters(const PermitDocument& permit, const Surroundings& surroundings, 
     AddWriter(WideFromAnsi(GetModulePath()), "the module,", surroundings, findings);
 }
 
-Finding WhyInvalid(const PermitDocument& permit) {
-  return InvalidFinding(
-      {permit.Text(), ReadDocument(permit.Path()), kTransferPermitFile, permit.Code(), permit.Complaint()});
-}
-
 }  // namespace
 
 std::string Quoted(const std::string& text) {

@@ -14,13 +14,13 @@ constexpr char kCheckExample[] =
     "  norvik check permit.xml manifest.xml";
 constexpr char kExplainExample[] =
     "Example:\n"
-    "  norvik explain --permit permit.xml --manifest http://apps.example.com/start.xml --extension txt";
+    "  norvik explain --manifest http://apps.example.com/tools/start.xml --extension txt";
 constexpr char kPlanExample[] =
     "Example:\n"
     "  norvik plan manifest.xml --permit permit.xml";
 constexpr char kRunExample[] =
     "Example:\n"
-    "  norvik run http://apps.example.com/start.xml";
+    "  norvik run manifest.xml";
 constexpr char kDoctorExample[] =
     "Example:\n"
     "  norvik doctor --json";
@@ -99,8 +99,8 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
   std::vector<std::string> files;
   CLI::App* const check = add("check", "Tells whether permission files and manifests are valid and sound", kCheckExample);
   addPermit(check);
-  check->add_option("FILE", files, "Permission files and manifests; without one, permit.xml beside the program")
-      ->type_name("FILE|URL");
+  check->add_option("FILE", files, "Permission files and manifests; else permit.xml beside the program")
+      ->option_text("FILE|URL ...");
 
   CLI::App* const explain = add("explain", "Tells whether something is permitted, and by which entry", kExplainExample);
   addPermit(explain);

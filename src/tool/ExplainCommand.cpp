@@ -1,4 +1,5 @@
 #include "advice/Document.h"
+#include "advice/InvalidDocument.h"
 #include "tool/Commands.h"
 #include "tool/Console.h"
 #include "tool/Json.h"
@@ -8,7 +9,7 @@
 int ExplainCommand(const Arguments& arguments) {
   const PermitDocument permit(arguments.permit.empty() ? DefaultPermitPath() : arguments.permit);
   if (!permit.IsUsable())
-    throw Unanswered("The permission file cannot be used: " + permit.Complaint());
+    throw Unanswered("The permission file cannot be used: " + SentenceOf(WhyInvalid(permit)));
   std::vector<Answer> answers;
   bool isAllPermitted = true;
   for (const Question& question : arguments.questions) {

@@ -58,7 +58,7 @@ int RunTool(const std::vector<std::wstring>& arguments) {
     return Dispatch(ReadArguments(arguments));
   } catch (const UsageText& usage) {
     if (usage.isWrong)
-      PrintError("norvik: " + usage.text);
+      PrintError("norvik: " + WithoutCredentials(usage.text));
     else
       Print(usage.text);
     return usage.isWrong ? kWrongUsage : kYes;

@@ -1,0 +1,67 @@
+#include "support/Program.h"
+
+#include "common/Windows.h"
+
+#include <gtest/gtest.h>
+
+#include "common/Handles.h"
+#include "support/Files.h"
+
+namespace {
+
+constexpr DWORD kPatienceMilliseconds = 120000;
+
+// An argument as CommandLineToArgvW reads it back.
+std::wstring Quoted(const std::wstring& argument) {
+  std::wstring quoted = L"\"";
+  std::size_t backslashes = 0;
+  for (const wchar_t character : argument) {
+    if (character == L'"')
+      quoted.append(backslashes + 1, L'\\');
+    quoted += character;
+    backslashes = character == L'\\' ? backslashes + 1 : 0;
+  }
+  return quoted.append(backslashes, L'\\') + L"\"";
+}
+
+FileHandle InheritedFile(const std::string& path) {
+  SECURITY_ATTRIBUTES inherited = {sizeof(inherited), nullptr, TRUE};
+  return FileHandle(CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, CREATE_ALWAYS,
+                                FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+}  // namespace
+
+ProgramResult RunProgram(const std::string& path, const std::vector<std::wstring>& arguments, const std::string& folder) {
+  std::wstring command = Quoted(std::wstring(path.begin(), path.end()));
+  for (const std::wstring& argument : arguments)
+    command += L" " + Quoted(argument);
+  const TemporaryFolder written;
+  ProgramResult result;
+  {
+    const FileHandle output = InheritedFile(written.File("output"));
+    const FileHandle errors = InheritedFile(written.File("errors"));
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof(startup);
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = output.Get();
+    startup.hStdError = errors.Get();
+    PROCESS_INFORMATION process = {};
+    const std::wstring wideFolder(folder.begin(), folder.end());
+    if (!CreateProcessW(
+            nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, wideFolder.c_str(), &startup, &process)) {
+      ADD_FAILURE() << "cannot run " << path << ", error " << GetLastError();
+      return result;
+    }
+    const FileHandle ended(process.hProcess);
+    const FileHandle thread(process.hThread);
+    if (WaitForSingleObject(process.hProcess, kPatienceMilliseconds) != WAIT_OBJECT_0) {
+      ADD_FAILURE() << path << " does not end";
+      TerminateProcess(process.hProcess, 99);
+    }
+    GetExitCodeProcess(process.hProcess, &result.code);
+  }
+  result.output = ReadWholeFile(written.File("output"));
+  result.errors = ReadWholeFile(written.File("errors"));
+  return result;
+}

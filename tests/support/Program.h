@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// What a program did.
+struct ProgramResult {
+  unsigned long code = 0;
+  std::string output;  // standard output, as it was written
+  std::string errors;  // standard error
+};
+
+// Runs a program to its end, in a folder, without standard input. The arguments reach it as they are. One that does not end
+// within two minutes is ended, and fails the test.
+ProgramResult RunProgram(const std::string& path, const std::vector<std::wstring>& arguments, const std::string& folder);
