@@ -34,13 +34,20 @@ constexpr const wchar_t* kTrustedNumbers[] = {L"-500", L"-512", L"-518", L"-519"
 constexpr DWORD kWritingRights = FILE_WRITE_DATA | FILE_APPEND_DATA | FILE_DELETE_CHILD | WRITE_DAC | WRITE_OWNER;
 constexpr DWORD kGenericWritingRights = GENERIC_WRITE | GENERIC_ALL;
 
+// What the functions for accounts and access lists hand out.
+struct LocalMemoryTraits {
+  using Handle = void*;
+  static Handle Invalid() { return nullptr; }
+  static bool Close(Handle memory) { return LocalFree(memory) == nullptr; }
+};
+using LocalMemory = UniqueHandle<LocalMemoryTraits>;
+
 std::wstring TextOf(PSID account) {
   wchar_t* text = nullptr;
   if (!account || !ConvertSidToStringSidW(account, &text))
     return {};
-  std::wstring copy(text);
-  LocalFree(text);
-  return copy;
+  const LocalMemory owned(text);
+  return text;
 }
 
 bool EndsWith(const std::wstring& text, const wchar_t* end) {
@@ -102,21 +109,21 @@ bool IsTrusted(const std::wstring& account) {
 }
 
 DWORD WritingRightsOf(DWORD mask) {
-  return mask & kGenericWritingRights ? kWritingRights : mask & kWritingRights;
+  return (mask & kGenericWritingRights) != 0 ? kWritingRights : mask & kWritingRights;
 }
 
 // Goes through an access list from its first entry on, as the system does.
 class Reading {
  public:
   // Whether this entry lets its account write.
-  bool Take(const ACE_HEADER& header) {
+  bool Take(ACE_HEADER& header) {
     if (header.AceFlags & INHERIT_ONLY_ACE)
       return false;
     // The two kinds are alike; other kinds need what a file does not have.
-    const auto& entry = reinterpret_cast<const ACCESS_ALLOWED_ACE&>(header);
+    auto& entry = reinterpret_cast<ACCESS_ALLOWED_ACE&>(header);
     if (header.AceType != ACCESS_ALLOWED_ACE_TYPE && header.AceType != ACCESS_DENIED_ACE_TYPE)
       return false;
-    account = TextOf(const_cast<DWORD*>(&entry.SidStart));  // NOLINT(cppcoreguidelines-pro-type-const-cast): is only read
+    account = TextOf(&entry.SidStart);
     const DWORD rights = WritingRightsOf(entry.Mask);
     if (header.AceType == ACCESS_DENIED_ACE_TYPE) {
       denied[account] |= rights;
@@ -152,13 +159,13 @@ std::string NameOfAccount(const std::wstring& account) {
   PSID identifier = nullptr;
   if (!ConvertStringSidToSidW(account.c_str(), &identifier))
     return Utf8(account);
+  const LocalMemory owned(identifier);
   wchar_t name[256] = L"";
   wchar_t domain[256] = L"";
   DWORD nameLength = static_cast<DWORD>(std::size(name));
   DWORD domainLength = static_cast<DWORD>(std::size(domain));
-  SID_NAME_USE use;
+  SID_NAME_USE use = SidTypeUnknown;
   const BOOL isKnown = LookupAccountSidW(nullptr, identifier, name, &nameLength, domain, &domainLength, &use);
-  LocalFree(identifier);
   if (!isKnown || !*name)
     return Utf8(account);
   return Utf8(*domain ? std::wstring(domain) + L"\\" + name : std::wstring(name));
@@ -175,7 +182,7 @@ std::wstring WriterByAccessList(ACL* accessList, PSID owner) {
   Reading reading;
   for (DWORD i = 0; i < accessList->AceCount; ++i) {
     void* entry = nullptr;
-    if (GetAce(accessList, i, &entry) && reading.Take(*static_cast<const ACE_HEADER*>(entry)))
+    if (GetAce(accessList, i, &entry) && reading.Take(*static_cast<ACE_HEADER*>(entry)))
       return reading.Account();
   }
   return {};
@@ -194,7 +201,7 @@ std::string WriterOfPath(const std::wstring& path) {
   if (GetNamedSecurityInfoW(nearest.c_str(), SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION, &owner,
                             nullptr, &accessList, nullptr, &descriptor) != ERROR_SUCCESS)
     return {};
+  const LocalMemory owned(descriptor);
   const std::wstring account = WriterByAccessList(accessList, owner);
-  LocalFree(descriptor);
   return account.empty() ? std::string() : NameOfAccount(account);
 }

@@ -78,7 +78,7 @@ bool Take(const std::string& complaint, ParserComplaint& taken) {
   if (complaint.rfind("XML Parsing Error in '", 0) != 0 || place == std::string::npos)
     return false;
   const char* const number = complaint.c_str() + place + std::strlen(kLine);
-  taken.line = std::atoi(number);  // NOLINT(cert-err34-c): was written with %d
+  taken.line = std::atoi(number);
   const char* const colon = std::strchr(number, ':');
   taken.reason = colon ? colon + 1 : "";
   const auto isEdge = [](char character) { return std::strchr(" .\r\n\t", character) != nullptr; };
@@ -110,9 +110,12 @@ Finding HeadRefused(const RefusedDocument& document) {
 }
 
 Finding NotValid(const RefusedDocument& document, const ParserComplaint& complaint) {
-  const std::string reason = complaint.reason.empty() ? "the parser gives no reason" : complaint.reason;
+  constexpr char kUnknown[] =
+      "an element or an attribute is missing, unknown or in a place where it may not stand, and the parser does not tell "
+      "which";
   return Invalid(LineAsItStands(complaint.line, document),
-                 std::string("The document type of a ") + NameOf(document.kind) + " does not allow this: " + reason + ".");
+                 std::string("This is no valid ") + NameOf(document.kind) + ": " +
+                     (complaint.reason.empty() ? kUnknown : complaint.reason) + ".");
 }
 
 }  // namespace

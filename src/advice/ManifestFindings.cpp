@@ -17,7 +17,6 @@
 #include "advice/PermitDocument.h"
 #include "advice/TimeReading.h"
 #include "advice/Words.h"
-#include "common/PathText.h"
 #include "transfer/Transfer.h"
 
 namespace {
@@ -61,19 +60,33 @@ std::wstring FindName(const std::wstring& path, IsSuch isSuch) {
   return {};
 }
 
+// The user in whose profile a path lies; empty when it lies in none, or in the one that all share.
+std::wstring UserOf(const std::wstring& path, const std::wstring& profiles) {
+  if (profiles.empty() || PathIsRelativeW(path.c_str()))
+    return {};
+  const std::wstring full = FullPath(path);
+  const std::wstring above = profiles + L"\\";
+  if (InUpperCase(full.substr(0, above.size())) != InUpperCase(above))
+    return {};
+  const std::wstring user = FirstName(full.substr(above.size()));
+  const bool isShared = InUpperCase(user) == L"PUBLIC" || InUpperCase(user) == L"ALL USERS";
+  return isShared ? std::wstring() : user;
+}
+
 // The line of the first command that writes a file.
 using Writers = std::unordered_map<std::wstring, int>;
 
 // One command, and what is found about it.
 class Examination {
  public:
-  Examination(const ManifestCommand& examined, const Surroundings& machine, Findings& foundFindings)
-      : command(*examined.command), element(*examined.element), surroundings(machine), findings(foundFindings) {}
+  Examination(const ManifestCommand& examined, const std::wstring& profilesFolder, Findings& foundFindings)
+      : command(*examined.command), element(*examined.element), profiles(profilesFolder), findings(foundFindings) {}
 
   void Perform(Writers& writers) {
     if (!command.GetSource() || !command.GetDestination())
       return;
     ExamineSource();
+    ExamineFileName();
     ExamineNames();
     ExamineTime();
     ExamineUser();
@@ -93,19 +106,23 @@ class Examination {
     return name ? name : "";
   }
 
+  std::string ShownSourceName() const { return Quoted(Utf8FromAnsi(SourceName().c_str())); }
+
   void ExamineSource() {
-    const Element* const source = element.Child("Source");
     if (SourceName().empty())
-      Add(kSourceWithoutName, source,
+      Add(kSourceWithoutName, element.Child("Source"),
           "The source names no file, and so the command would write to the folder itself and fail. "
           "Let the source end with a file name.");
-    if (command.GetSource()->IsLocal())
-      return;
-    if (BeginsWithNoCase(command.GetSource()->GetURL(), "http:"))
+    if (!command.GetSource()->IsLocal())
+      ExamineAddress(command.GetSource()->GetURL(), element.Child("Source"));
+  }
+
+  void ExamineAddress(const char* url, const Element* source) {
+    if (BeginsWithNoCase(url, "http:"))
       Add(kSourcePlainHTTP, source, "What comes from here can be changed on its way by anybody in between. Use 'https:'.");
-    if (std::strchr(command.GetSource()->GetURL(), '?') && !SourceName().empty())
+    if (std::strchr(url, '?') && !SourceName().empty())
       Add(kSourceQueryName, source,
-          "The query gives the file no name: it is stored as " + Quoted(Utf8FromAnsi(SourceName().c_str())) +
+          "The query gives the file no name: it is stored as " + ShownSourceName() +
               ". Let the server offer it under an address that ends with its name.");
     if (!command.GetNotFoundText() || !*command.GetNotFoundText())
       Add(kNoNotFoundText, nullptr,
@@ -113,21 +130,23 @@ class Examination {
           "file. Give a text of that page as 'NotFoundHTML'.");
   }
 
-  void ExamineNames() {
+  // A name that differs in case only is the same file's.
+  void ExamineFileName() {
     const Element* const fileName = Find(element, {"Destination", "FileName"});
-    const std::string given = command.GetFileName() ? command.GetFileName() : "";
-    const std::string source = SourceName();
-    const bool isSame = given.size() == source.size() && CompareNoCase(given.c_str(), source.c_str(), given.size()) == 0;
-    if (!TextOf(fileName).empty() && !isSame)
-      Add(kFileNameMisleads, fileName,
-          "'FileName' does not rename the file, which is stored as " + Quoted(Utf8FromAnsi(source.c_str())) +
-              ": only the extension of " + Quoted(Utf8FromAnsi(given.c_str())) +
-              " is checked. Let the source have the name, and remove 'FileName'.");
+    const std::wstring given = WideFromAnsi(command.GetFileName());
+    if (TextOf(fileName).empty() || InUpperCase(given) == InUpperCase(WideFromAnsi(SourceName().c_str())))
+      return;
+    Add(kFileNameMisleads, fileName,
+        "'FileName' does not rename the file, which is stored as " + ShownSourceName() + ": only the extension of " +
+            Quoted(Utf8(given)) + " is checked. Let the source have the name, and remove 'FileName'.");
+  }
+
+  void ExamineNames() {
     if (IsStore())
       return;
-    ExamineName(element.Child("Source"), WideFromAnsi(source.c_str()));
+    ExamineName(element.Child("Source"), WideFromAnsi(SourceName().c_str()));
     const std::wstring path = WideFromAnsi(command.GetDestination()->GetPath());
-    ExamineName(FolderElement(), path.substr(std::min(path.find(L':') + 1, path.size())));
+    ExamineName(FolderElement(), path.substr(path.find(L':') + 1));  // all of it without a drive
   }
 
   void ExamineName(const Element* place, const std::wstring& path) {
@@ -166,20 +185,13 @@ class Examination {
   }
 
   void ExamineUser() {
-    const std::wstring profiles = surroundings.ProfilesFolder();
-    if (command.GetDestinationKind() != FolderKind::Path || profiles.empty())
+    if (command.GetDestinationKind() != FolderKind::Path)
       return;
-    const std::wstring given = WideFromAnsi(command.GetDestination()->GetPath());
-    const std::wstring path = PathIsRelativeW(given.c_str()) ? given : FullPath(given);
-    const std::wstring above = profiles + L"\\";
-    if (InUpperCase(path.substr(0, above.size())) != InUpperCase(above))
-      return;
-    const std::wstring user = FirstName(path.substr(above.size()));
-    if (user.empty() || _wcsicmp(user.c_str(), L"Public") == 0 || _wcsicmp(user.c_str(), L"All Users") == 0)
-      return;
-    Add(kPathOfOneUser, FolderElement(),
-        "This path lies in the profile of " + Quoted(Utf8(user)) +
-            ", and others do not have it. Use 'LocalVantorData', 'Personal' or 'Temp'.");
+    const std::wstring user = UserOf(WideFromAnsi(command.GetDestination()->GetPath()), profiles);
+    if (!user.empty())
+      Add(kPathOfOneUser, FolderElement(),
+          "This path lies in the profile of " + Quoted(Utf8(user)) +
+              ", and others do not have it. Use 'LocalVantorData', 'Personal' or 'Temp'.");
   }
 
   void ExamineDestination(Writers& writers) {
@@ -198,7 +210,7 @@ class Examination {
 
   const CCopyCommand& command;
   const Element& element;
-  const Surroundings& surroundings;
+  const std::wstring& profiles;
   Findings& findings;
 };
 
@@ -222,9 +234,10 @@ Findings FindingsOf(const ManifestDocument& manifest, const Surroundings& surrou
     findings.push_back(
         InvalidFinding({manifest.Text(), manifest.Bytes(), kTransferManifest, manifest.Code(), manifest.Complaint()}));
   AddCookies(manifest.Text().root, findings);
+  const std::wstring profiles = surroundings.ProfilesFolder();
   Writers writers;
   for (const ManifestCommand& command : manifest.Commands())
-    Examination(command, surroundings, findings).Perform(writers);
+    Examination(command, profiles, findings).Perform(writers);
   std::stable_sort(
       findings.begin(), findings.end(), [](const Finding& one, const Finding& other) { return one.line < other.line; });
   return findings;

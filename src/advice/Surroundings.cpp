@@ -9,6 +9,7 @@
 #include "advice/AccessList.h"
 #include "advice/Document.h"
 #include "advice/Words.h"
+#include "common/Handles.h"
 
 namespace {
 
@@ -48,6 +49,13 @@ void Add(std::vector<NamedFolder>& folders, const std::wstring& path, const char
     folders.push_back({path, words});
 }
 
+struct SearchTraits {
+  using Handle = HANDLE;
+  static Handle Invalid() { return INVALID_HANDLE_VALUE; }
+  static bool Close(Handle search) { return FindClose(search) != FALSE; }
+};
+using Search = UniqueHandle<SearchTraits>;
+
 class SystemSurroundings final : public Surroundings {
  public:
   std::string WriterOf(const std::wstring& path) const override { return WriterOfPath(path); }
@@ -58,16 +66,12 @@ class SystemSurroundings final : public Surroundings {
       return {};
     const std::wstring name = folder.substr(folder.find_last_of(L"\\/:") + 1);
     WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileW((folder + L"*").c_str(), &found);
-    if (search == INVALID_HANDLE_VALUE)
-      return {};
-    std::string neighbour;
-    do {
+    const Search search(FindFirstFileW((folder + L"*").c_str(), &found));
+    for (bool isFound = static_cast<bool>(search); isFound; isFound = FindNextFileW(search.Get(), &found) != FALSE) {
       if (IsNeighbour(found, name))
-        neighbour = Utf8(found.cFileName);
-    } while (neighbour.empty() && FindNextFileW(search, &found));
-    FindClose(search);
-    return neighbour;
+        return Utf8(found.cFileName);
+    }
+    return {};
   }
 
   std::vector<NamedFolder> GuardedFolders() const override {

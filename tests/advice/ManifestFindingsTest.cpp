@@ -165,8 +165,8 @@ INSTANTIATE_TEST_SUITE_P(
             "CommentInTheHead",
             "<?xml version=\"1.0\"?><!-- x --><!DOCTYPE VantorManifest SYSTEM \"m\"><VantorManifest version=\"1.0\"/>", 1,
             "no comment"},
-        InvalidCase{"WithoutVersion", std::string(kManifestHead) + "<VantorManifest/>", -1, "does not allow"},
-        InvalidCase{"WithoutDestination", ManifestOf("\n<Copy><Source>a</Source></Copy>"), -1, "does not allow"},
+        InvalidCase{"WithoutVersion", std::string(kManifestHead) + "<VantorManifest/>", -1, "This is no valid"},
+        InvalidCase{"WithoutDestination", ManifestOf("\n<Copy><Source>a</Source></Copy>"), -1, "This is no valid"},
         // Here the module knows the line, of the document with its own document type in it.
         InvalidCase{
             "TwoFolders", ManifestOf("\n\n<Copy><Source>a</Source>\n<Destination><Temp/><Temp/></Destination></Copy>"), 7,
