@@ -6,6 +6,7 @@
 
 #include "advice/Words.h"
 #include "support/Files.h"
+#include "support/ImportPatch.h"
 
 namespace {
 
@@ -92,23 +93,59 @@ std::string WriterAt(const std::string& path) {
   return WriterOfPath(WideFromAnsi(path.c_str()));
 }
 
-TEST(WriterOfPathTest, ReadsTheFilesList) {
-  const TemporaryFolder folder;
-  WriteWholeFile(folder.File("a"), "");
-  EXPECT_EQ("", WriterAt(folder.File("a")));
-  LetEveryoneWrite(folder.File("a"));
-  EXPECT_EQ("Everyone", WriterAt(folder.File("a")));
+// The name of the group in the system's language.
+std::string Everyone() {
+  BYTE account[SECURITY_MAX_SID_SIZE];
+  DWORD size = sizeof(account);
+  EXPECT_TRUE(CreateWellKnownSid(WinWorldSid, nullptr, account, &size));
+  wchar_t name[256] = L"";
+  wchar_t domain[256] = L"";
+  DWORD nameLength = 256;
+  DWORD domainLength = 256;
+  SID_NAME_USE use;
+  EXPECT_TRUE(LookupAccountSidW(nullptr, account, name, &nameLength, domain, &domainLength, &use));
+  return Utf8(*domain ? std::wstring(domain) + L"\\" + name : std::wstring(name));
 }
 
-TEST(WriterOfPathTest, WhatIsMissingIsMadeByWhoMayWriteAbove) {
+// What a caller makes belongs to the caller, who is an ordinary user when no administrator.
+class WriterOfPathTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    WriteWholeFile(folder.File("a"), "");
+    if (!WriterAt(folder.File("a")).empty())
+      GTEST_SKIP() << "The caller is no administrator.";
+  }
+
   const TemporaryFolder folder;
+};
+
+TEST_F(WriterOfPathTest, ReadsTheFilesList) {
+  LetEveryoneWrite(folder.File("a"));
+  EXPECT_EQ(Everyone(), WriterAt(folder.File("a")));
+  EXPECT_EQ("", WriterAt(folder.Path()));
+}
+
+TEST_F(WriterOfPathTest, WhatIsMissingIsMadeByWhoMayWriteAbove) {
   EXPECT_EQ("", WriterAt(folder.File("missing\\sub\\a")));
   LetEveryoneWrite(folder.Path());
-  EXPECT_EQ("Everyone", WriterAt(folder.File("missing\\sub\\a")));
-  EXPECT_EQ("Everyone", WriterAt(folder.File("missing\\sub\\")));
+  EXPECT_EQ(Everyone(), WriterAt(folder.File("missing\\sub\\a")));
+  EXPECT_EQ(Everyone(), WriterAt(folder.File("missing\\sub\\")));
+  EXPECT_EQ("", WriterAt(folder.File("a\\below")));
 }
 
-TEST(WriterOfPathTest, NothingIsAskedOfServersAndOfWhatIsNoPath) {
+TEST_F(WriterOfPathTest, WhatCannotBeReadHasNoWriter) {
+  LetEveryoneWrite(folder.File("a"));
+  PATCH_IMPORT(information, GetNamedSecurityInfoW, [](auto, auto...) -> DWORD { return ERROR_ACCESS_DENIED; });
+  EXPECT_EQ("", WriterAt(folder.File("a")));
+}
+
+TEST_F(WriterOfPathTest, AnAccountWithoutANameIsShownByItsNumber) {
+  LetEveryoneWrite(folder.File("a"));
+  PATCH_IMPORT(lookup, LookupAccountSidW, FailWith(FALSE, ERROR_NONE_MAPPED));
+  EXPECT_EQ("S-1-1-0", WriterAt(folder.File("a")));
+}
+
+TEST_F(WriterOfPathTest, NothingIsAskedOfServersAndOfWhatIsNoPath) {
   for (const char* const path :
        {"", "\\\\", "\\\\server.invalid\\share", "\\\\?\\C:\\", "Q:\\nowhere", "Q:", "C", ":", "nul"})
     EXPECT_EQ("", WriterAt(path)) << path;
