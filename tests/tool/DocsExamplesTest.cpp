@@ -1,0 +1,70 @@
+// The examples of docs/tool.md: its files are made as they are shown, and its commands print what is shown.
+
+#include <regex>
+#include <sstream>
+
+#include "advice/Words.h"
+#include "tool/ToolFixture.h"
+
+namespace {
+
+constexpr char kFolder[] = "C:\\Example";
+
+// Wherever the program runs, the page is that of the project that it was built from.
+std::string Page() {
+  return std::regex_replace(ReadWholeFile(NORVIK_PROJECT_FOLDER "docs/tool.md"), std::regex("\r\n"), "\n");
+}
+
+std::vector<std::string> Blocks(const std::string& page, const std::string& language) {
+  std::vector<std::string> blocks;
+  const std::string opening = "\n```" + language + "\n";
+  for (std::size_t start = page.find(opening); start != std::string::npos; start = page.find(opening, start)) {
+    start += opening.size();
+    const std::size_t end = page.find("\n```", start);
+    blocks.push_back(page.substr(start, end - start + 1));
+  }
+  return blocks;
+}
+
+class DocsExamplesTest : public testing::Test {
+ protected:
+  DocsExamplesTest() {
+    EXPECT_TRUE(CreateDirectoryA(kFolder, nullptr));
+    for (const char* const file : {"norvik.exe", "norvik.dll"})
+      EXPECT_TRUE(CopyFileA((std::string(NORVIK_BUILD_FOLDER) + file).c_str(), File(file).c_str(), TRUE)) << file;
+    const std::vector<std::string> files = Blocks(page, "xml");
+    const std::vector<std::string> names = {"permit.xml", "mended.xml", "manifest.xml"};
+    EXPECT_EQ(names.size(), files.size());
+    for (std::size_t i = 0; i < files.size(); ++i)
+      WriteWholeFile(File(names[i]), files[i]);
+  }
+  ~DocsExamplesTest() override {
+    for (const char* const name : {"norvik.exe", "norvik.dll", "permit.xml", "mended.xml", "manifest.xml"})
+      DeleteFileA(File(name).c_str());
+    RemoveDirectoryA(kFolder);
+  }
+
+  static std::string File(const std::string& name) { return std::string(kFolder) + "\\" + name; }
+
+  const std::string page = Page();
+};
+
+TEST_F(DocsExamplesTest, PrintWhatIsShown) {
+  const std::vector<std::string> examples = Blocks(page, "console");
+  EXPECT_EQ(4u, examples.size());
+  for (const std::string& example : examples) {
+    const std::size_t end = example.find('\n');
+    std::istringstream words(example.substr(0, end));
+    std::vector<std::wstring> arguments;
+    for (std::string word; words >> word;)
+      arguments.push_back(WideFromUtf8(word));
+    ASSERT_LE(3u, arguments.size()) << example;
+    EXPECT_EQ(L">", arguments[0]);
+    EXPECT_EQ(L"norvik", arguments[1]);
+    arguments.erase(arguments.begin(), arguments.begin() + 2);
+    const ProgramResult result = RunProgram(File("norvik.exe"), arguments, kFolder);
+    EXPECT_EQ(example.substr(end + 1), result.output + result.errors) << example.substr(0, end);
+  }
+}
+
+}  // namespace
