@@ -15,29 +15,13 @@
 #include "support/HResult.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
+#include "support/Pages.h"
 #include "support/PermitFile.h"
 #include "support/WebServer.h"
 
 namespace {
 
 using Texts = std::vector<std::string>;
-
-// Wherever the program runs, its pages are those of the project that it was built from.
-std::string ReadPage(const std::string& name) {
-  return std::regex_replace(ReadWholeFile(NORVIK_PROJECT_FOLDER + name), std::regex("\r\n"), "\n");
-}
-
-// The blocks of a page that are marked with the language.
-Texts Blocks(const std::string& page, const std::string& language) {
-  Texts blocks;
-  const std::string opening = "\n```" + language + "\n";
-  for (std::size_t start = page.find(opening); start != std::string::npos; start = page.find(opening, start)) {
-    start += opening.size();
-    const std::size_t end = page.find("\n```", start);
-    blocks.push_back(page.substr(start, end - start + 1));
-  }
-  return blocks;
-}
 
 Texts Matches(const std::string& text, const std::string& pattern) {
   Texts found;

@@ -1,30 +1,14 @@
 // The examples of docs/tool.md: its files are made as they are shown, and its commands print what is shown.
 
-#include <regex>
 #include <sstream>
 
 #include "advice/Words.h"
+#include "support/Pages.h"
 #include "tool/ToolFixture.h"
 
 namespace {
 
 constexpr char kFolder[] = "C:\\Example";
-
-// Wherever the program runs, the page is that of the project that it was built from.
-std::string Page() {
-  return std::regex_replace(ReadWholeFile(NORVIK_PROJECT_FOLDER "docs/tool.md"), std::regex("\r\n"), "\n");
-}
-
-std::vector<std::string> Blocks(const std::string& page, const std::string& language) {
-  std::vector<std::string> blocks;
-  const std::string opening = "\n```" + language + "\n";
-  for (std::size_t start = page.find(opening); start != std::string::npos; start = page.find(opening, start)) {
-    start += opening.size();
-    const std::size_t end = page.find("\n```", start);
-    blocks.push_back(page.substr(start, end - start + 1));
-  }
-  return blocks;
-}
 
 class DocsExamplesTest : public testing::Test {
  protected:
@@ -46,7 +30,7 @@ class DocsExamplesTest : public testing::Test {
 
   static std::string File(const std::string& name) { return std::string(kFolder) + "\\" + name; }
 
-  const std::string page = Page();
+  const std::string page = ReadPage("docs/tool.md");
 };
 
 TEST_F(DocsExamplesTest, PrintWhatIsShown) {

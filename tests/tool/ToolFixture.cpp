@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "advice/Words.h"
+#include "support/Pages.h"
 #include "support/PermitFile.h"
 
 namespace {
@@ -19,7 +20,7 @@ rapidjson::Document Parsed(const std::string& text) {
 
 // What keeps a document from following the schema of the documentation; empty when nothing does.
 std::string SchemaComplaint(const std::string& text) {
-  static const std::string schemaText = ReadWholeFile(NORVIK_PROJECT_FOLDER "docs/tool.schema.json");
+  static const std::string schemaText = ReadPage("docs/tool.schema.json");
   static const rapidjson::Document schemaSource = Parsed(schemaText);
   static const rapidjson::SchemaDocument schema(schemaSource);
   const rapidjson::Document document = Parsed(text);
