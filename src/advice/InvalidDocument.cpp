@@ -97,16 +97,16 @@ Finding Invalid(int line, const std::string& message) {
 }
 
 Finding NotWellFormed(const Outline& outline) {
-  const std::string reason = outline.errorReason.empty() ? "it is broken or empty" : outline.errorReason;
-  return Invalid(outline.errorLine,
-                 "This is no XML document: " + reason + ". Mend the place, and look at the elements just before it too.");
+  const std::string reason = outline.errorReason.empty() ? "it is empty or broken" : outline.errorReason;
+  return Invalid(outline.errorLine, "This is no XML document that can be read: " + reason +
+                                        ". Mend the place, and look at the elements just before it too.");
 }
 
 Finding HeadRefused(const RefusedDocument& document) {
   return Invalid(
       1, std::string("A ") + NameOf(document.kind) +
              " has to begin with its XML declaration and then its document type declaration, each shorter than 512 "
-             "bytes, with no comment between them, and not in UTF-16.");
+             "bytes, with no comment between them.");
 }
 
 Finding NotValid(const RefusedDocument& document, const ParserComplaint& complaint) {

@@ -5,6 +5,7 @@
 #include <shlwapi.h>
 
 #include "advice/Document.h"
+#include "advice/Prolog.h"
 #include "advice/Words.h"
 #include "xml/SAXReader.h"
 
@@ -151,8 +152,14 @@ std::string Element::TrimmedText() const {
   return first == std::string::npos ? std::string() : text.substr(first, text.find_last_not_of(kSpace) - first + 1);
 }
 
-Outline OutlineOf(const std::string& bytes) {
+Outline OutlineOf(const std::string& document) {
   Outline outline;
+  if (HasWideCharacters(document)) {
+    outline.errorLine = outline.errorColumn = 1;
+    outline.errorReason = "it is in UTF-16 or UTF-32, which the module does not read";
+    return outline;
+  }
+  const std::string bytes = WithoutDocumentType(document);
   Builder builder(outline);
   Errors errors(outline);
   ComPtr<ISAXXMLReader> reader;

@@ -32,5 +32,6 @@ struct Outline {
   Element root;
 };
 
-// Reads the bytes of a document. Unanswered when the platform's reader cannot be had.
-Outline OutlineOf(const std::string& bytes);
+// Reads the bytes of a document. Its document type counts for nothing, as for the module: no entity of its own is known, and
+// nothing is fetched. Unanswered when the platform's reader cannot be had.
+Outline OutlineOf(const std::string& document);

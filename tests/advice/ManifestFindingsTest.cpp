@@ -158,8 +158,8 @@ TEST_P(InvalidManifestTest, IsToldWithTheReason) {
 INSTANTIATE_TEST_SUITE_P(
     Documents, InvalidManifestTest,
     testing::Values(
-        InvalidCase{"Empty", "", -1, "no XML document"}, InvalidCase{"Text", "hello", -1, "no XML document"},
-        InvalidCase{"Broken", ManifestOf("<Copy>\n</Open>"), -1, "no XML document"},
+        InvalidCase{"Empty", "", -1, "no XML document that"}, InvalidCase{"Text", "hello", -1, "no XML document that"},
+        InvalidCase{"Broken", ManifestOf("<Copy>\n</Open>"), -1, "no XML document that"},
         InvalidCase{"WithoutDocumentType", "<?xml version=\"1.0\"?><VantorManifest version=\"1.0\"/>", 1, "document type"},
         InvalidCase{
             "CommentInTheHead",

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
+#include "support/WebServer.h"
+
 namespace {
 
 TEST(OutlineTest, KnowsElementsTextsAndLines) {
@@ -60,6 +64,66 @@ TEST(OutlineTest, DeepElementsCostNoStack) {
   for (const Element* element = &outline.root; element; element = element->Child("A"))
     ++depth;
   EXPECT_EQ(8, depth);
+}
+
+// An entity of a thousand million characters, unless nobody makes it.
+std::string Laughter() {
+  std::string declarations = "<!ENTITY e0 'laughter'>";
+  for (int i = 1; i < 10; ++i) {
+    declarations += "<!ENTITY e" + std::to_string(i) + " '";
+    for (int j = 0; j < 10; ++j)
+      declarations += "&e" + std::to_string(i - 1) + ";";
+    declarations += "'>";
+  }
+  return declarations;
+}
+
+// The module puts its own document type into a document, in which there are no entities.
+TEST(OutlineTest, TheDocumentsOwnTypeIsNotRead) {
+  WebServer server;
+  server.Answer("/a.dtd", Response().Body("<!ENTITY e 'CANARY'><!ATTLIST A b CDATA 'CANARY'>"));
+  const std::string url = server.Url("/a.dtd");
+  for (const std::string& type :
+       {"SYSTEM \"" + url + "\"", "[<!ENTITY e SYSTEM '" + url + "'>]", "[<!ENTITY % p SYSTEM '" + url + "'> %p;]",
+        std::string("[<!ENTITY e 'CANARY'>]"), "[" + Laughter() + "]"}) {
+    for (const std::string& text : {std::string(), std::string("&e;"), std::string("&e9;")}) {
+      const Outline outline = OutlineOf("<?xml version=\"1.0\"?><!DOCTYPE A " + type + "><A>" + text + "</A>");
+      EXPECT_EQ(text.empty(), outline.isWellFormed) << type << text;
+      EXPECT_EQ("A", outline.root.name) << type << text;
+      EXPECT_EQ("", outline.root.text) << type << text;
+      EXPECT_TRUE(outline.root.attributes.empty()) << type << text;
+    }
+  }
+  EXPECT_TRUE(server.Asked().empty());
+}
+
+TEST(OutlineTest, TheDocumentTypeEndsWhereItEnds) {
+  for (const char* const type : {"A", "A SYSTEM '>'", "A PUBLIC \"]>\" '['", "A []", "A [<!-- ]> ' -->]", "A [<?x ]> ' ?>]",
+                                 "A [<!ENTITY e ']>'>\n]", "\nA\n"}) {
+    const std::string bytes = "<?xml version=\"1.0\"?>\n<!-- <!DOCTYPE -->\n<!DOCTYPE " + std::string(type) + ">\n<A/>";
+    const Outline outline = OutlineOf(bytes);
+    EXPECT_TRUE(outline.isWellFormed) << type << outline.errorReason;
+    EXPECT_EQ(1 + std::count(bytes.begin(), bytes.end(), '\n'), outline.root.line) << type;
+  }
+}
+
+TEST(OutlineTest, ADocumentTypeThatIsNoneStays) {
+  EXPECT_EQ("<!DOCTYPE A>", OutlineOf("<A><![CDATA[<!DOCTYPE A>]]></A>").root.text);
+  EXPECT_FALSE(OutlineOf("<A><!DOCTYPE A></A>").isWellFormed);
+  EXPECT_FALSE(OutlineOf("<!DOCTYPE A><!DOCTYPE A><A/>").isWellFormed);
+  for (const char* const bytes :
+       {"<!DOCTYPE", "<!DOCTYPE A", "<!DOCTYPE A [", "<!DOCTYPE A [<!-- ", "<!DOCTYPE A '", "<!--", "<?xml"})
+    EXPECT_FALSE(OutlineOf(bytes).isWellFormed) << bytes;
+}
+
+TEST(OutlineTest, ADocumentOfWideCharactersIsNotRead) {
+  for (const std::string& bytes : {std::string("\xFF\xFE<\0A\0/\0>\0", 10), std::string("\xFE\xFF\0<\0A\0/\0>", 10),
+                                   std::string("<\0A\0/\0>\0", 8), std::string("\0<\0A\0/\0>", 8)}) {
+    const Outline outline = OutlineOf(bytes);
+    EXPECT_FALSE(outline.isWellFormed);
+    EXPECT_NE(std::string::npos, outline.errorReason.find("UTF-16")) << outline.errorReason;
+  }
+  EXPECT_TRUE(OutlineOf("\xEF\xBB\xBF<!DOCTYPE A><A/>").isWellFormed);
 }
 
 }  // namespace

@@ -406,8 +406,9 @@ TEST_P(InvalidPermitTest, IsToldWithTheReason) {
 INSTANTIATE_TEST_SUITE_P(
     Documents, InvalidPermitTest,
     testing::Values(
-        InvalidCase{"Empty", "", -1, "no XML document"}, InvalidCase{"Text", "hello", -1, "no XML document"},
-        InvalidCase{"Broken", HEAD "<VantorPermissions version=\"1.0\">\n<Source></Destination>", -1, "no XML document"},
+        InvalidCase{"Empty", "", -1, "no XML document that"}, InvalidCase{"Text", "hello", -1, "no XML document that"},
+        InvalidCase{
+            "Broken", HEAD "<VantorPermissions version=\"1.0\">\n<Source></Destination>", -1, "no XML document that"},
         InvalidCase{"WithoutDocumentType", "<?xml version=\"1.0\"?>\n<VantorPermissions version=\"1.0\"/>", 1,
                     "document type declaration"},
         InvalidCase{"MissingPart", HEAD "<VantorPermissions version=\"1.0\">\n<Source/></VantorPermissions>", -1,
