@@ -104,16 +104,16 @@ TEST(ManifestDocumentTest, LeavesNothingInTheCacheAndTheLog) {
     return isMade;
   });
   WebServer server;
-  server.Answer("/m.xml", Response().Body(kThree));
+  server.Answer("/left-nowhere.xml", Response().Body(kThree));
   const ManifestFile file(kThree);
   const ManifestFile broken("hello");
   const ManifestDocument manifest(file.Path());
   const ManifestDocument refused(broken.Path());
-  const ManifestDocument fetched(Wide(server.Url("/m.xml")));
+  const ManifestDocument fetched(Wide(server.Url("/left-nowhere.xml")));
   EXPECT_EQ(4u, made.size());
   for (const std::string& name : made)
     EXPECT_FALSE(FileExistsAt(name)) << name;
-  EXPECT_EQ("", CachedFile(server.Url("/m.xml")));
+  EXPECT_EQ("", CachedFile(server.Url("/left-nowhere.xml")));
   EXPECT_EQ("", log.Text());
 }
 
