@@ -13,6 +13,8 @@ struct FindingKind {
 
 constexpr FindingKind kInvalid = {"invalid", FindingLevel::Error};
 
+constexpr FindingKind kCharactersLost = {"characters-lost", FindingLevel::Warning};
+
 constexpr FindingKind kURLEverything = {"url-everything", FindingLevel::Error};
 constexpr FindingKind kURLNoSeparator = {"url-no-separator", FindingLevel::Error};
 constexpr FindingKind kURLNoBoundary = {"url-no-boundary", FindingLevel::Warning};
@@ -46,6 +48,7 @@ constexpr FindingKind kCookieNeverPermitted = {"cookie-never-permitted", Finding
 constexpr FindingKind kDeviceName = {"device-name", FindingLevel::Warning};
 constexpr FindingKind kNameEndsInDot = {"name-ends-in-dot", FindingLevel::Warning};
 
-// Those of a permission file and those of a manifest, in the order of the documentation. Both begin with `invalid`.
+// Those of a permission file and those of a manifest, in the order of the documentation. Both begin with what they share.
+constexpr int kSharedFindingKinds = 2;
 const std::vector<FindingKind>& PermitFindingKinds();
 const std::vector<FindingKind>& ManifestFindingKinds();

@@ -37,7 +37,6 @@ class KeptLog final : public LogSink {
   void SetName(const wchar_t* name) override;
 
  private:
-  KeptLog* outer;
   bool isFileWritten;
   LogSink* sinkBefore;
   LONG debugLogging;

@@ -85,6 +85,7 @@ class Examination {
   void Perform(Writers& writers) {
     if (!command.GetSource() || !command.GetDestination())
       return;
+    ExamineCharacters();
     ExamineSource();
     ExamineFileName();
     ExamineNames();
@@ -108,6 +109,17 @@ class Examination {
 
   std::string ShownSourceName() const { return Quoted(Utf8FromAnsi(SourceName().c_str())); }
 
+  // What the module makes of such a text is another one, with question marks in it.
+  void ExamineCharacters() {
+    for (const Element* const place :
+         {element.Child("Source"), FolderElement(), Find(element, {"Destination", "FileName"})}) {
+      if (place && !IsInCodePage(place->text))
+        Add(kCharactersLost, place,
+            "This has characters that the code page of this machine lacks, and the module reads others in their place. "
+            "Use a name without them.");
+    }
+  }
+
   void ExamineSource() {
     if (SourceName().empty())
       Add(kSourceWithoutName, element.Child("Source"),
@@ -120,7 +132,7 @@ class Examination {
   void ExamineAddress(const char* url, const Element* source) {
     if (BeginsWithNoCase(url, "http:"))
       Add(kSourcePlainHTTP, source, "What comes from here can be changed on its way by anybody in between. Use 'https:'.");
-    if (std::strchr(url, '?') && !SourceName().empty())
+    if (TextOf(source).find('?') != std::string::npos && !SourceName().empty())
       Add(kSourceQueryName, source,
           "The query gives the file no name: it is stored as " + ShownSourceName() +
               ". Let the server offer it under an address that ends with its name.");

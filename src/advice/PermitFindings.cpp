@@ -32,6 +32,17 @@ void AddWriters(const PermitDocument& permit, const Surroundings& surroundings, 
     AddWriter(WideFromAnsi(GetModulePath()), "the module,", surroundings, findings);
 }
 
+// What the module makes of such an entry is another text, with question marks in it.
+void AddLostCharacters(const PermitDocument& permit, Findings& findings) {
+  for (const PermitEntry& entry : permit.Entries()) {
+    if (!IsInCodePage(entry.text))
+      findings.push_back(FindingAbout(
+          entry, kCharactersLost,
+          "This has characters that the code page of this machine lacks, and the module reads others "
+          "in their place. Use a name without them."));
+  }
+}
+
 }  // namespace
 
 std::string Quoted(const std::string& text) {
@@ -63,6 +74,7 @@ Findings FindingsOf(const PermitDocument& permit, const Surroundings& surroundin
   Findings findings;
   AddWriters(permit, surroundings, findings);
   if (permit.IsUsable()) {
+    AddLostCharacters(permit, findings);
     AddURLFindings(permit, surroundings, findings);
     AddExtensionFindings(permit, surroundings, findings);
     AddFolderFindings(permit, surroundings, findings);

@@ -156,7 +156,7 @@ class Examination {
     if (HasUpperCaseServer())
       Add(kURLUpperCaseHost,
           "Case counts: who writes this server in lower case, as browsers do, is refused. Write the server in lower case.");
-    if (std::strchr(text, '?'))
+    if (entry.text.find('?') != std::string::npos)
       Add(kURLQuery,
           "A query does not count in an entry, or counts as the name of a folder when a separator is in it. Leave it "
           "out, and end the entry with '/'.");

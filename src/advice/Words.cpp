@@ -1,5 +1,6 @@
 #include "advice/Words.h"
 
+#include <algorithm>
 #include <iterator>
 #include <new>
 
@@ -67,6 +68,11 @@ std::optional<std::string> AnsiFromWide(const std::wstring& text) {
   if (WideFromAnsi(narrow.get()) != text)
     return std::nullopt;
   return std::string(narrow.get());
+}
+
+bool IsInCodePage(const std::string& text) {
+  const auto isAscii = [](char character) { return static_cast<unsigned char>(character) < 0x80; };
+  return std::all_of(text.begin(), text.end(), isAscii) || AnsiFromWide(WideFromUtf8(text)).has_value();
 }
 
 std::string WithoutCredentials(const std::string& text) {

@@ -16,6 +16,9 @@ std::string Utf8FromAnsi(const char* text);  // null is empty
 // The text in the ANSI code page; nothing when a character is not in it.
 std::optional<std::string> AnsiFromWide(const std::wstring& text);
 
+// Whether the module can read a text, which is in UTF-8: whether every character is in the ANSI code page.
+bool IsInCodePage(const std::string& text);
+
 // The text without the user name and the password of every URL in it: nobody is shown them.
 std::string WithoutCredentials(const std::string& text);
 

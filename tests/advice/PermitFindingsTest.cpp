@@ -335,6 +335,15 @@ TEST(PermitFindingsTest, EntriesAreReadInTheDocumentsOwnCodePage) {
   EXPECT_TRUE(Says(findings[1], "'C:\\\xC3\x84pfel\\' on line 1")) << findings[1].message;
 }
 
+TEST(PermitFindingsTest, CharactersThatTheCodePageLacksAreLost) {
+  PermitFile permit;
+  permit.URL("https://host/\xE4\xB8\x80/").URL("https://host/\xC3\xA4/").Extension("\xE4\xB8\x80").Folder("InternetCache");
+  const Findings findings = FoundIn(permit);
+  ASSERT_EQ("characters-lost characters-lost", CodesOf(findings));
+  EXPECT_EQ("https://host/\xE4\xB8\x80/", findings[0].entry);
+  EXPECT_EQ("\xE4\xB8\x80", findings[1].entry);
+}
+
 TEST(PermitFindingsTest, TheLogHearsNothing) {
   const LogCapture log;
   PermitFile permit;
