@@ -4,6 +4,7 @@
 #include <sddl.h>
 #include <shlwapi.h>
 
+#include <algorithm>
 #include <cwchar>
 #include <iterator>
 #include <map>
@@ -101,11 +102,8 @@ bool IsTrusted(const std::wstring& account) {
     return true;
   if (account.rfind(L"S-1-5-21-", 0) != 0)
     return false;
-  for (const wchar_t* const number : kTrustedNumbers) {
-    if (EndsWith(account, number))
-      return true;
-  }
-  return false;
+  return std::any_of(std::begin(kTrustedNumbers), std::end(kTrustedNumbers),
+                     [&account](const wchar_t* number) { return EndsWith(account, number); });
 }
 
 DWORD WritingRightsOf(DWORD mask) {
@@ -174,7 +172,7 @@ std::string NameOfAccount(const std::wstring& account) {
 }  // namespace
 
 std::wstring WriterByAccessList(ACL* accessList, PSID owner) {
-  const std::wstring ownerText = TextOf(owner);
+  std::wstring ownerText = TextOf(owner);
   if (!ownerText.empty() && !IsTrusted(ownerText))
     return ownerText;
   if (!accessList)

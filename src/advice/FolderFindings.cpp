@@ -1,5 +1,6 @@
 // What an entry for destinations permits on this machine.
 
+#include <algorithm>
 #include <map>
 #include <memory>
 
@@ -125,13 +126,12 @@ class Examiner {
 
   bool ExamineReach(const PermitEntry& entry, const CDestinationFolder& folder, const Places& places,
                     const FindingKind& kind, const char* advice) {
-    for (const Place& place : places) {
-      if (folder.Compare(place.folder.get()) == 0) {
-        Add(entry, kind, PathOf(folder) + " reaches " + place.words + advice);
-        return true;
-      }
-    }
-    return false;
+    const auto reached = std::find_if(
+        places.begin(), places.end(), [&folder](const Place& place) { return folder.Compare(place.folder.get()) == 0; });
+    if (reached == places.end())
+      return false;
+    Add(entry, kind, PathOf(folder) + " reaches " + reached->words + advice);
+    return true;
   }
 
   // A folder of the system's has its neighbours from the system; one that was written down can be chosen better.

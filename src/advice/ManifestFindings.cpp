@@ -52,7 +52,7 @@ template <class IsSuch>
 std::wstring FindName(const std::wstring& path, IsSuch isSuch) {
   for (std::size_t start = 0; start <= path.size();) {
     const std::size_t end = std::min(path.find_first_of(L"\\/", start), path.size());
-    const std::wstring name = path.substr(start, end - start);
+    std::wstring name = path.substr(start, end - start);
     if (isSuch(name))
       return name;
     start = end + 1;

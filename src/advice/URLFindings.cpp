@@ -1,5 +1,6 @@
 // What an entry for URLs permits beside what it seems to.
 
+#include <array>
 #include <cstring>
 #include <memory>
 
@@ -28,23 +29,21 @@ bool IsBefore(const CListItem* item, const CListItem* other) {
                        : std::strcmp(one.GetFolder(), two.GetFolder()) < 0;
 }
 
-std::unique_ptr<CSourceURL> Corrected(const std::wstring& text) {
-  return std::make_unique<CSourceURL>(text.c_str(), SourceRole::Command, nullptr);
-}
-
 // The shortest URL of a kind: an entry that permits it permits all of them.
 struct WholeKind {
-  std::unique_ptr<CSourceURL> shortest;
+  WholeKind(const wchar_t* url, const char* kindWords) : shortest(url, SourceRole::Command, nullptr), words(kindWords) {}
+
+  CSourceURL shortest;
   const char* words;
 };
 
-std::vector<WholeKind> WholeKinds() {
-  std::vector<WholeKind> kinds;
-  kinds.push_back({Corrected(L"http://"), "every address that begins with 'http:'"});
-  kinds.push_back({Corrected(L"https://"), "every address that begins with 'https:'"});
-  kinds.push_back({Corrected(L"file://"), "every file on this machine and every shared folder"});
-  kinds.push_back({Corrected(L"\\\\"), "every shared folder of every server"});
-  return kinds;
+using WholeKinds = std::array<WholeKind, 4>;
+
+WholeKinds AllKinds() {
+  return {WholeKind(L"http://", "every address that begins with 'http:'"),
+          WholeKind(L"https://", "every address that begins with 'https:'"),
+          WholeKind(L"file://", "every file on this machine and every shared folder"),
+          WholeKind(L"\\\\", "every shared folder of every server")};
 }
 
 // What an entry's folder is for the module: of a web URL its beginning, of a local one a path.
@@ -65,7 +64,8 @@ class Reach {
   // The beginning of something that the entry permits although nobody would think so, in words; empty when there is none.
   std::string Stranger() const {
     for (const std::wstring& candidate : Candidates()) {
-      if (url.Compare(Corrected(candidate).get()) == 0)
+      const CSourceURL corrected(candidate.c_str(), SourceRole::Command, nullptr);
+      if (url.Compare(&corrected) == 0)
         return InWords(candidate);
     }
     return {};
@@ -103,7 +103,7 @@ class Reach {
 // One entry, and what is found about it.
 class Examination {
  public:
-  Examination(const PermitEntry& examinedEntry, const std::vector<WholeKind>& wholeKinds, Findings& foundFindings)
+  Examination(const PermitEntry& examinedEntry, const WholeKinds& wholeKinds, Findings& foundFindings)
       : entry(examinedEntry), url(URLOf(examinedEntry.item)), reach(url), kinds(wholeKinds), findings(foundFindings) {}
 
   void Perform(const Surroundings& surroundings) {
@@ -126,7 +126,7 @@ class Examination {
 
   const char* FindWholeKind() const {
     for (const WholeKind& kind : kinds) {
-      if (url.Compare(kind.shortest.get()) == 0)
+      if (url.Compare(&kind.shortest) == 0)
         return kind.words;
     }
     return nullptr;
@@ -185,7 +185,7 @@ class Examination {
   const PermitEntry& entry;
   const CSourceURL& url;
   Reach reach;
-  const std::vector<WholeKind>& kinds;
+  const WholeKinds& kinds;
   Findings& findings;
 };
 
@@ -193,7 +193,7 @@ class Examination {
 
 void AddURLFindings(const PermitDocument& permit, const Surroundings& surroundings, Findings& findings) {
   const std::vector<const PermitEntry*> entries = TakenEntries(permit, EntryKind::URL);
-  const std::vector<WholeKind> kinds = WholeKinds();
+  const WholeKinds kinds = AllKinds();
   for (const PermitEntry* const entry : entries)
     Examination(*entry, kinds, findings).Perform(surroundings);
   for (const CoveredEntry& covered : FindCovered(entries, IsBefore))

@@ -75,6 +75,7 @@ int CheckCommand(const Arguments& arguments) {
   if (places.empty())
     places.push_back(permitFile);
   std::vector<CheckedFile> files;
+  files.reserve(places.size());
   for (const std::wstring& place : places)
     files.push_back(Check(place, permitFile));
   if (arguments.isJson)
