@@ -6,19 +6,6 @@
 
 namespace {
 
-// Half of the entries are URLs, and a quarter each extensions and folders.
-void AddEntries(PermitFile& permit, int count) {
-  for (int i = 0; i < count; ++i) {
-    const std::string number = std::to_string(i);
-    if (i % 4 == 0)
-      permit.Extension("e" + number);
-    else if (i % 4 == 2)
-      permit.Folder("Path", "C:\\Applications\\" + number);
-    else
-      permit.URL("https://apps.example.com/tools/" + number + "/");
-  }
-}
-
 void MeasureControlsOf(int entries, int repeats) {
   Host host;
   AddEntries(host.Permit(), entries);

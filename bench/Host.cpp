@@ -17,6 +17,18 @@ std::string CopyElement(const std::string& source, const std::string& folder, co
 
 }  // namespace
 
+void AddEntries(PermitFile& permit, int count) {
+  for (int i = 0; i < count; ++i) {
+    const std::string number = std::to_string(i);
+    if (i % 4 == 0)
+      permit.Extension("e" + number);
+    else if (i % 4 == 2)
+      permit.Folder("Path", "C:\\Applications\\" + number);
+    else
+      permit.URL("https://apps.example.com/tools/" + number + "/");
+  }
+}
+
 Host::Host() : module(installed.Path()) {
   permit.URL(folder.Path() + "\\").Extension("bin").Folder("Path", destination.Path());
 }

@@ -10,6 +10,9 @@
 #include "support/Files.h"
 #include "support/PermitFile.h"
 
+// Half of the entries are URLs, and a quarter each extensions and folders.
+void AddEntries(PermitFile& permit, int count);
+
 // The built DLL in the hands of a host: installed in a folder of its own, loaded, with a control of it once one was made.
 class Host {
  public:

@@ -19,7 +19,7 @@ struct Scenario {
 constexpr Scenario kScenarios[] = {
     {"downloads", 4, MeasureDownloads}, {"copies", 3, MeasureLocalCopies}, {"controls", 2, MeasureControls},
     {"runs", 2, MeasureRuns},           {"chains", 1, MeasureChains},      {"memory", 2, MeasureMemory},
-    {"handles", 1, MeasureHandles},
+    {"handles", 1, MeasureHandles},     {"advice", 1, MeasureAdvice},
 };
 
 const Scenario* Find(std::string_view name, std::size_t arguments) {

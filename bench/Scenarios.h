@@ -13,6 +13,9 @@ void MeasureLocalCopies(const Arguments& arguments);
 // BUDGET ENTRIES...: creates and destroys controls under permission files of that many entries.
 void MeasureControls(const Arguments& arguments);
 
+// ENTRIES...: explains a refusal by permission files of that many entries, and checks them, beside creating a control.
+void MeasureAdvice(const Arguments& arguments);
+
 // BUDGET COUNT...: runs manifests of that many commands, each with debug logging off and on.
 void MeasureRuns(const Arguments& arguments);
 

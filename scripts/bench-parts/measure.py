@@ -18,15 +18,19 @@ from environment import ROOT
 WEB = ROOT / "build" / "bench" / "web"
 PROGRAM = "build/x64/bench/norvik_bench.exe"
 
-Sizes = namedtuple("Sizes", "rounds large small small_files entries commands chains memory runs budget")
+Sizes = namedtuple("Sizes", "rounds large small small_files entries commands chains memory runs budget advice")
 FULL = Sizes(rounds=9, large=100_000_000, small=4096, small_files=1000, entries=(10, 1000, 10_000),
              commands=(0, 1, 10, 100, 1000, 10_000), chains=(1000, 10_000, 100_000), memory=(1_000_000, 1_000_000_000), runs=100,
-             budget=3000)
+             budget=3000, advice=(10, 10_000, 100_000))
 QUICK = Sizes(rounds=2, large=1_000_000, small=4096, small_files=20, entries=(10, 100, 200), commands=(0, 1, 10, 100, 200),
-              chains=(1000, 10_000), memory=(1_000_000, 10_000_000), runs=10, budget=20)
+              chains=(1000, 10_000), memory=(1_000_000, 10_000_000), runs=10, budget=20,
+              advice=(10, 100, 200))
 
 # One transfer of a gigabyte tells as much about memory as nine.
 MEMORY_ROUNDS = 5
+
+# Checking a hundred thousand entries asks the system for as many folders, which takes its time.
+ADVICE_ROUNDS = 3
 
 # How often a round measures what anything disturbs. A local copy takes a tenth of a second, and a third more when the system has no
 # memory at hand for it, whoever makes it: the fastest turn is the value of the round. Small files keep the disk busy.
@@ -105,6 +109,8 @@ def measure_round(results, sizes, address, number):
     results.run("runs", "runs", sizes.budget, *rotated(sizes.commands, number))
     results.run("chains", "chains", *sizes.chains)
     results.run("handles", "handles", sizes.runs)
+    if number < ADVICE_ROUNDS:
+        results.run("advice", "advice", *rotated(sizes.advice, number))
     if number < MEMORY_ROUNDS:
         for size in rotated(sizes.memory, number):
             results.run(f"memory {size}", "memory", f"{address}/memory{size}/", size)

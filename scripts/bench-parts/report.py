@@ -66,6 +66,13 @@ class Results:
         few, many = self.sizes.entries[-2:]
         ratio = self.growth("controls", (few, many))
         self.aim(f"cost per permission entry at {many:,} against {few:,}", ratio, "<= 1.1", ratio <= 1.1)
+        few, many = self.sizes.advice[-2:]
+        for name in ("explain", "check"):
+            ratio = self.growth("advice", (few, many), f" {name}")
+            self.aim(f"cost per entry of norvik {name} at {many:,} against {few:,}", ratio, "<= 1.2", ratio <= 1.2)
+        values = self.values["advice"]
+        ratio = statistics.median(own / control for own, control in zip(values[f"{few} explain"], values[f"{few} control"]))
+        self.aim(f"explaining a refusal with {few:,} entries against creating a control", ratio, "<= 1.5", ratio <= 1.5)
         small, large = (self.median(f"memory {size}", "working set") for size in self.sizes.memory)
         grown = (large - small) / 2**20
         self.aim(f"MiB of peak memory that {size_text(self.sizes.memory[1])} takes beyond {size_text(self.sizes.memory[0])}",
@@ -128,6 +135,20 @@ def controls(results):
     return table(["entries", "debug off", "each further entry", "debug on", "each further entry"], rows)
 
 
+def advice(results):
+    names = ("control", "explain", "check")
+    rows = []
+    for entries in results.sizes.advice:
+        row = [f"{entries:,}"]
+        for name in names:
+            row.append(time_text(results.median("advice", f"{entries} {name}")))
+            is_least = entries == results.sizes.advice[0]
+            row.append("" if is_least else time_text(results.per_item("advice", entries, f" {name}")))
+        rows.append(row)
+    heads = ("creating a control", "explaining a refusal", "checking the file")
+    return table(["entries", *(cell for head in heads for cell in (head, "each further entry"))], rows)
+
+
 def runs(results):
     rows = []
     for count in results.sizes.commands:
@@ -172,6 +193,7 @@ def tables(results, facts, picture):
         f"### Download of {sizes.small_files:,} files of {sizes.small:,} bytes\n\n", transfers(results, "small downloads", all_small),
         f"### Local copy of {size_text(sizes.large)}\n\n", transfers(results, "local copy", sizes.large),
         "### A control, created and destroyed\n\n", controls(results),
+        "### What norvik.exe says of a permission file\n\n", advice(results),
         "### A run\n\n", runs(results),
         "### Deleting a chain\n\n", chains(results),
         "### Memory of one run in a process of its own\n\n", memory(results),

@@ -19,7 +19,7 @@ constexpr IID kErrorHandlerInterface = {0xA60511C4, 0xCCF5, 0x479E, {0x98, 0xA3,
 constexpr std::size_t kDeepest = 8;
 
 std::string Text(const wchar_t* text, int length) {
-  return text && length > 0 ? Utf8(std::wstring(text, static_cast<std::size_t>(length))) : std::string();
+  return text && length > 0 ? Utf8(text, static_cast<std::size_t>(length)) : std::string();
 }
 
 // Builds the outline. What it throws would have to pass the platform's reader: a failure of memory is kept until that is

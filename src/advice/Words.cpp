@@ -46,14 +46,19 @@ std::wstring WideFromAnsi(const char* text) {
   return text ? Wide(CP_ACP, text, std::char_traits<char>::length(text)) : std::wstring();
 }
 
-std::string Utf8(const std::wstring& text) {
-  if (text.empty())
-    return {};
-  const int length = static_cast<int>(text.size());
-  const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
+std::string Utf8(const wchar_t* text, std::size_t length) {
+  // Most texts are ASCII, and documents have many of them.
+  if (std::all_of(text, text + length, [](wchar_t character) { return character < 0x80; }))
+    return std::string(text, text + length);
+  const int count = static_cast<int>(length);
+  const int size = WideCharToMultiByte(CP_UTF8, 0, text, count, nullptr, 0, nullptr, nullptr);
   std::string narrow(static_cast<std::size_t>(size), '\0');
-  WideCharToMultiByte(CP_UTF8, 0, text.data(), length, narrow.data(), size, nullptr, nullptr);
+  WideCharToMultiByte(CP_UTF8, 0, text, count, narrow.data(), size, nullptr, nullptr);
   return narrow;
+}
+
+std::string Utf8(const std::wstring& text) {
+  return Utf8(text.data(), text.size());
 }
 
 std::string Utf8FromAnsi(const char* text) {

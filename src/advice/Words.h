@@ -11,6 +11,7 @@
 std::wstring WideFromUtf8(const std::string& text);
 std::wstring WideFromAnsi(const char* text);  // null is empty
 std::string Utf8(const std::wstring& text);
+std::string Utf8(const wchar_t* text, std::size_t length);
 std::string Utf8FromAnsi(const char* text);  // null is empty
 
 // The text in the ANSI code page; nothing when a character is not in it.
