@@ -1,11 +1,18 @@
 #include "advice/Document.h"
 
+#include <cwchar>
+#include <iterator>
+
 #include "advice/Words.h"
 #include "common/Handles.h"
 #include "common/SystemError.h"
+#include "common/Text.h"
+#include "transfer/SourceURL.h"
+#include "transfer/URLText.h"
 
 namespace {
 
+constexpr wchar_t kFileScheme[] = L"file:";
 constexpr LONGLONG kMaximumBytes = 64LL * 1024 * 1024;
 
 [[noreturn]] void CannotRead(const std::wstring& path, HRESULT hr) {
@@ -43,6 +50,29 @@ std::wstring FullPath(const std::wstring& path) {
     return path;
   full.resize(length);
   return full;
+}
+
+bool IsOnTheWeb(const std::wstring& place) {
+  const OwnedText narrow = NarrowText(place.c_str());
+  return narrow && IsWebURL(narrow.get());
+}
+
+std::wstring LocalPath(const std::wstring& place) {
+  if (_wcsnicmp(place.c_str(), kFileScheme, std::size(kFileScheme) - 1) != 0)
+    return FullPath(place);
+  const CSourceURL url(place.c_str(), SourceRole::Manifest, nullptr);
+  return WideFromAnsi(url.GetLocation());
+}
+
+std::wstring PlaceForModule(const std::wstring& place) {
+  if (place.empty())
+    throw Unanswered("An empty name is no place.");
+  if (!IsOnTheWeb(place))
+    return PathForModule(LocalPath(place));
+  if (!AnsiFromWide(place))
+    throw Unanswered("The module cannot ask for '" + WithoutCredentials(Utf8(place)) +
+                     "': it has characters that the code page of this machine lacks.");
+  return place;
 }
 
 std::wstring PathForModule(const std::wstring& path) {

@@ -47,28 +47,11 @@ class CacheFile {
   OwnedText name;
 };
 
-std::string AnsiOf(const std::wstring& text) {
-  const auto ansi = AnsiFromWide(text);
-  if (!ansi)
-    throw Unanswered("The module cannot ask for '" + WithoutCredentials(Utf8(text)) +
-                     "': it has characters that the code page of this machine lacks.");
-  return *ansi;
-}
-
-// The path that a `file:` URL names, or the text itself.
-std::wstring LocalPath(const std::wstring& place) {
-  if (_wcsnicmp(place.c_str(), L"file:", 5) != 0)
-    return FullPath(place);
-  const CSourceURL url(place.c_str(), SourceRole::Manifest, nullptr);
-  return WideFromAnsi(url.GetLocation());
+std::string AnsiOf(const std::wstring& place) {
+  return AnsiFromWide(PlaceForModule(place)).value();
 }
 
 }  // namespace
-
-bool IsOnTheWeb(const std::wstring& place) {
-  const OwnedText narrow = NarrowText(place.c_str());
-  return narrow && IsWebURL(narrow.get());
-}
 
 ManifestDocument::ManifestDocument(const std::wstring& manifestLocation) {
   const KeptLog log;

@@ -54,6 +54,3 @@ class ManifestDocument {
   std::unique_ptr<CListItem> openings;
   std::vector<ManifestCommand> commands;
 };
-
-// Whether a place that somebody named is on the web.
-bool IsOnTheWeb(const std::wstring& place);

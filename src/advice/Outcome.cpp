@@ -147,20 +147,6 @@ class Recorder final : public RunObserver, public TransferObserver {
   bool isOutOfMemory = false;
 };
 
-// A manifest on this machine is named as it may be on a command line; the module takes a relative name for one of its own
-// folder.
-std::wstring URLForModule(const std::wstring& url) {
-  if (url.empty())
-    throw Unanswered("An empty name is no manifest.");
-  const bool hasScheme = url.find(L':') != std::wstring::npos && url.find(L':') > 1;
-  if (!hasScheme)
-    return PathForModule(FullPath(url));
-  if (!AnsiFromWide(url))
-    throw Unanswered("The module cannot use '" + WithoutCredentials(Utf8(url)) +
-                     "': it has characters that the code page of this machine lacks.");
-  return url;
-}
-
 // Why the run ended before its commands. Of a manifest that it could not use, the module names its own copy, which is of no
 // use to anybody.
 std::string ReasonOfFailure(const std::string& manifest, HRESULT hr, const std::string& complaint) {
@@ -177,7 +163,7 @@ std::string ReasonOfFailure(const std::string& manifest, HRESULT hr, const std::
 
 void Run(const std::wstring& url, const std::wstring& permitFile, Machine& machine, Recorder& recorder, KeptLog& log,
          RunOutcome& outcome) {
-  const std::wstring asked = URLForModule(url);
+  const std::wstring asked = PlaceForModule(url);
   HRESULT hr = S_OK;
   CExecuter executer(0, &hr, permitFile.empty() ? nullptr : PathForModule(FullPath(permitFile)).c_str());
   if (hr == E_OUTOFMEMORY)

@@ -20,7 +20,7 @@ bool IsThere(const std::wstring& path) {
 }
 
 CheckedFile CheckPermit(const std::wstring& place) {
-  const PermitDocument permit(place);
+  const PermitDocument permit(LocalPath(place));
   CheckedFile checked;
   checked.file = WithoutCredentials(Utf8(place));
   checked.isValid = permit.IsUsable();
@@ -43,7 +43,7 @@ CheckedFile CheckManifest(const std::wstring& place, const std::wstring& permitF
 
 // What the root does not tell, the rules for a manifest tell.
 CheckedFile Check(const std::wstring& place, const std::wstring& permitFile) {
-  const bool isPermit = !IsOnTheWeb(place) && OutlineOf(ReadDocument(place)).root.name == kPermitRoot;
+  const bool isPermit = !IsOnTheWeb(place) && OutlineOf(ReadDocument(LocalPath(place))).root.name == kPermitRoot;
   return isPermit ? CheckPermit(place) : CheckManifest(place, permitFile);
 }
 

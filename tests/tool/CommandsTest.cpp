@@ -37,6 +37,13 @@ TEST_F(CommandsTest, CheckWithoutAFileTakesThePermissionFileBesideTheProgram) {
   EXPECT_EQ("permit", RunJson({L"check"}, 0).at("files").at(0).at("kind"));
 }
 
+TEST_F(CommandsTest, AFileMayBeNamedByItsURL) {
+  const std::wstring url = L"file://" + WideFromAnsi(folder.Path().c_str()) + L"\\";
+  EXPECT_EQ("permit", RunJson({L"check", url + L"permit.xml"}, 0).at("files").at(0).at("kind"));
+  EXPECT_EQ("manifest", RunJson({L"check", url + L"manifest.xml"}, 0).at("files").at(0).at("kind"));
+  RunJson({L"plan", url + L"manifest.xml"}, 0);
+}
+
 TEST_F(CommandsTest, CheckOfAnUnsoundFileIsNo) {
   WriteWholeFile(folder.File("permit.xml"), PermitText("<URL>http://host</URL>\n"));
   const Json document = RunJson({L"check"}, 1);
