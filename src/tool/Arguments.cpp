@@ -104,13 +104,14 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
 
   CLI::App* const explain = add("explain", "Tells whether something is permitted, and by which entry", kExplainExample);
   addPermit(explain);
-  explain->add_option("--manifest", ignored, "A manifest's URL or file")->type_name("URL")->take_all();
-  explain->add_option("--source", ignored, "A command's source")->type_name("URL")->take_all();
-  explain->add_option("--extension", ignored, "A file's extension, without a dot")->type_name("EXT")->take_all();
-  explain->add_option("--folder", ignored, "A destination, as its element's name and text")
-      ->type_name("KIND[=TEXT]")
-      ->expected(1)
-      ->take_all();
+  // Each takes one text as it is: a list in brackets is a text like any other.
+  const auto addQuestion = [&](const char* name, const char* description, const char* typeName) {
+    explain->add_option(name, ignored, description)->type_name(typeName)->expected(1)->allow_extra_args(false)->take_all();
+  };
+  addQuestion("--manifest", "A manifest's URL or file", "URL");
+  addQuestion("--source", "A command's source", "URL");
+  addQuestion("--extension", "A file's extension, without a dot", "EXT");
+  addQuestion("--folder", "A destination, as its element's name and text", "KIND[=TEXT]");
 
   CLI::App* const plan = add("plan", "Tells what a run would do, without doing it", kPlanExample);
   addPermit(plan);
