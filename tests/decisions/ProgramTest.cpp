@@ -19,7 +19,7 @@ using Json = nlohmann::json;
 
 constexpr char kWebFolder[] = "http://apps.example.com/";  // never asked: a plan fetches nothing but its manifest
 
-Json Parsed(const InstalledProgram::Result& result) {
+Json Parsed(const ProgramResult& result) {
   const Json json = Json::parse(result.output, nullptr, false);
   if (!json.is_object())
     ADD_FAILURE() << "no JSON: " << result.output << result.errors;
@@ -55,7 +55,7 @@ class ProgramPermissionTest : public testing::TestWithParam<PermissionGroup> {
         vector.kind == "folder" ? vector.folder.first + "=" + places.Fill(vector.folder.second) : places.Fill(vector.asked));
   }
 
-  InstalledProgram::Result Explain(const std::vector<const PermissionQuestion*>& asked) const {
+  ProgramResult Explain(const std::vector<const PermissionQuestion*>& asked) const {
     std::vector<std::string> arguments = {"explain", "--json"};
     for (const PermissionQuestion* const vector : asked)
       AddArguments(*vector, arguments);
@@ -63,18 +63,18 @@ class ProgramPermissionTest : public testing::TestWithParam<PermissionGroup> {
   }
 
   void ExpectNoAnswer(const PermissionQuestion& vector) const {
-    const InstalledProgram::Result result = Explain({&vector});
-    EXPECT_EQ(3u, result.exitCode);
+    const ProgramResult result = Explain({&vector});
+    EXPECT_EQ(3u, result.code);
     EXPECT_NE("", result.errors);
   }
 
   // One process for all of them.
   void ExpectAnswers(const std::vector<const PermissionQuestion*>& asked) const {
     SCOPED_TRACE(GetParam().name);
-    const InstalledProgram::Result result = Explain(asked);
+    const ProgramResult result = Explain(asked);
     const bool isAllPermitted =
         std::all_of(asked.begin(), asked.end(), [](const PermissionQuestion* vector) { return vector->isPermitted; });
-    EXPECT_EQ(isAllPermitted ? 0u : 1u, result.exitCode) << result.errors;
+    EXPECT_EQ(isAllPermitted ? 0u : 1u, result.code) << result.errors;
     const Json json = Parsed(result);
     ASSERT_TRUE(json.is_object());
     ASSERT_EQ(asked.size(), json.at("questions").size());
@@ -171,8 +171,8 @@ class ProgramFileTest : public testing::Test {
 };
 
 TEST_F(ProgramFileTest, PlansAsTheVectorsSay) {
-  const InstalledProgram::Result result = program.Run({"plan", "--json", manifestPath});
-  EXPECT_EQ(1u, result.exitCode) << result.errors;
+  const ProgramResult result = program.Run({"plan", "--json", manifestPath});
+  EXPECT_EQ(1u, result.code) << result.errors;
   const Json json = Parsed(result);
   ASSERT_TRUE(json.is_object());
   ASSERT_EQ(files.size(), json.at("commands").size());
