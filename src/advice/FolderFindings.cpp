@@ -130,7 +130,8 @@ class Examiner {
         places.begin(), places.end(), [&folder](const Place& place) { return folder.Compare(place.folder.get()) == 0; });
     if (reached == places.end())
       return false;
-    Add(entry, kind, PathOf(folder) + " reaches " + reached->words + advice);
+    const Place& place = *reached;
+    Add(entry, kind, PathOf(folder) + " reaches " + place.words + advice);
     return true;
   }
 
