@@ -180,7 +180,7 @@ std::string MessageOf(Mismatch reason, const CSourceURL& entry, const CSourceURL
     case Mismatch::CaseDiffers:
       return "Only the case of letters differs, and it counts on the web: the entry permits " + Quoted(folder) + ".";
     case Mismatch::EntryLonger:
-      return "The entry permits " + Quoted(folder) + " and what is below it, and not what is above.";
+      return "The entry is longer: it permits only what begins with " + Quoted(folder) + ".";
     default:
       return "The entry permits what begins with " + Quoted(folder) + ".";
   }
@@ -193,6 +193,6 @@ std::string MessageOf(Mismatch reason, const CSourceExtension& entry, const CSou
 
 std::string MessageOf(Mismatch reason, const CDestinationFolder& entry, const CDestinationFolder& /*candidate*/) {
   const std::string folder = Quoted(TextOf(entry.GetPath()));
-  return reason == Mismatch::EntryLonger ? "The entry permits " + folder + " and what is below it, and not what is above."
+  return reason == Mismatch::EntryLonger ? "The entry is longer: it permits only what begins with " + folder + "."
                                          : "The entry permits what begins with " + folder + ".";
 }

@@ -15,7 +15,7 @@ enum class Mismatch {
   HostDiffers,
   CaseDiffers,  // the same but for the case of letters, which counts on the web
   PathDiffers,
-  EntryLonger,  // the entry names something below of what is asked for
+  EntryLonger,  // the entry goes on where what is asked for ends
   ExtensionDiffers,
   DotInEntry,  // the entry begins with a dot, which no extension has
 };

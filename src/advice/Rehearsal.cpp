@@ -72,10 +72,20 @@ const RehearsedMachine::State* RehearsedMachine::Find(const char* path) const {
 DWORD RehearsedMachine::GetAttributes(const char* path) const {
   const State* const state = Find(path);
   if (!state)
-    return Machine::GetAttributes(path);
+    return AttributesOnDisk(path);
   if (state->attributes == INVALID_FILE_ATTRIBUTES)
     SetLastError(ERROR_FILE_NOT_FOUND);
   return state->attributes;
+}
+
+// In a folder that is not there yet the system does not find the folder, and a run would not find the file.
+DWORD RehearsedMachine::AttributesOnDisk(const char* path) const {
+  const DWORD attributes = Machine::GetAttributes(path);
+  if (attributes == INVALID_FILE_ATTRIBUTES && GetLastError() == ERROR_PATH_NOT_FOUND) {
+    const State* const folder = Find(FolderOf(FullName(path)).c_str());
+    SetLastError(folder && IsFolder(folder->attributes) ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND);
+  }
+  return attributes;
 }
 
 RehearsedMachine::State RehearsedMachine::StateOf(const char* path) const {
@@ -124,6 +134,8 @@ bool RehearsedMachine::Move(const char* from, const char* to) {
   const State state = StateOf(from);
   if (state.attributes == INVALID_FILE_ATTRIBUTES)
     return false;
+  if (FullName(from) == FullName(to))
+    return true;
   if (Exists(to))
     return Fail(ERROR_ALREADY_EXISTS);
   const DWORD error = ErrorOfPlace(to);

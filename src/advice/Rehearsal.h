@@ -39,6 +39,7 @@ class RehearsedMachine final : public Machine {
 
   const State* Find(const char* path) const;
   State StateOf(const char* path) const;
+  DWORD AttributesOnDisk(const char* path) const;
   DWORD ErrorOfCreating(const char* path, DWORD attributes) const;
   DWORD ErrorOfPlace(const char* path) const;
 
