@@ -9,7 +9,7 @@
 // run, and prints it.
 std::uint32_t Seed();
 
-// Numbers that depend on the seed alone.
+// Numbers that depend on NORVIK_SEED alone.
 class Dice {
  public:
   // A number from 0 to `count` - 1.
