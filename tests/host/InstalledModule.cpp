@@ -4,27 +4,13 @@
 #include <wininet.h>
 
 #include "support/HResult.h"
+#include "support/Program.h"
 
 using Microsoft::WRL::ComPtr;
 
-namespace {
-
-// The test programs lie in a folder below the one that holds the DLL.
-std::string BuiltModulePath() {
-  char program[MAX_PATH] = "";
-  GetModuleFileNameA(nullptr, program, MAX_PATH);
-  std::string folder = program;
-  folder.erase(folder.find_last_of('\\'));
-  folder.erase(folder.find_last_of('\\'));
-  return folder + "\\norvik.dll";
-}
-
-}  // namespace
-
 InstalledModule::InstalledModule(const std::string& subfolder) : folder(temporary.File(subfolder)) {
   CreateDirectoryA(folder.c_str(), nullptr);
-  if (!CopyFileA(BuiltModulePath().c_str(), Path().c_str(), TRUE))
-    ADD_FAILURE() << "cannot copy " << BuiltModulePath() << ", error " << GetLastError();
+  CopyBuilt("norvik.dll", folder);
 }
 
 InstalledModule::~InstalledModule() {

@@ -30,7 +30,20 @@ FileHandle InheritedFile(const std::string& path) {
                                 FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
+std::string FolderAbove(std::string path) {
+  path.erase(path.find_last_of('\\'));
+  return path;
+}
+
 }  // namespace
+
+void CopyBuilt(const std::string& name, const std::string& folder) {
+  char program[MAX_PATH] = "";
+  GetModuleFileNameA(nullptr, program, MAX_PATH);
+  const std::string built = FolderAbove(FolderAbove(program)) + "\\" + name;
+  if (!CopyFileA(built.c_str(), (folder + "\\" + name).c_str(), FALSE))
+    ADD_FAILURE() << "cannot copy " << built << ", error " << GetLastError();
+}
 
 ProgramResult RunProgram(const std::string& path, const std::vector<std::wstring>& arguments, const std::string& folder) {
   std::wstring command = Quoted(std::wstring(path.begin(), path.end()));

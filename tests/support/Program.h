@@ -3,6 +3,10 @@
 #include <string>
 #include <vector>
 
+// Copies a built file ("norvik.dll", "norvik.exe"), which lies in the folder above that of the test programs, into a folder.
+// A failure to do so fails the test.
+void CopyBuilt(const std::string& name, const std::string& folder);
+
 // What a program did.
 struct ProgramResult {
   unsigned long code = 0;

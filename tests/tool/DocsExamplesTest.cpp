@@ -16,7 +16,7 @@ class DocsExamplesTest : public testing::Test {
     // An earlier run that was killed may have left it.
     EXPECT_TRUE(CreateDirectoryA(kFolder, nullptr) || GetLastError() == ERROR_ALREADY_EXISTS);
     for (const char* const file : {"norvik.exe", "norvik.dll"})
-      EXPECT_TRUE(CopyFileA((std::string(NORVIK_BUILD_FOLDER) + file).c_str(), File(file).c_str(), FALSE)) << file;
+      CopyBuilt(file, kFolder);
     const std::vector<std::string> files = Blocks(page, "xml");
     const std::vector<std::string> names = {"permit.xml", "mended.xml", "manifest.xml"};
     EXPECT_EQ(names.size(), files.size());

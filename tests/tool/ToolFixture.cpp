@@ -38,7 +38,7 @@ std::string SchemaComplaint(const std::string& text) {
 
 ToolTest::ToolTest() {
   for (const char* const file : {"norvik.exe", "norvik.dll"})
-    EXPECT_TRUE(CopyFileA((std::string(NORVIK_BUILD_FOLDER) + file).c_str(), folder.File(file).c_str(), TRUE)) << file;
+    CopyBuilt(file, folder.Path());
   WriteWholeFile(folder.File("permit.xml"), PermitText());
   WriteWholeFile(folder.File("a.txt"), "a");
   WriteWholeFile(folder.File("manifest.xml"), ManifestText(CopyOfA()));
