@@ -16,7 +16,9 @@ target_include_directories(norvik_compile INTERFACE ${CMAKE_SOURCE_DIR}/src)
 # -O2: see "Size or speed" in ARCHITECTURE.md.
 add_library(norvik_module_compile INTERFACE)
 target_link_libraries(norvik_module_compile INTERFACE norvik_compile)
-target_compile_options(norvik_module_compile INTERFACE -Os -fno-exceptions -fno-rtti)
+target_compile_options(norvik_module_compile INTERFACE -Os -fno-exceptions -fno-rtti
+  # What only an exception on its way would read. 64-bit Windows unwinds by its own tables, which stay.
+  $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},4>:-fno-asynchronous-unwind-tables>)
 
 add_library(norvik_link INTERFACE)
 target_link_options(norvik_link INTERFACE

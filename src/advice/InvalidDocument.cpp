@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "advice/Document.h"
 #include "advice/FindingKind.h"
 #include "advice/KeptLog.h"
 #include "advice/Words.h"
@@ -135,7 +134,7 @@ Finding InvalidFinding(const RefusedDocument& document) {
 
 Finding WhyInvalid(const PermitDocument& permit) {
   return InvalidFinding(
-      {permit.Text(), ReadDocument(permit.Path()), kTransferPermitFile, permit.Code(), permit.Complaint()});
+      {permit.Text(), permit.Bytes(), kTransferPermitFile, permit.Code(), permit.Complaint()});
 }
 
 std::string SentenceOf(const Finding& finding) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "advice/LocalDocument.h"
 #include "advice/Outline.h"
 #include "engine/CopyCommand.h"
 
@@ -19,9 +20,10 @@ struct ManifestCommand {
 // A manifest as the module reads it, and as it stands. The commands are made as for a run, and none is run.
 class ManifestDocument {
  public:
-  // Reads a manifest from a file (a path in any characters, or a `file:` URL), or from the web. A manifest that the module
-  // refuses is no failure: IsUsable tells. Unanswered when it cannot be opened or its server is not reached.
-  explicit ManifestDocument(const std::wstring& manifestLocation);
+  // Reads a manifest. One that the module refuses is no failure: IsUsable tells. Unanswered when it cannot be opened, or as
+  // LocalDocument is.
+  explicit ManifestDocument(const LocalDocument& document);
+  explicit ManifestDocument(const std::wstring& place);
   ManifestDocument(const ManifestDocument&) = delete;
   ManifestDocument& operator=(const ManifestDocument&) = delete;
 
@@ -41,7 +43,6 @@ class ManifestDocument {
   const std::vector<ManifestCommand>& Commands() const { return commands; }
 
  private:
-  void Load(const std::wstring& file);
   HRESULT LoadPrepared(const char* preparedFile);
   void PairCommands(const CListItem* first);
 

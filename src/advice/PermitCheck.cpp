@@ -18,7 +18,7 @@ bool IsAboutSafety(const Finding& finding) {
 }
 
 DoctorCheck ValidityOf(const PermitDocument& permit) {
-  const std::string path = "'" + Utf8(permit.Path()) + "'";
+  const std::string path = "'" + Utf8(permit.Location()) + "'";
   if (permit.IsUsable())
     return {kValid, DoctorStatus::Ok, path + " has " + std::to_string(permit.Entries().size()) + " entries."};
   const std::string reason = permit.Complaint().empty() ? HexCode(permit.Code()) : permit.Complaint();

@@ -45,13 +45,15 @@ class Pairs {
 
 }  // namespace
 
-PermitDocument::PermitDocument(const std::wstring& filePath) : path(FullPath(filePath)) {
-  outline = OutlineOf(ReadDocument(path));
-  Read();
+PermitDocument::PermitDocument(const std::wstring& place) : PermitDocument(LocalDocument(place)) {}
+
+PermitDocument::PermitDocument(const LocalDocument& document)
+    : location(document.Place()), bytes(ReadDocument(document.Path())), outline(OutlineOf(bytes)) {
+  Read(document.Path());
   PairEntries();
 }
 
-void PermitDocument::Read() {
+void PermitDocument::Read(const std::wstring& path) {
   const KeptLog log;
   permissions.reset(new (std::nothrow) CPermissions(0, PathForModule(path).c_str(), &code));
   if (!permissions || code == E_OUTOFMEMORY)

@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "advice/LocalDocument.h"
 #include "advice/Outline.h"
 #include "permissions/Permissions.h"
 
@@ -28,11 +29,13 @@ struct PermitEntry {
 // as a run's does.
 class PermitDocument {
  public:
-  // Reads the file. A file that the module refuses is no failure: IsUsable tells. Unanswered when it cannot be opened at
-  // all.
-  explicit PermitDocument(const std::wstring& filePath);
+  // Reads the file. One that the module refuses is no failure: IsUsable tells. Unanswered when it cannot be opened, or as
+  // LocalDocument is.
+  explicit PermitDocument(const LocalDocument& document);
+  explicit PermitDocument(const std::wstring& place);
 
-  const std::wstring& Path() const { return path; }
+  // The full path, or the URL of one that is on the web.
+  const std::wstring& Location() const { return location; }
 
   // Whether the module takes it; if not, the code and the first thing that it complains about.
   bool IsUsable() const { return permissions != nullptr; }
@@ -42,7 +45,9 @@ class PermitDocument {
   // Null when it is not usable.
   const CPermissions* Permissions() const { return permissions.get(); }
 
+  // As it stands, and its bytes.
   const Outline& Text() const { return outline; }
+  const std::string& Bytes() const { return bytes; }
 
   // In document order.
   const std::vector<PermitEntry>& Entries() const { return entries; }
@@ -51,10 +56,11 @@ class PermitDocument {
   const PermitEntry* EntryOf(const CListItem* item) const;
 
  private:
-  void Read();
+  void Read(const std::wstring& path);
   void PairEntries();
 
-  std::wstring path;
+  std::wstring location;
+  std::string bytes;
   Outline outline;
   std::unique_ptr<CPermissions> permissions;
   HRESULT code = S_OK;

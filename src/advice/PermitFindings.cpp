@@ -25,9 +25,12 @@ void AddWriter(const std::wstring& path, const char* words, const Surroundings& 
   }
 }
 
+// Who may change a file on the web, its server alone knows.
 void AddWriters(const PermitDocument& permit, const Surroundings& surroundings, Findings& findings) {
-  AddWriter(permit.Path(), "this file,", surroundings, findings);
-  AddWriter(FolderOf(permit.Path()), "its folder,", surroundings, findings);
+  if (!IsOnTheWeb(permit.Location())) {
+    AddWriter(permit.Location(), "this file,", surroundings, findings);
+    AddWriter(FolderOf(permit.Location()), "its folder,", surroundings, findings);
+  }
   if (*GetModulePath())
     AddWriter(WideFromAnsi(GetModulePath()), "the module,", surroundings, findings);
 }

@@ -34,6 +34,18 @@ std::string CheckedUtf8(const std::wstring& argument) {
   return Utf8(argument);
 }
 
+// A name in brackets would be taken for a list of names. All that check takes are files, for which it can be written otherwise
+// while the command line is read.
+constexpr char kHere[] = ".\\";
+
+std::string FileArgument(const std::string& text) {
+  return text.rfind('[', 0) == 0 ? kHere + text : text;
+}
+
+std::string FileOfArgument(const std::string& text) {
+  return text.rfind(kHere + std::string("["), 0) == 0 ? text.substr(sizeof(kHere) - 1) : text;
+}
+
 Question FolderQuestion(const std::string& text) {
   Question question = {QuestionKind::Folder, {}, FolderKind::Path};
   const std::size_t sign = text.find('=');
@@ -125,7 +137,7 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
 
   std::vector<std::string> texts;
   for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument)
-    texts.push_back(CheckedUtf8(*argument));
+    texts.push_back(arguments.front() == L"check" ? FileArgument(CheckedUtf8(*argument)) : CheckedUtf8(*argument));
   try {
     app.parse(texts);
   } catch (const CLI::CallForVersion& version) {
@@ -140,7 +152,7 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
   read.permit = WideFromUtf8(permit);
   read.url = WideFromUtf8(url);
   for (const std::string& file : files)
-    read.files.push_back(WideFromUtf8(file));
+    read.files.push_back(WideFromUtf8(FileOfArgument(file)));
   read.command = CommandOf(
       {{check, Arguments::Command::Check},
        {explain, Arguments::Command::Explain},

@@ -19,32 +19,33 @@ bool IsThere(const std::wstring& path) {
   return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
-CheckedFile CheckPermit(const std::wstring& place) {
-  const PermitDocument permit(LocalPath(place));
+CheckedFile CheckPermit(const LocalDocument& document) {
+  const PermitDocument permit(document);
   CheckedFile checked;
-  checked.file = WithoutCredentials(Utf8(place));
   checked.isValid = permit.IsUsable();
   checked.findings = FindingsOf(permit);
   return checked;
 }
 
 // The plan tells each command's verdict. A permission file that cannot be used is the other file's finding.
-CheckedFile CheckManifest(const std::wstring& place, const std::wstring& permitFile) {
-  const ManifestDocument manifest(place);
+CheckedFile CheckManifest(const LocalDocument& document, const std::wstring& permitFile) {
+  const ManifestDocument manifest(document);
   CheckedFile checked;
-  checked.file = WithoutCredentials(Utf8(place));
   checked.isManifest = true;
   checked.isValid = manifest.IsUsable();
   checked.findings = FindingsOf(manifest);
   if (checked.isValid && IsThere(permitFile) && PermitDocument(permitFile).IsUsable())
-    checked.plan = PlanManifest(place, permitFile);
+    checked.plan = PlanManifest(document.Place(), permitFile);
   return checked;
 }
 
 // What the root does not tell, the rules for a manifest tell.
 CheckedFile Check(const std::wstring& place, const std::wstring& permitFile) {
-  const bool isPermit = !IsOnTheWeb(place) && OutlineOf(ReadDocument(LocalPath(place))).root.name == kPermitRoot;
-  return isPermit ? CheckPermit(place) : CheckManifest(place, permitFile);
+  const LocalDocument document(place);
+  const bool isPermit = OutlineOf(ReadDocument(document.Path())).root.name == kPermitRoot;
+  CheckedFile checked = isPermit ? CheckPermit(document) : CheckManifest(document, permitFile);
+  checked.file = WithoutCredentials(Utf8(place));
+  return checked;
 }
 
 bool IsSound(const CheckedFile& file) {

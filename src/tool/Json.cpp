@@ -92,7 +92,7 @@ Json ToJson(const PermitDocument& permit, const std::vector<Answer>& answers) {
          {"by", answer.by ? EntryJson(*answer.by) : Json(nullptr)},
          {"nearest", answer.nearest ? NearestJson(*answer.nearest) : Json(nullptr)}});
   }
-  return {{"schema", kSchema}, {"permitFile", Utf8(permit.Path())}, {"questions", questions}};
+  return {{"schema", kSchema}, {"permitFile", Utf8(permit.Location())}, {"questions", questions}};
 }
 
 Json ToJson(const RunOutcome& outcome) {

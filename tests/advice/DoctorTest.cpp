@@ -2,10 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <regex>
+
 #include "advice/DoctorExpectations.h"
 #include "host/InstalledModule.h"
 #include "host/RegistryKeys.h"
 #include "support/HResult.h"
+#include "support/Pages.h"
 #include "support/PermitFile.h"
 #include "support/WebServer.h"
 
@@ -59,6 +63,38 @@ TEST(DoctorTest, WhatIsNotNamedLiesInTheModulesFolder) {
   ExpectCheck("module", DoctorStatus::Failed, "'" + permit.ModuleFolder() + "\\norvik.dll'", CheckNamed("module", checks));
   ExpectCheck(
       "permit-valid", DoctorStatus::Ok, "'" + permit.Path() + "' has 2 entries.", CheckNamed("permit-valid", checks));
+}
+
+// A name in the order of the checks; the thirteen folders once.
+void AddName(std::vector<std::string>& names, const std::string& name) {
+  const std::string shown = name.rfind("folder-", 0) == 0 ? "folder-Path" : name;
+  if (std::find(names.begin(), names.end(), shown) == names.end())
+    names.push_back(shown);
+}
+
+// The names in the first columns of the page's tables of checks. A system of 32 bits has no view of 64.
+std::vector<std::string> NamesOnThePage() {
+  std::vector<std::string> names;
+  const std::string page = ReadPage("docs/doctor.md");
+  const std::regex row("\\| (`[^|]+) \\|[^\n]*");
+  const std::regex name("`([^`]+)`");
+  for (std::sregex_iterator found(page.begin() + page.find("## The module"), page.end(), row), none; found != none; ++found) {
+    const std::string cell = (*found)[1];
+    for (std::sregex_iterator part(cell.begin(), cell.end(), name); part != none; ++part)
+      AddName(names, (*part)[1]);
+  }
+  if (sizeof(void*) == 4)
+    names.erase(std::remove(names.begin(), names.end(), "registered-64"), names.end());
+  return names;
+}
+
+TEST(DoctorTest, ThePageTellsOfEveryCheckInTheirOrder) {
+  const InstalledModule installed;
+  installed.WritePermit("http://host/", "C:\\Tools");
+  std::vector<std::string> names;
+  for (const DoctorCheck& check : Examine(OptionsFor(installed)))
+    AddName(names, check.name);
+  EXPECT_EQ(NamesOnThePage(), names);
 }
 
 TEST(DoctorTest, OnlyAFailureMakesAMachineUnready) {

@@ -6,7 +6,7 @@
 
 // A machine whose folders lie where this says, in which nobody else may write and nothing has a neighbour, until a test puts
 // it otherwise. Paths are compared as they are written.
-class FakeSurroundings final : public Surroundings {
+class FakeSurroundings : public Surroundings {
  public:
   std::string WriterOf(const std::wstring& path) const override { return Find(writers, path); }
   std::string NeighbourOf(const std::wstring& folder) const override { return Find(neighbours, folder); }

@@ -4,7 +4,9 @@
 
 #include "advice/Document.h"
 #include "advice/Words.h"
+#include "support/InternetCache.h"
 #include "support/PermitFile.h"
+#include "support/WebServer.h"
 
 namespace {
 
@@ -46,6 +48,21 @@ TEST(PermitDocumentTest, AnEntryThatTheModuleLeavesOutHasNoItem) {
   EXPECT_EQ(nullptr, document.Entries()[2].item);
   EXPECT_EQ(nullptr, document.Entries()[3].item);
   EXPECT_NE(nullptr, document.Entries()[4].item);
+}
+
+TEST(PermitDocumentTest, ReadsFromTheWebWithOneRequest) {
+  WebServer server;
+  PermitFile permit;
+  permit.URL("http://a/").Extension("txt").Folder("InternetCache").Write();
+  server.Answer("/permit.xml", Response().Body(permit.Content()));
+  const std::wstring url = WideFromAnsi(server.Url("/permit.xml").c_str());
+  const PermitDocument document(url);
+  ASSERT_TRUE(document.IsUsable()) << document.Complaint();
+  EXPECT_EQ(3u, document.Entries().size());
+  EXPECT_EQ(permit.Content(), document.Bytes());
+  EXPECT_EQ(url, document.Location());
+  EXPECT_EQ(std::vector<std::string>{"GET /permit.xml"}, server.Asked());
+  EXPECT_EQ("", CachedFile(server.Url("/permit.xml")));
 }
 
 TEST(PermitDocumentTest, WhatTheModuleRefusesIsNotUsableAndSaysWhy) {

@@ -8,6 +8,7 @@
 #include "support/LogCapture.h"
 #include "support/PermitFile.h"
 #include "support/Stopwatch.h"
+#include "support/WebServer.h"
 
 namespace {
 
@@ -319,6 +320,25 @@ TEST(PermitFindingsTest, TellsWhoElseMayChangeWhatIsPermitted) {
   FakeSurroundings surroundings;
   surroundings.writers = {{folder + L"\\other.xml", "Users"}};
   EXPECT_EQ("", CodesOf(FoundIn(permit, surroundings)));
+}
+
+// A machine on which ordinary users may write everywhere.
+class OpenSurroundings final : public FakeSurroundings {
+ public:
+  std::string WriterOf(const std::wstring& /*path*/) const override { return "Users"; }
+};
+
+// Neither the copy that was fetched nor the Internet cache is what a run would read.
+TEST(PermitFindingsTest, OfAFileOnTheWebOnlyTheModuleIsLookedAt) {
+  PermitFile permit;
+  permit.URL("https://host/apps/").Extension("txt").Folder("InternetCache").Write();
+  ASSERT_EQ("file-writable file-writable file-writable", CodesOf(Found(permit, OpenSurroundings())));
+  WebServer server;
+  server.Answer("/permit.xml", Response().Body(permit.Content()));
+  const Findings findings =
+      FindingsOf(PermitDocument(WideFromAnsi(server.Url("/permit.xml").c_str())), OpenSurroundings());
+  ASSERT_EQ("file-writable", CodesOf(findings));
+  EXPECT_TRUE(Says(findings[0], "the module")) << findings[0].message;
 }
 
 TEST(PermitFindingsTest, EntriesAreReadInTheDocumentsOwnCodePage) {

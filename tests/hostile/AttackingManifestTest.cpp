@@ -26,6 +26,8 @@ class AttackingManifestTest : public HostileTest, public testing::WithParamInter
     server.Answer("/a.txt", Response().Body("a"));
   }
 
+  bool IsDone() const { return GetParam().outcome == Outcome::Done; }
+
   void ExpectOutcome(HRESULT hr, Lines asked) const {
     EXPECT_HRESULT(IsDone() ? S_OK : E_FAIL, hr);
     EXPECT_EQ(Expected(), Told());
@@ -40,8 +42,6 @@ class AttackingManifestTest : public HostileTest, public testing::WithParamInter
   }
 
  private:
-  bool IsDone() const { return GetParam().outcome == Outcome::Done; }
-
   Lines Expected() const {
     Lines lines = GetParam().head;
     if (GetParam().outcome == Outcome::RefusedByItsHead)
@@ -63,6 +63,19 @@ TEST_P(AttackingManifestTest, FromTheWebReachesNothing) {
 
 TEST_P(AttackingManifestTest, FromAFileReachesNothing) {
   ExpectOutcome(RunLocal(Filled(GetParam().document)), {});
+}
+
+// The plan says what would become of the command.
+TEST_P(AttackingManifestTest, IsCheckedAndPlannedWithoutReachingAnything) {
+  WriteWholeFile(documents.File("attack.xml"), Filled(GetParam().document));
+  const ProgramResult checked = RunTool({L"check", L"attack.xml"});
+  EXPECT_EQ(IsDone() ? 0u : 1u, checked.code) << checked.output;
+  EXPECT_EQ(0u, checked.output.find(IsDone() ? "valid and sound: attack.xml (manifest)\n" : "not valid: attack.xml (manifest)\n"))
+      << checked.output;
+  EXPECT_EQ(std::string::npos, checked.output.find("CANARY")) << checked.output;
+  EXPECT_EQ("", checked.errors);
+  EXPECT_EQ(Lines{}, server.Asked());
+  EXPECT_EQ("", NamesIn(destination.Path()));
 }
 
 const std::string kDeclaration = "<?xml version=\"1.0\"?>";

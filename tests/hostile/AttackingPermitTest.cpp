@@ -60,6 +60,22 @@ TEST_P(AttackingPermitTest, ReachesNothing) {
   control = module.CreateControl();
 }
 
+// A document whose root cannot be read is judged as a manifest.
+TEST_P(AttackingPermitTest, IsCheckedAndExplainedWithoutReachingAnything) {
+  WriteWholeFile(documents.File("attack.xml"), Filled(GetParam().file));
+  const ProgramResult checked = RunTool({L"check", L"attack.xml"});
+  EXPECT_EQ(GetParam().isRead ? 0u : 1u, checked.code) << checked.output;
+  EXPECT_EQ(0u, checked.output.find(GetParam().isRead ? "valid and sound: attack.xml (permission file)\n"
+                                                      : "not valid: attack.xml ("))
+      << checked.output;
+  EXPECT_EQ("", checked.errors);
+  const ProgramResult explained = RunTool({L"explain", L"--permit", L"attack.xml", L"--extension", L"txt"});
+  EXPECT_EQ(GetParam().isRead ? 0u : 3u, explained.code) << explained.output;
+  EXPECT_EQ(GetParam().isRead, explained.errors.empty()) << explained.errors;
+  EXPECT_EQ(std::string::npos, (checked.output + explained.output + explained.errors).find("CANARY")) << checked.output;
+  EXPECT_EQ(Lines{}, server.Asked());
+}
+
 const std::string kDeclaration = "<?xml version=\"1.0\"?>";
 const std::string kType = "<!DOCTYPE VantorPermissions>";
 const std::string kBody =

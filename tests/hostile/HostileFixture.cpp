@@ -34,6 +34,11 @@ HRESULT HostileTest::RunLocal(const std::string& manifest) {
   return control->Execute(Automation(path).Get());
 }
 
+ProgramResult HostileTest::RunTool(const std::vector<std::wstring>& arguments) const {
+  CopyBuilt("norvik.exe", installed.Folder());
+  return RunProgram(installed.Folder() + "\\norvik.exe", arguments, documents.Path());
+}
+
 std::string HostileTest::CopyOf(const std::string& name, const std::string& options, const std::string& rest) const {
   return "<Copy><Source>" + server.Url("/" + name) + "</Source><Destination><Path>" + destination.Path() + "</Path>" +
          options + "</Destination>" + rest + "</Copy>\r\n";

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "host/ControlFixture.h"
+#include "support/Program.h"
 
 // A control whose server and documents mean harm. The log is shown with names in place of what differs from run to run:
 // {server} is the server's URL without its last slash, {folder} the destination folder, {manifest} the manifest's URL or
@@ -17,6 +18,9 @@ class HostileTest : public ControlTest {
   // Runs what the server answers for the manifest's URL, or a manifest of these bytes beside the page.
   HRESULT RunAnswered(const Response& manifest);
   HRESULT RunLocal(const std::string& manifest);
+
+  // What the program for administrators and authors says of such documents, from beside the module.
+  ProgramResult RunTool(const std::vector<std::wstring>& arguments) const;
 
   // A command for a file of the server, with options behind its folder and behind its destination.
   std::string CopyOf(const std::string& name, const std::string& options = "", const std::string& rest = "") const;

@@ -4,6 +4,7 @@
 
 #include "advice/Words.h"
 #include "support/LogCapture.h"
+#include "support/WebServer.h"
 #include "tool/ToolFixture.h"
 
 namespace {
@@ -16,6 +17,11 @@ std::string FindCheck(const Json& document, const std::string& name) {
       return check.at("status");
   }
   return "";
+}
+
+bool HasFinding(const Json& file, const std::string& code) {
+  const Json& findings = file.at("findings");
+  return std::any_of(findings.begin(), findings.end(), [&](const Json& finding) { return finding.at("code") == code; });
 }
 
 TEST_F(CommandsTest, CheckOfSoundFilesIsYes) {
@@ -42,6 +48,34 @@ TEST_F(CommandsTest, AFileMayBeNamedByItsURL) {
   EXPECT_EQ("permit", RunJson({L"check", url + L"permit.xml"}, 0).at("files").at(0).at("kind"));
   EXPECT_EQ("manifest", RunJson({L"check", url + L"manifest.xml"}, 0).at("files").at(0).at("kind"));
   RunJson({L"plan", url + L"manifest.xml"}, 0);
+}
+
+// Each is asked for once. Of a manifest that is not permitted there is no more to ask.
+TEST_F(CommandsTest, AFileMayBeOnTheWeb) {
+  WebServer server;
+  server.Answer("/permit.xml", Response().Body(PermitText("<URL>http://host</URL>\n")));
+  server.Answer("/manifest.xml", Response().Body(ManifestText("")));
+  const Json files = RunJson({L"check", WideFromAnsi(server.Url("/permit.xml").c_str()),
+                              WideFromAnsi(server.Url("/manifest.xml").c_str())},
+                             1)
+                         .at("files");
+  EXPECT_EQ(server.Url("/permit.xml"), files.at(0).at("file"));
+  EXPECT_EQ("permit", files.at(0).at("kind"));
+  EXPECT_TRUE(HasFinding(files.at(0), "url-everything"));
+  EXPECT_EQ("manifest", files.at(1).at("kind"));
+  EXPECT_EQ(true, files.at(1).at("valid"));
+  EXPECT_EQ((std::vector<std::string>{"GET /permit.xml", "GET /manifest.xml"}), server.Asked());
+  EXPECT_EQ(3u, Run({L"check", WideFromAnsi(server.RefusedUrl("/permit.xml").c_str())}).code);
+}
+
+// In other programs, a list.
+TEST_F(CommandsTest, AFileMayHaveBracketsAroundItsName) {
+  for (const char* const name : {"[permit.xml,manifest.xml]", "[a]"})
+    WriteWholeFile(folder.File(name), PermitText());
+  const Json files = RunJson({L"check", L"[permit.xml,manifest.xml]", L"[a]", L"--permit", L"[a]"}, 0).at("files");
+  ASSERT_EQ(2u, files.size());
+  EXPECT_EQ("[permit.xml,manifest.xml]", files.at(0).at("file"));
+  EXPECT_EQ("[a]", files.at(1).at("file"));
 }
 
 TEST_F(CommandsTest, CheckOfAnUnsoundFileIsNo) {
