@@ -165,7 +165,7 @@ choose_prefix() {
 # use_wine [x64|x86 [NUMBER]]: chooses a prefix, which is made once.
 use_wine() {
   choose_prefix "$@"
-  [ -f "$WINEPREFIX/.ready" ] || make_prefix
+  [ -f "$WINEPREFIX/.complete" ] || make_prefix
 }
 
 make_prefix() {
@@ -175,9 +175,15 @@ make_prefix() {
   rm -rf "$WINEPREFIX"
   mkdir -p "$WINEPREFIX"
   run_windows wineboot --init >"$build/$name.log" 2>&1 </dev/null || die "wineboot failed; see build/$name.log"
+  hide_no_files
   with_wine wineserver -w
   contain_user_folders
-  touch "$WINEPREFIX/.ready"
+  touch "$WINEPREFIX/.complete"
+}
+
+# hide_no_files: Wine gives every file whose name begins with a dot the attribute "hidden". Windows does not.
+hide_no_files() {
+  run_windows reg add 'HKCU\Software\Wine' /v ShowDotFiles /d Y /f >/dev/null 2>&1 </dev/null || die "Wine's registry cannot be written"
 }
 
 # contain_user_folders: a new prefix shows the user's own home as Documents, Desktop and so on. They become folders of the

@@ -11,7 +11,7 @@
 
 namespace {
 
-// Of the calls of a scenario, one in so many is the last one of a process, and one of each kind.
+// Of the calls of a scenario, one in so many is the last one of a process, besides those that are chosen for their kind.
 constexpr std::uint32_t kStride = 3;
 
 bool ChangesTheSystem(const FallibleCall& call) {

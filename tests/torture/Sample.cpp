@@ -1,6 +1,7 @@
 #include "torture/Sample.h"
 
 #include <cstdlib>
+#include <functional>
 #include <map>
 #include <string>
 
@@ -19,6 +20,11 @@ std::uint32_t Mix(std::size_t scenario, std::size_t number) {
   return mixed ^ (mixed >> 16);
 }
 
+// Of two scenarios that stand side by side, a kind has its turn in one.
+bool IsTurnOf(const std::string& kind, std::size_t scenario) {
+  return (Mix(std::hash<std::string>()(kind), 0) + scenario) % 2 == 0;
+}
+
 std::set<std::size_t> ChooseSample(const std::vector<FallibleCall>& calls, std::size_t scenario, std::uint32_t stride) {
   std::set<std::size_t> chosen;
   std::map<std::string, std::vector<std::size_t>> kinds;
@@ -27,8 +33,10 @@ std::set<std::size_t> ChooseSample(const std::vector<FallibleCall>& calls, std::
     if (Mix(scenario, number) % stride == 0)
       chosen.insert(number);
   }
-  for (const auto& [kind, numbers] : kinds)
-    chosen.insert(numbers[Mix(scenario, numbers[0]) / stride % numbers.size()]);
+  for (const auto& [kind, numbers] : kinds) {
+    if (IsTurnOf(kind, scenario))
+      chosen.insert(numbers[Mix(scenario, numbers[0]) / stride % numbers.size()]);
+  }
   return chosen;
 }
 

@@ -12,7 +12,7 @@
 
 namespace {
 
-// Of all calls, one in so many fails, and one of each kind.
+// Of all calls, one in so many fails, besides those that are chosen for their kind.
 constexpr std::uint32_t kStride = 16;
 
 // What the system's own caches may come and go by.
