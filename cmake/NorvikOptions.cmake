@@ -45,3 +45,15 @@ function(norvik_folder name)
   add_library(${name} STATIC ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${compile} PUBLIC ${ARG_USES})
 endfunction()
+
+# norvik_program(TARGET NAME DESCRIPTION SUBSYSTEM LIBRARY): the program build/<width>/NAME.exe from Main.cpp and the folder's
+# library, with what the system shows of it. SUBSYSTEM is console or windows.
+function(norvik_program target file description subsystem library)
+  configure_file(${CMAKE_SOURCE_DIR}/cmake/program.rc.in ${target}.rc @ONLY)
+  add_executable(${target} Main.cpp ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
+  target_link_libraries(${target} PRIVATE ${library} norvik_program_compile norvik_link)
+  target_link_options(${target} PRIVATE -s -municode -m${subsystem})
+  set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/${target}.rc PROPERTIES
+    OBJECT_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/program.manifest)
+  set_target_properties(${target} PROPERTIES OUTPUT_NAME ${file} RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
+endfunction()

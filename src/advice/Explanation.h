@@ -6,20 +6,10 @@
 
 #include "advice/Mismatch.h"
 #include "advice/PermitDocument.h"
+#include "advice/Question.h"
 
 // Why something is permitted, or what is in the way. The verdict is the module's own; what is said about an entry that does
 // not permit is found by looking at both texts.
-
-enum class QuestionKind { Manifest, Source, Extension, Folder };
-
-struct Question {
-  QuestionKind kind = QuestionKind::Source;
-  std::wstring asked;  // a URL, an extension, or the text of the folder
-
-  FolderKind folderKind = FolderKind::Path;  // of a folder
-};
-
-const char* NameOf(QuestionKind kind);
 
 struct Nearest {
   const PermitEntry* entry;

@@ -16,6 +16,23 @@
 
 namespace {
 
+Question FolderQuestion(const CDestinationFolder& folder) {
+  const bool hasPath = folder.GetKind() != FolderKind::InternetCache && folder.GetKind() != FolderKind::Cookie;
+  return hasPath ? Question{QuestionKind::Folder, WideFromAnsi(folder.GetPath()), FolderKind::Path}
+                 : Question{QuestionKind::Folder, {}, folder.GetKind()};
+}
+
+// What a command asks of the permission file, in its order. A folder counts by its path, whatever its kind.
+std::vector<Question> QuestionsOf(const CCopyCommand& command) {
+  std::vector<Question> questions;
+  if (command.GetSource())
+    questions.push_back({QuestionKind::Source, WideFromAnsi(command.GetSource()->GetURL()), FolderKind::Path});
+  if (command.GetDestination())
+    questions.push_back(FolderQuestion(*command.GetDestination()));
+  questions.push_back({QuestionKind::Extension, WideFromAnsi(command.GetCheckedExtension()), FolderKind::Path});
+  return questions;
+}
+
 // Follows a run and writes down what it hears. It is called from the module, which passes no exceptions on: a failure of
 // memory is kept until the run is over.
 class Recorder final : public RunObserver, public TransferObserver {
@@ -77,10 +94,12 @@ class Recorder final : public RunObserver, public TransferObserver {
     });
   }
 
-  void CommandEnded(const CCommand& /*command*/, HRESULT result) override {
+  void CommandEnded(const CCommand& command, HRESULT result) override {
     Keep([&] {
       CommandOutcome& current = outcome.commands.back();
       current.result = result;
+      if (result == E_ACCESSDENIED && !current.destination)
+        current.questions = QuestionsOf(static_cast<const CCopyCommand&>(command));
       if (FAILED(result) && current.reason.empty())
         current.reason = log.FirstComplaint();
       if (FAILED(result) && current.reason.empty())
@@ -176,6 +195,8 @@ void Run(const std::wstring& url, const std::wstring& permitFile, Machine& machi
   outcome.result = executer.Run(asked.c_str(), navigate.Receive(), machine, &recorder);
   if (FAILED(outcome.result))
     outcome.reason = ReasonOfFailure(recorder.Manifest(), outcome.result, log.FirstComplaint());
+  if (outcome.result == E_ACCESSDENIED && recorder.Manifest().empty())
+    outcome.questions = {{QuestionKind::Manifest, asked, FolderKind::Path}};
   if (navigate)
     outcome.navigate = WithoutCredentials(Utf8(navigate.Get()));
   recorder.Conclude();

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "advice/Question.h"
+
 // What a run of a manifest did, or would do, command by command.
 
 enum class CommandAction {
@@ -35,6 +37,9 @@ struct CommandOutcome {
   HRESULT result = E_UNEXPECTED;
   std::string reason;  // of a failure, the first thing that the module says; else empty
   std::uint64_t bytes = 0;
+
+  // Of one that was refused before a name was chosen: what the permission file was asked, in that order.
+  std::vector<Question> questions;
 };
 
 struct RunOutcome {
@@ -44,6 +49,7 @@ struct RunOutcome {
   std::optional<std::string> navigate;  // the URL for a browser
   std::string log;                      // the path of the log file; empty when nothing was written
   std::vector<CommandOutcome> commands;
+  std::vector<Question> questions;  // of a manifest that was refused: what the permission file was asked
 };
 
 // Hears of a run while it goes on.

@@ -49,6 +49,14 @@ struct FileHandleTraits {
 };
 using FileHandle = UniqueHandle<FileHandleTraits>;
 
+// Of what is no file (a thread, a mutex), for which the system answers null when it has none.
+struct KernelHandleTraits {
+  using Handle = HANDLE;
+  static Handle Invalid() { return nullptr; }
+  static bool Close(Handle handle) { return CloseHandle(handle) != FALSE; }
+};
+using KernelHandle = UniqueHandle<KernelHandleTraits>;
+
 // Whether what was opened as a file is a console, a port, a printer or the null device. Their names stand for them in every
 // folder, with any extension.
 inline bool IsDevice(const FileHandle& file) {

@@ -99,6 +99,11 @@ void LogFileSink::SetName(const wchar_t* name) {
   isNoticeWritten = false;
 }
 
+void LogFileSink::Continue(const wchar_t* name) {
+  SetName(name);
+  isBegun = true;
+}
+
 FileHandle LogFileSink::Open() {
   const DWORD disposition = isBegun ? OPEN_ALWAYS : CREATE_ALWAYS;
   isBegun = true;

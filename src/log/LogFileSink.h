@@ -17,6 +17,9 @@ class LogFileSink final : public LogSink {
   void WriteText(const char* text) override;
   void SetName(const wchar_t* name) override;
 
+  // Chooses the file of that name as SetName does; its records stay.
+  void Continue(const wchar_t* name);
+
   // The file, as it was chosen by the last name or the first record; empty before.
   const char* GetPath() const { return path; }
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "advice/Document.h"
+#include "advice/ExitCode.h"
 #include "advice/ManifestFindings.h"
 #include "advice/Outline.h"
 #include "advice/PermitFindings.h"
@@ -9,7 +10,6 @@
 #include "tool/Console.h"
 #include "tool/Json.h"
 #include "tool/Report.h"
-#include "tool/Tool.h"
 
 namespace {
 

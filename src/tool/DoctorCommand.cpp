@@ -1,10 +1,10 @@
 #include "advice/Doctor.h"
+#include "advice/ExitCode.h"
 #include "advice/PermitFindings.h"
 #include "tool/Commands.h"
 #include "tool/Console.h"
 #include "tool/Json.h"
 #include "tool/Report.h"
-#include "tool/Tool.h"
 
 int DoctorCommand(const Arguments& arguments) {
   DoctorOptions options;

@@ -1,10 +1,10 @@
 #include "advice/Document.h"
+#include "advice/ExitCode.h"
 #include "advice/InvalidDocument.h"
 #include "tool/Commands.h"
 #include "tool/Console.h"
 #include "tool/Json.h"
 #include "tool/Report.h"
-#include "tool/Tool.h"
 
 int ExplainCommand(const Arguments& arguments) {
   const PermitDocument permit(arguments.permit.empty() ? DefaultPermitPath() : arguments.permit);

@@ -2,12 +2,12 @@
 
 #include <fmt/format.h>
 
+#include "advice/ExitCode.h"
 #include "advice/Outcome.h"
 #include "tool/Commands.h"
 #include "tool/Console.h"
 #include "tool/Json.h"
 #include "tool/Report.h"
-#include "tool/Tool.h"
 
 namespace {
 

@@ -1,32 +1,16 @@
 #include "tool/Tool.h"
 
-#include "common/Windows.h"
-
-#include <objbase.h>
-
 #include <new>
 
+#include "advice/Apartment.h"
 #include "advice/Document.h"
+#include "advice/ExitCode.h"
 #include "advice/Words.h"
 #include "common/ModulePath.h"
 #include "tool/Commands.h"
 #include "tool/Console.h"
 
 namespace {
-
-class ComOfThread {
- public:
-  ComOfThread() : initialized(CoInitialize(nullptr)) {}
-  ~ComOfThread() {
-    if (SUCCEEDED(initialized))
-      CoUninitialize();
-  }
-  ComOfThread(const ComOfThread&) = delete;
-  ComOfThread& operator=(const ComOfThread&) = delete;
-
- private:
-  HRESULT initialized;
-};
 
 int Dispatch(const Arguments& arguments) {
   switch (arguments.command) {
@@ -53,7 +37,7 @@ int Complain(const std::string& sentence) {
 
 int RunTool(const std::vector<std::wstring>& arguments) {
   try {
-    const ComOfThread com;
+    const Apartment apartment;
     RecordModulePath(nullptr);  // the program stands beside the module, and counts as it
     return Dispatch(ReadArguments(arguments));
   } catch (const UsageText& usage) {
