@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "advice/BrowserLaunch.h"
 #include "advice/FolderCheck.h"
 #include "advice/ModuleFile.h"
 #include "advice/PlatformCheck.h"
@@ -47,6 +48,7 @@ DoctorChecks Examine(const DoctorOptions& options) {
   Append(checks, CheckFolders());
   checks.push_back(CheckProxy(ReadProxySettings()));
   checks.push_back(CheckServer(options.url));
+  checks.push_back(CheckBrowserLaunch(ReadBrowserLaunch(), LinkProgramPath()));
   return checks;
 }
 

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cwchar>
 
+#include "advice/RegistryKey.h"
 #include "advice/Words.h"
-#include "common/Handles.h"
 #include "common/Text.h"
 #include "common/identifiers.h"
 
@@ -23,47 +23,14 @@ constexpr char kRegister[] = " Run regsvr32 of that width with the module's path
 
 constexpr char kElsewhere[] = ". It lies on another machine, which is not asked; install the module on this one.";
 
-struct KeyTraits {
-  using Handle = HKEY;
-  static Handle Invalid() { return nullptr; }
-  static bool Close(Handle key) { return RegCloseKey(key) == ERROR_SUCCESS; }
-};
-using Key = UniqueHandle<KeyTraits>;
-
-Key OpenView(HKEY root, const wchar_t* name, int bits) {
-  const REGSAM view = bits == 64 ? KEY_WOW64_64KEY : KEY_WOW64_32KEY;
-  HKEY opened = nullptr;
-  return Key(RegOpenKeyExW(root, name, 0, KEY_READ | view, &opened) == ERROR_SUCCESS ? opened : nullptr);
-}
-
-// The text of a value, with the environment's variables in it replaced; empty when there is none.
-std::wstring ReadText(const Key& key, const wchar_t* name) {
-  DWORD bytes = 0;
-  if (RegGetValueW(key.Get(), nullptr, name, RRF_RT_REG_SZ, nullptr, nullptr, &bytes) != ERROR_SUCCESS)
-    return {};
-  std::wstring text(bytes / sizeof(wchar_t) + 1, L'\0');
-  bytes = static_cast<DWORD>(text.size() * sizeof(wchar_t));
-  if (RegGetValueW(key.Get(), nullptr, name, RRF_RT_REG_SZ, nullptr, text.data(), &bytes) != ERROR_SUCCESS)
-    return {};
-  text.resize(std::wcslen(text.c_str()));
-  return text;
-}
-
-DWORD ReadNumber(const Key& key, const wchar_t* name) {
-  DWORD number = 0;
-  DWORD bytes = sizeof(number);
-  const LONG error = RegGetValueW(key.Get(), nullptr, name, RRF_RT_REG_DWORD, nullptr, &number, &bytes);
-  return error == ERROR_SUCCESS ? number : 0;
-}
-
 // The user's own keys stand before those of the machine.
 void ReadClass(RegisteredView& view) {
   view.isRegistered =
-      OpenView(HKEY_CURRENT_USER, kClassKey, view.bits) || OpenView(HKEY_LOCAL_MACHINE, kClassKey, view.bits);
-  Key server = OpenView(HKEY_CURRENT_USER, kServerKey, view.bits);
+      OpenKey(HKEY_CURRENT_USER, kClassKey, view.bits) || OpenKey(HKEY_LOCAL_MACHINE, kClassKey, view.bits);
+  RegistryKey server = OpenKey(HKEY_CURRENT_USER, kServerKey, view.bits);
   view.isForUserOnly = static_cast<bool>(server);
   if (!server)
-    server = OpenView(HKEY_LOCAL_MACHINE, kServerKey, view.bits);
+    server = OpenKey(HKEY_LOCAL_MACHINE, kServerKey, view.bits);
   if (!server)
     return;
   view.server = ReadText(server, nullptr);
@@ -74,7 +41,7 @@ RegisteredView ReadView(int bits) {
   RegisteredView view;
   view.bits = bits;
   ReadClass(view);
-  if (const Key key = OpenView(HKEY_LOCAL_MACHINE, kKillKey, bits))
+  if (const RegistryKey key = OpenKey(HKEY_LOCAL_MACHINE, kKillKey, bits))
     view.isKilled = (ReadNumber(key, L"Compatibility Flags") & kKillBit) != 0;
   return view;
 }

@@ -36,13 +36,6 @@ constexpr Row kRows[] = {
 };
 constexpr int kRowCount = static_cast<int>(sizeof(kRows) / sizeof(kRows[0]));
 
-struct RegistryKeyTraits {
-  using Handle = HKEY;
-  static Handle Invalid() { return nullptr; }
-  static bool Close(Handle key) { return RegCloseKey(key) == ERROR_SUCCESS; }
-};
-using RegistryKey = UniqueHandle<RegistryKeyTraits>;
-
 // `isCreated` tells after a failure too whether there is a key to be taken away.
 LONG WriteRow(const Row& row, bool& isCreated) {
   HKEY created = nullptr;

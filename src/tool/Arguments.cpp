@@ -24,6 +24,9 @@ constexpr char kRunExample[] =
 constexpr char kDoctorExample[] =
     "Example:\n"
     "  norvik doctor --json";
+constexpr char kBrowserExample[] =
+    "Example:\n"
+    "  norvik browser status";
 
 // The program speaks UTF-8 inside. What is no text has no UTF-8.
 std::string CheckedUtf8(const std::wstring& argument) {
@@ -78,6 +81,12 @@ std::vector<Question> QuestionsOf(const CLI::App& explain) {
   return questions;
 }
 
+// The command whose arguments were read last: the program itself, a command, or a command of a command.
+const CLI::App* Chosen(const CLI::App* app) {
+  const auto chosen = app->get_subcommands();
+  return chosen.empty() ? app : Chosen(chosen.front());
+}
+
 Arguments::Command CommandOf(const std::vector<std::pair<const CLI::App*, Arguments::Command>>& commands) {
   for (const auto& [app, command] : commands) {
     if (app->parsed())
@@ -97,8 +106,8 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
   std::string url;
   std::vector<std::string> ignored;
   Arguments read;
-  const auto add = [&](const char* name, const char* description, const char* footer) {
-    CLI::App* const command = app.add_subcommand(name, description);
+  const auto add = [&](CLI::App* above, const char* name, const char* description, const char* footer) {
+    CLI::App* const command = above->add_subcommand(name, description);
     command->allow_windows_style_options(false);
     command->add_flag("--json", read.isJson, "One JSON document on standard output");
     command->footer(footer);
@@ -109,12 +118,12 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
   };
 
   std::vector<std::string> files;
-  CLI::App* const check = add("check", "Tells whether permission files and manifests are valid and sound", kCheckExample);
+  CLI::App* const check = add(&app, "check", "Tells whether permission files and manifests are valid and sound", kCheckExample);
   addPermit(check);
   check->add_option("FILE", files, "Permission files and manifests; else permit.xml beside the program")
       ->option_text("FILE|URL ...");
 
-  CLI::App* const explain = add("explain", "Tells whether something is permitted, and by which entry", kExplainExample);
+  CLI::App* const explain = add(&app, "explain", "Tells whether something is permitted, and by which entry", kExplainExample);
   addPermit(explain);
   // Each takes one text as it is: a list in brackets is a text like any other.
   const auto addQuestion = [&](const char* name, const char* description, const char* typeName) {
@@ -125,15 +134,23 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
   addQuestion("--extension", "A file's extension, without a dot", "EXT");
   addQuestion("--folder", "A destination, as its element's name and text", "KIND[=TEXT]");
 
-  CLI::App* const plan = add("plan", "Tells what a run would do, without doing it", kPlanExample);
+  CLI::App* const plan = add(&app, "plan", "Tells what a run would do, without doing it", kPlanExample);
   addPermit(plan);
   plan->add_option("URL", url, "The manifest's URL or file")->required();
 
-  CLI::App* const run = add("run", "Runs a manifest as a page would", kRunExample);
+  CLI::App* const run = add(&app, "run", "Runs a manifest as a page would", kRunExample);
   run->add_option("URL", url, "The manifest's URL or file")->required();
 
-  CLI::App* const doctor = add("doctor", "Tells whether this machine is ready", kDoctorExample);
+  CLI::App* const doctor = add(&app, "doctor", "Tells whether this machine is ready", kDoctorExample);
   doctor->add_option("--url", url, "A URL whose server is asked once")->type_name("URL");
+
+  CLI::App* const browser = app.add_subcommand("browser", "Whether links in browsers start manifests");
+  browser->require_subcommand(1);
+  browser->footer(kBrowserExample);
+  const auto addBrowser = [&](const char* name, const char* description) { return add(browser, name, description, ""); };
+  CLI::App* const browserOn = addBrowser("on", "Lets links start manifests, for all users");
+  CLI::App* const browserOff = addBrowser("off", "Lets links start nothing");
+  CLI::App* const browserStatus = addBrowser("status", "Tells which it is");
 
   std::vector<std::string> texts;
   for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument)
@@ -143,8 +160,7 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
   } catch (const CLI::CallForVersion& version) {
     throw UsageText{std::string(version.what()) + "\n", false};
   } catch (const CLI::CallForHelp&) {
-    const auto chosen = app.get_subcommands();
-    throw UsageText{chosen.empty() ? app.help() : chosen.front()->help(), false};
+    throw UsageText{Chosen(&app)->help(), false};
   } catch (const CLI::ParseError& error) {
     throw UsageText{WithoutCredentials(error.what()) + "\nRun 'norvik --help' for the commands and their options.\n", true};
   }
@@ -158,7 +174,10 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
        {explain, Arguments::Command::Explain},
        {plan, Arguments::Command::Plan},
        {run, Arguments::Command::Run},
-       {doctor, Arguments::Command::Doctor}});
+       {doctor, Arguments::Command::Doctor},
+       {browserOn, Arguments::Command::BrowserOn},
+       {browserOff, Arguments::Command::BrowserOff},
+       {browserStatus, Arguments::Command::BrowserStatus}});
   if (explain->parsed()) {
     read.questions = QuestionsOf(*explain);
     if (read.questions.empty())

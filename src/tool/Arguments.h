@@ -8,7 +8,7 @@
 
 // What the command line asks for.
 struct Arguments {
-  enum class Command { Check, Explain, Plan, Run, Doctor };
+  enum class Command { Check, Explain, Plan, Run, Doctor, BrowserOn, BrowserOff, BrowserStatus };
 
   Command command = Command::Check;
   bool isJson = false;

@@ -106,6 +106,15 @@ Json ToJson(const RunOutcome& outcome) {
           {"commands", CommandsJson(outcome)}};
 }
 
+Json ToJson(const BrowserLaunch& launch, const DoctorCheck& check) {
+  return {{"schema", kSchema},
+          {"browserLaunch", launch.isOn ? "on" : "off"},
+          {"command", OrNull(Utf8(launch.command))},
+          {"usersChoice", OrNull(Utf8(launch.usersChoice))},
+          {"status", NameOf(check.status)},
+          {"detail", check.detail}};
+}
+
 void PrintJson(const Json& document) {
   Print(document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "advice/BrowserLaunch.h"
 #include "advice/DoctorCheck.h"
 #include "advice/Explanation.h"
 #include "advice/Finding.h"
@@ -26,6 +27,7 @@ Json ToJson(const std::vector<CheckedFile>& files);
 Json ToJson(const DoctorChecks& checks);
 Json ToJson(const PermitDocument& permit, const std::vector<Answer>& answers);
 Json ToJson(const RunOutcome& outcome);
+Json ToJson(const BrowserLaunch& launch, const DoctorCheck& check);
 
 // Prints the document, and a line end.
 void PrintJson(const Json& document);

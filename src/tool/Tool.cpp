@@ -22,6 +22,12 @@ int Dispatch(const Arguments& arguments) {
       return PlanCommand(arguments);
     case Arguments::Command::Run:
       return RunCommand(arguments);
+    case Arguments::Command::BrowserOn:
+      return BrowserOnCommand(arguments);
+    case Arguments::Command::BrowserOff:
+      return BrowserOffCommand(arguments);
+    case Arguments::Command::BrowserStatus:
+      return BrowserStatusCommand(arguments);
     case Arguments::Command::Doctor:
       break;
   }
