@@ -45,6 +45,27 @@ bool IsRefusedCharacter(wchar_t character) {
   return character <= L' ' || character > L'~' || character == kQuote || character == L'\\';
 }
 
+bool IsDotSegment(std::wstring_view segment) {
+  std::wstring plain(segment);
+  for (std::size_t escape = plain.find(L'%'); escape != std::wstring::npos; escape = plain.find(L'%', escape + 1)) {
+    if (plain.compare(escape, 3, L"%2e") == 0 || plain.compare(escape, 3, L"%2E") == 0)
+      plain.replace(escape, 3, L".");
+  }
+  return plain == L"." || plain == L"..";
+}
+
+// The system takes `/../` out of a URL, of its query too, before it asks the server, and servers take it out of the path
+// however it is written: what is asked for would be in another folder than what was checked.
+bool HasDotSegment(std::wstring_view url) {
+  while (!url.empty()) {
+    const std::size_t end = url.find_first_of(L"/?#");
+    if (IsDotSegment(url.substr(0, end)))
+      return true;
+    url = end == std::wstring_view::npos ? std::wstring_view() : url.substr(end + 1);
+  }
+  return false;
+}
+
 }  // namespace
 
 LinkCall ReadLinkCall(const std::wstring& commandLine) {
@@ -72,6 +93,8 @@ std::wstring ManifestOfLink(const std::wstring& link) {
     throw LinkRefused("The URL in the link has more than 2,000 characters.");
   if (std::any_of(url.begin(), url.end(), IsRefusedCharacter))
     throw LinkRefused("The URL in the link has a character that no URL has: a space, a quote, a backslash, or one that is not ASCII.");
+  if (HasDotSegment(url))
+    throw LinkRefused("The URL in the link has '.' or '..' in the place of a folder's name.");
   for (const std::wstring_view scheme : {L"http://", L"https://"}) {
     if (BeginsWithScheme(url, scheme) && url.size() > scheme.size())
       return std::wstring(url);

@@ -30,6 +30,14 @@ FileHandle InheritedFile(const std::string& path) {
                                 FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
+// For a message: what is no ASCII becomes a question mark.
+std::string Shown(const std::wstring& text) {
+  std::string shown;
+  for (const wchar_t character : text.substr(0, 200))
+    shown += character < 0x7F ? static_cast<char>(character) : '?';
+  return shown;
+}
+
 std::string FolderAbove(std::string path) {
   path.erase(path.find_last_of('\\'));
   return path;
@@ -45,10 +53,7 @@ void CopyBuilt(const std::string& name, const std::string& folder) {
     ADD_FAILURE() << "cannot copy " << built << ", error " << GetLastError();
 }
 
-ProgramResult RunProgram(const std::string& path, const std::vector<std::wstring>& arguments, const std::string& folder) {
-  std::wstring command = Quoted(std::wstring(path.begin(), path.end()));
-  for (const std::wstring& argument : arguments)
-    command += L" " + Quoted(argument);
+ProgramResult RunCommandLine(std::wstring commandLine, const std::string& folder) {
   const TemporaryFolder written;
   ProgramResult result;
   {
@@ -62,14 +67,14 @@ ProgramResult RunProgram(const std::string& path, const std::vector<std::wstring
     PROCESS_INFORMATION process = {};
     const std::wstring wideFolder(folder.begin(), folder.end());
     if (!CreateProcessW(
-            nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, wideFolder.c_str(), &startup, &process)) {
-      ADD_FAILURE() << "cannot run " << path << ", error " << GetLastError();
+            nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, wideFolder.c_str(), &startup, &process)) {
+      ADD_FAILURE() << "cannot run " << Shown(commandLine) << ", error " << GetLastError();
       return result;
     }
     const FileHandle ended(process.hProcess);
     const FileHandle thread(process.hThread);
     if (WaitForSingleObject(process.hProcess, kPatienceMilliseconds) != WAIT_OBJECT_0) {
-      ADD_FAILURE() << path << " does not end";
+      ADD_FAILURE() << Shown(commandLine) << " does not end";
       TerminateProcess(process.hProcess, 99);
     }
     GetExitCodeProcess(process.hProcess, &result.code);
@@ -77,4 +82,11 @@ ProgramResult RunProgram(const std::string& path, const std::vector<std::wstring
   result.output = ReadWholeFile(written.File("output"));
   result.errors = ReadWholeFile(written.File("errors"));
   return result;
+}
+
+ProgramResult RunProgram(const std::string& path, const std::vector<std::wstring>& arguments, const std::string& folder) {
+  std::wstring command = Quoted(std::wstring(path.begin(), path.end()));
+  for (const std::wstring& argument : arguments)
+    command += L" " + Quoted(argument);
+  return RunCommandLine(command, folder);
 }
