@@ -4,7 +4,7 @@
 #include <shlwapi.h>
 
 #include "advice/ModuleFile.h"
-#include "advice/RegistryKey.h"
+#include "advice/RegistryValue.h"
 #include "advice/Words.h"
 #include "common/ModulePath.h"
 
@@ -14,8 +14,7 @@ constexpr char kCheckName[] = "browser-launch";
 constexpr int kBits = static_cast<int>(sizeof(void*)) * 8;  // both widths see the same keys
 constexpr wchar_t kSchemeKey[] = L"Software\\Classes\\norvik";
 constexpr wchar_t kCommandKey[] = L"Software\\Classes\\norvik\\shell\\open\\command";
-constexpr wchar_t kChoiceKey[] =
-    L"Software\\Microsoft\\Windows\\Shell\\Associations\\UrlAssociations\\norvik\\UserChoice";
+constexpr wchar_t kChoiceKey[] = L"Software\\Microsoft\\Windows\\Shell\\Associations\\UrlAssociations\\norvik\\UserChoice";
 
 std::wstring CommandFor(const std::wstring& program) {
   return L"\"" + program + L"\" \"%1\"";

@@ -5,8 +5,8 @@
 
 #include "advice/Outcome.h"
 
-// What there is to say of a run that failed to somebody who knows neither manifests nor permission files. UTF-8, without user
-// names and passwords.
+// What there is to say of a run that failed to somebody who knows neither manifests nor permission files. UTF-8, without
+// user names and passwords.
 struct FailureReport {
   std::string headline;              // what became of it, in one sentence
   std::vector<std::string> details;  // what was to be done, why it was not, and which entry came nearest; a paragraph each

@@ -92,12 +92,14 @@ std::wstring ManifestOfLink(const std::wstring& link) {
   if (url.size() > kMaximumLinkedCharacters)
     throw LinkRefused("The URL in the link has more than 2,000 characters.");
   if (std::any_of(url.begin(), url.end(), IsRefusedCharacter))
-    throw LinkRefused("The URL in the link has a character that no URL has: a space, a quote, a backslash, or one that is not ASCII.");
+    throw LinkRefused(
+        "The URL in the link has a character that no URL has: a space, a quote, a backslash, or one that is not ASCII.");
   if (HasDotSegment(url))
     throw LinkRefused("The URL in the link has '.' or '..' in the place of a folder's name.");
   for (const std::wstring_view scheme : {L"http://", L"https://"}) {
     if (BeginsWithScheme(url, scheme) && url.size() > scheme.size())
       return std::wstring(url);
   }
-  throw LinkRefused("A link can start a manifest on the web only: behind 'norvik:' stands a URL that begins with http:// or https://.");
+  throw LinkRefused(
+      "A link can start a manifest on the web only: behind 'norvik:' stands a URL that begins with http:// or https://.");
 }

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cwchar>
 
-#include "advice/RegistryKey.h"
+#include "advice/RegistryValue.h"
 #include "advice/Words.h"
 #include "common/Text.h"
 #include "common/identifiers.h"
@@ -25,8 +25,7 @@ constexpr char kElsewhere[] = ". It lies on another machine, which is not asked;
 
 // The user's own keys stand before those of the machine.
 void ReadClass(RegisteredView& view) {
-  view.isRegistered =
-      OpenKey(HKEY_CURRENT_USER, kClassKey, view.bits) || OpenKey(HKEY_LOCAL_MACHINE, kClassKey, view.bits);
+  view.isRegistered = OpenKey(HKEY_CURRENT_USER, kClassKey, view.bits) || OpenKey(HKEY_LOCAL_MACHINE, kClassKey, view.bits);
   RegistryKey server = OpenKey(HKEY_CURRENT_USER, kServerKey, view.bits);
   view.isForUserOnly = static_cast<bool>(server);
   if (!server)

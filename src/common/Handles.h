@@ -57,13 +57,6 @@ struct KernelHandleTraits {
 };
 using KernelHandle = UniqueHandle<KernelHandleTraits>;
 
-struct RegistryKeyTraits {
-  using Handle = HKEY;
-  static Handle Invalid() { return nullptr; }
-  static bool Close(Handle key) { return RegCloseKey(key) == ERROR_SUCCESS; }
-};
-using RegistryKey = UniqueHandle<RegistryKeyTraits>;
-
 // Whether what was opened as a file is a console, a port, a printer or the null device. Their names stand for them in every
 // folder, with any extension.
 inline bool IsDevice(const FileHandle& file) {

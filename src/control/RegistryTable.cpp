@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "common/Handles.h"
+#include "common/RegistryKey.h"
 #include "common/SystemError.h"
 #include "common/identifiers.h"
 

@@ -27,12 +27,12 @@ void Write(const LogRecord& record) {
   SetLastError(error);
 }
 
-void WriteLine(const char* level, int line, const char* file, HRESULT hr, const char* format, va_list arguments) {
-  Write({level, line, file, hr, format, nullptr, &arguments});
+void WriteLine(const char* level, int line, const char* file, HRESULT hr, const char* format, va_list* arguments) {
+  Write({level, line, file, hr, format, nullptr, arguments});
 }
 
-void WriteLineW(const char* level, int line, const char* file, HRESULT hr, const wchar_t* format, va_list arguments) {
-  Write({level, line, file, hr, nullptr, format, &arguments});
+void WriteLineW(const char* level, int line, const char* file, HRESULT hr, const wchar_t* format, va_list* arguments) {
+  Write({level, line, file, hr, nullptr, format, arguments});
 }
 
 void WriteTrace(const char* level, int line, const char* file, HRESULT hr) {
@@ -74,10 +74,10 @@ LogSink* SetLogSink(LogSink* sink) {
 }
 
 // The nine calls differ in level, code and width only; each has to start its own argument list.
-#define WRITE_LINE(writer, level, hr, format)       \
-  va_list arguments;                                \
-  va_start(arguments, format);                      \
-  writer(level, line, file, hr, format, arguments); \
+#define WRITE_LINE(writer, level, hr, format)        \
+  va_list arguments;                                 \
+  va_start(arguments, format);                       \
+  writer(level, line, file, hr, format, &arguments); \
   va_end(arguments)
 
 void LogInfo(int line, const char* file, const char* format, ...) {

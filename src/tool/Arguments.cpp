@@ -37,8 +37,8 @@ std::string CheckedUtf8(const std::wstring& argument) {
   return Utf8(argument);
 }
 
-// A name in brackets would be taken for a list of names. All that check takes are files, for which it can be written otherwise
-// while the command line is read.
+// A name in brackets would be taken for a list of names. All that check takes are files, for which it can be written
+// otherwise while the command line is read.
 constexpr char kHere[] = ".\\";
 
 std::string FileArgument(const std::string& text) {
@@ -118,12 +118,14 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
   };
 
   std::vector<std::string> files;
-  CLI::App* const check = add(&app, "check", "Tells whether permission files and manifests are valid and sound", kCheckExample);
+  CLI::App* const check =
+      add(&app, "check", "Tells whether permission files and manifests are valid and sound", kCheckExample);
   addPermit(check);
   check->add_option("FILE", files, "Permission files and manifests; else permit.xml beside the program")
       ->option_text("FILE|URL ...");
 
-  CLI::App* const explain = add(&app, "explain", "Tells whether something is permitted, and by which entry", kExplainExample);
+  CLI::App* const explain =
+      add(&app, "explain", "Tells whether something is permitted, and by which entry", kExplainExample);
   addPermit(explain);
   // Each takes one text as it is: a list in brackets is a text like any other.
   const auto addQuestion = [&](const char* name, const char* description, const char* typeName) {

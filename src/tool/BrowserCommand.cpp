@@ -17,8 +17,9 @@ void PrintStatus(const Arguments& arguments, const BrowserLaunch& launch) {
 }
 
 std::string WhyNotSwitched(LONG error) {
-  return error == ERROR_ACCESS_DENIED ? "Only an administrator can change what links in browsers start."
-                                      : "The registration of links cannot be changed: " + CodeAndText(HRESULT_FROM_WIN32(error));
+  return error == ERROR_ACCESS_DENIED
+             ? "Only an administrator can change what links in browsers start."
+             : "The registration of links cannot be changed: " + CodeAndText(HRESULT_FROM_WIN32(error));
 }
 
 int Refuse(const std::string& sentence) {

@@ -46,10 +46,11 @@ TEST_P(KeptInputsTest, KeepEveryPromise) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(, KeptInputsTest,
-                         testing::Values(TargetRow{"URL", FuzzURL}, TargetRow{"Time", FuzzTime}, TargetRow{"Head", FuzzHead},
-                                         TargetRow{"LogName", FuzzLogName}, TargetRow{"Rename", FuzzRename},
-                                         TargetRow{"Search", FuzzSearch}, TargetRow{"Cookie", FuzzCookie}),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    , KeptInputsTest,
+    testing::Values(TargetRow{"URL", FuzzURL}, TargetRow{"Time", FuzzTime}, TargetRow{"Head", FuzzHead},
+                    TargetRow{"LogName", FuzzLogName}, TargetRow{"Rename", FuzzRename}, TargetRow{"Search", FuzzSearch},
+                    TargetRow{"Cookie", FuzzCookie}, TargetRow{"Link", FuzzLink}),
+    [](const auto& row) { return row.param.name; });
 
 }  // namespace

@@ -62,3 +62,4 @@ void FuzzLogName(Input& input);
 void FuzzRename(Input& input);
 void FuzzSearch(Input& input);
 void FuzzCookie(Input& input);
+void FuzzLink(Input& input);

@@ -1,5 +1,5 @@
-// The built program for links, as the system starts it: what it fetches, what it leaves and how it ends. No window can be made
-// where these tests run.
+// The built program for links, as the system starts it: what it fetches, what it leaves and how it ends. No window can be
+// made where these tests run.
 
 #include "common/Windows.h"
 
@@ -28,11 +28,12 @@ class LaunchTest : public testing::Test {
   ~LaunchTest() override { DeleteFileA(LogCapture::PathOf("start").c_str()); }
 
   void WritePermit(const std::string& url) const {
-    WriteWholeFile(program.File("permit.xml"),
-                   "<?xml version=\"1.0\"?><!DOCTYPE VantorPermissions SYSTEM \"permit.dtd\"><VantorPermissions version=\"1.0\">"
-                   "<Source>" +
-                       XmlElement("URL", url) + "<Extension>txt</Extension></Source><Destination>" +
-                       XmlElement("Path", target.Path()) + "</Destination></VantorPermissions>");
+    WriteWholeFile(
+        program.File("permit.xml"),
+        "<?xml version=\"1.0\"?><!DOCTYPE VantorPermissions SYSTEM \"permit.dtd\"><VantorPermissions version=\"1.0\">"
+        "<Source>" +
+            XmlElement("URL", url) + "<Extension>txt</Extension></Source><Destination>" + XmlElement("Path", target.Path()) +
+            "</Destination></VantorPermissions>");
   }
 
   static std::string Manifest(const std::string& commands) {
@@ -118,16 +119,18 @@ TEST_P(WrongCallTest, IsRefusedBeforeAnythingIsRead) {
 INSTANTIATE_TEST_SUITE_P(
     , WrongCallTest,
     testing::Values(
-        WrongRow{"Nothing", L""}, WrongRow{"EmptyQuotes", L"\"\""}, WrongRow{"Two", L"\"norvik:{url}\" \"norvik:http://h/\""},
-        WrongRow{"WithoutScheme", L"\"{url}\""}, WrongRow{"AnOptionInFront", L"/permit=x \"norvik:{url}\""},
-        WrongRow{"AnOptionBehind", L"\"norvik:{url}\" --permit"}, WrongRow{"AnOptionInsideTheQuotes", L"\"--permit norvik:{url}\""},
+        WrongRow{"Nothing", L""}, WrongRow{"EmptyQuotes", L"\"\""},
+        WrongRow{"Two", L"\"norvik:{url}\" \"norvik:http://h/\""}, WrongRow{"WithoutScheme", L"\"{url}\""},
+        WrongRow{"AnOptionInFront", L"/permit=x \"norvik:{url}\""}, WrongRow{"AnOptionBehind", L"\"norvik:{url}\" --permit"},
+        WrongRow{"AnOptionInsideTheQuotes", L"\"--permit norvik:{url}\""},
         WrongRow{"QuietBehind", L"\"norvik:{url}\" /quiet"}, WrongRow{"QuietAlone", L"/quiet"},
         WrongRow{"AQuoteInside", L"\"norvik:{url}\" \""}, WrongRow{"AQuoteInTheURL", L"\"norvik:{url}\"x\""},
         WrongRow{"ABackslashAtTheEnd", L"\"norvik:{url}\\\""}, WrongRow{"NULByName", L"NUL"},
         WrongRow{"NULInside", L"\"norvik:NUL\""}, WrongRow{"File", L"\"norvik:file:///C:/start.xml\""},
         WrongRow{"UNC", L"\"norvik:\\\\server\\share\\start.xml\""}, WrongRow{"NoASCII", L"\"norvik:{url}\x4E00\""},
         WrongRow{"LongOnes", L"\"norvik:{url}" + std::wstring(30000, L'x') + L"\""},
-        WrongRow{"HalfACharacter", L"\"norvik:{url}\xD800\""}, WrongRow{"AFolderAbove", L"\"norvik:{url}/../start.xml\""}, WrongRow{"ATab", L"\"norvik:{url}\t\""}),
+        WrongRow{"HalfACharacter", L"\"norvik:{url}\xD800\""}, WrongRow{"AFolderAbove", L"\"norvik:{url}/../start.xml\""},
+        WrongRow{"ATab", L"\"norvik:{url}\t\""}),
     [](const testing::TestParamInfo<WrongRow>& row) { return std::string(row.param.name); });
 
 // The second start leaves the log of the first one as it is, and says what it did behind it.

@@ -1,4 +1,4 @@
-#include "advice/RegistryKey.h"
+#include "advice/RegistryValue.h"
 
 #include <cwchar>
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "common/Handles.h"
+#include "common/RegistryKey.h"
 
 // A key to read, as programs of that width (64 or 32) see it; none when it cannot be opened.
 RegistryKey OpenKey(HKEY root, const wchar_t* name, int bits);
