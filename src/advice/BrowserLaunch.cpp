@@ -1,6 +1,5 @@
 #include "advice/BrowserLaunch.h"
 
-#include <shellapi.h>
 #include <shlwapi.h>
 
 #include "advice/ModuleFile.h"
@@ -20,12 +19,10 @@ std::wstring CommandFor(const std::wstring& program) {
   return L"\"" + program + L"\" \"%1\"";
 }
 
+// A registered command begins with its program, in quotes when there are blanks in its name.
 std::wstring ProgramIn(const std::wstring& command) {
-  int count = 0;
-  wchar_t** const words = command.empty() ? nullptr : CommandLineToArgvW(command.c_str(), &count);
-  const std::wstring program = words && count > 0 ? words[0] : L"";
-  LocalFree(words);
-  return program;
+  const bool isQuoted = !command.empty() && command.front() == L'"';
+  return isQuoted ? command.substr(1, command.find(L'"', 1) - 1) : command.substr(0, command.find(L' '));
 }
 
 // The system asks the user's choice first, then the user's own classes.
