@@ -47,7 +47,7 @@ Section SectionOf(const std::string& text) {
 }
 
 std::vector<Section> Sections() {
-  std::string page = ReadWholeFile(std::string(NORVIK_PROJECT_FOLDER "docs\\findings.md"));
+  std::string page = ReadWholeFile(ProjectFile("docs/findings.md"));
   page.erase(std::remove(page.begin(), page.end(), '\r'), page.end());
   const std::vector<std::string> texts = Split(page, "\n### ");
   std::vector<Section> sections;

@@ -10,6 +10,7 @@
 #include <regex>
 #include <sstream>
 
+#include "support/Files.h"
 #include "support/Replaced.h"
 
 namespace {
@@ -17,7 +18,7 @@ namespace {
 using Json = nlohmann::json;
 
 Json Load(const std::string& name) {
-  std::ifstream file(NORVIK_PROJECT_FOLDER "tests/decisions/" + name, std::ios::binary);
+  std::ifstream file(ProjectFile("tests/decisions/" + name), std::ios::binary);
   std::stringstream text;
   text << file.rdbuf();
   return Json::parse(text.str());

@@ -32,7 +32,7 @@ class KeptInputsTest : public testing::TestWithParam<TargetRow> {};
 
 TEST_P(KeptInputsTest, KeepEveryPromise) {
   const LogCapture log;
-  const std::string folder = std::string(NORVIK_FUZZ_CORPUS) + GetParam().name;
+  const std::string folder = ProjectFile(std::string("tests/fuzz/corpus/") + GetParam().name);
   const std::string names = NamesIn(folder);
   ASSERT_NE("", names);
   for (std::size_t start = 0; start < names.size();) {

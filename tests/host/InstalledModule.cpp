@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <wininet.h>
 
+#include "host/RegistryKeys.h"
 #include "support/HResult.h"
 #include "support/Program.h"
 
@@ -44,10 +45,14 @@ HRESULT LoadedModule::GetClassObject(REFCLSID classId, REFIID interfaceId, void*
 }
 
 HRESULT LoadedModule::RegisterServer() const {
+  if (!MayChangeEntries())
+    return E_ACCESSDENIED;
   return Find<HRESULT(STDAPICALLTYPE*)()>("DllRegisterServer")();
 }
 
 HRESULT LoadedModule::UnregisterServer() const {
+  if (!MayChangeEntries())
+    return E_ACCESSDENIED;
   return Find<HRESULT(STDAPICALLTYPE*)()>("DllUnregisterServer")();
 }
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include "common/Handles.h"
 #include "host/ControlFixture.h"
 
@@ -121,7 +123,16 @@ Lines DumpClassKeys() {
   return lines;
 }
 
+bool MayChangeEntries() {
+  if (!std::getenv("NORVIK_KEEP_REGISTRY"))
+    return true;
+  ADD_FAILURE() << "the entries of the module are not to be changed";
+  return false;
+}
+
 ModuleEntriesAside::ModuleEntriesAside() {
+  if (!mayChange)
+    return;
   if (!OpenKey(HKEY_CURRENT_USER, kSavedKey)) {
     const Key saved = CreateKey(HKEY_CURRENT_USER, kSavedKey);
     for (const std::string& key : ModuleKeys())
@@ -131,6 +142,8 @@ ModuleEntriesAside::ModuleEntriesAside() {
 }
 
 ModuleEntriesAside::~ModuleEntriesAside() {
+  if (!mayChange)
+    return;
   DeleteModuleKeys();
   for (const std::string& key : ModuleKeys())
     MoveTree(OpenKey(HKEY_CURRENT_USER, kSavedKey).Get(), HKEY_CLASSES_ROOT, key);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <set>
 
 #include "common/Handles.h"
@@ -48,6 +49,15 @@ TemporaryFolder::TemporaryFolder() {
 
 TemporaryFolder::~TemporaryFolder() {
   RemoveTree(path);
+}
+
+std::string ProjectFile(const std::string& name) {
+  const char* const folder = std::getenv("NORVIK_PROJECT_FOLDER");
+  if (folder)
+    return std::string(folder) + "\\" + name;
+  char program[MAX_PATH] = "";
+  GetModuleFileNameA(nullptr, program, MAX_PATH);
+  return std::string(program) + "\\..\\..\\..\\..\\" + name;
 }
 
 void WriteWholeFile(const std::string& path, const std::string& content) {

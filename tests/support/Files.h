@@ -23,6 +23,10 @@ class TemporaryFolder {
   std::string path;
 };
 
+// The full name of a file of the project ("docs/tool.md"). The project's folder is named by the environment variable
+// NORVIK_PROJECT_FOLDER; without it, it is the one that the program was built in, as <folder>/build/<width>/tests/<program>.
+std::string ProjectFile(const std::string& name);
+
 // A test that cannot prepare its files fails: these add a failure when the file system refuses.
 void WriteWholeFile(const std::string& path, const std::string& content);
 std::string ReadWholeFile(const std::string& path);

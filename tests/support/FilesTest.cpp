@@ -3,6 +3,8 @@
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 namespace {
 
 TEST(FilesTest, AMissingFileHasNoAttributes) {
@@ -25,6 +27,21 @@ TEST(FilesTest, EveryByteOfAPatternDiffersFromThatOneChunkBefore) {
   ASSERT_EQ(20000u, pattern.size());
   for (std::size_t i = 4096; i < pattern.size(); ++i)
     ASSERT_NE(pattern[i - 4096], pattern[i]) << i;
+}
+
+TEST(FilesTest, TheProjectsFilesAreThere) {
+  EXPECT_EQ(0u, ReadWholeFile(ProjectFile("README.md")).find("# Norvik"));
+}
+
+TEST(FilesTest, TheProjectsFolderMayBeNamed) {
+  const char* const variable = "NORVIK_PROJECT_FOLDER";
+  const char* const usual = std::getenv(variable);
+  const std::string before = usual ? usual : "";
+  const TemporaryFolder folder;
+  WriteWholeFile(folder.File("page.md"), "named");
+  ASSERT_EQ(0, _putenv_s(variable, folder.Path().c_str()));
+  EXPECT_EQ("named", ReadWholeFile(ProjectFile("page.md")));
+  ASSERT_EQ(0, _putenv_s(variable, before.c_str()));
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include "support/Files.h"
 
 std::string ReadPage(const std::string& name) {
-  return std::regex_replace(ReadWholeFile(NORVIK_PROJECT_FOLDER + name), std::regex("\r\n"), "\n");
+  return std::regex_replace(ReadWholeFile(ProjectFile(name)), std::regex("\r\n"), "\n");
 }
 
 std::vector<std::string> Blocks(const std::string& page, const std::string& language) {

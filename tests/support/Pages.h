@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-// The project's own pages. Wherever a program runs, they are those of the project that it was built from.
+// The project's own pages (ProjectFile says where they lie).
 
 // A file of the project, with line feeds as line ends.
 std::string ReadPage(const std::string& name);

@@ -53,6 +53,13 @@ void CopyBuilt(const std::string& name, const std::string& folder) {
     ADD_FAILURE() << "cannot copy " << built << ", error " << GetLastError();
 }
 
+std::wstring CommandLineOf(const std::wstring& path, const std::vector<std::wstring>& arguments) {
+  std::wstring command = Quoted(path);
+  for (const std::wstring& argument : arguments)
+    command += L" " + Quoted(argument);
+  return command;
+}
+
 ProgramResult RunCommandLine(std::wstring commandLine, const std::string& folder) {
   const TemporaryFolder written;
   ProgramResult result;
@@ -85,8 +92,5 @@ ProgramResult RunCommandLine(std::wstring commandLine, const std::string& folder
 }
 
 ProgramResult RunProgram(const std::string& path, const std::vector<std::wstring>& arguments, const std::string& folder) {
-  std::wstring command = Quoted(std::wstring(path.begin(), path.end()));
-  for (const std::wstring& argument : arguments)
-    command += L" " + Quoted(argument);
-  return RunCommandLine(command, folder);
+  return RunCommandLine(CommandLineOf(std::wstring(path.begin(), path.end()), arguments), folder);
 }

@@ -7,6 +7,9 @@
 // A failure to do so fails the test.
 void CopyBuilt(const std::string& name, const std::string& folder);
 
+// A command line from which a program reads back its own path and the arguments as they are.
+std::wstring CommandLineOf(const std::wstring& path, const std::vector<std::wstring>& arguments);
+
 // What a program did.
 struct ProgramResult {
   unsigned long code = 0;

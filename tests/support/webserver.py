@@ -1,11 +1,12 @@
 """A web server for tests that does what a test scripted, lies included, and remembers what it was asked for.
 
-Usage: webserver.py CERTIFICATES. CERTIFICATES is a folder that make-certificates made. Listens on 127.0.0.1, on ports that the system picks, and prints them as one line of `name=port` words:
+Usage: webserver.py [CERTIFICATES]. CERTIFICATES is a folder that make-certificates made. Needs Python 3.8 or later, on Linux or
+Windows. Listens on 127.0.0.1, on ports that the system picks, and prints them as one line of `name=port` words:
 
   control   takes commands, see below
   http      serves the scripted answers
   good, untrusted, expired, wrong-name
-            the same over TLS, each with the certificate of that name
+            the same over TLS, each with the certificate of that name; without CERTIFICATES they are not there
   refused   nobody listens here: connecting fails
 
 It ends when its standard input closes, and when its parent is gone.
@@ -41,6 +42,8 @@ import threading
 CERTIFICATES = ["good", "untrusted", "expired", "wrong-name"]
 HELD_SECONDS = 30
 BLOCK_BYTES = 65536
+ON_WINDOWS = os.name == "nt"
+LINGER = "hh" if ON_WINDOWS else "ii"  # how the system lays out what SO_LINGER takes
 NOT_FOUND = b"HTTP/1.1 404 Not Found\r\nContent-Length: 9\r\nConnection: close\r\n\r\nnot found"
 
 
@@ -102,7 +105,15 @@ class Script:
 def listen(serve):
     """Opens a listening socket whose connections are served on threads of their own; returns its port."""
     listener = socket.create_server(("127.0.0.1", 0), backlog=64)
+    port = listener.getsockname()[1]
+    accept_on(listener, serve)
+    if ON_WINDOWS and socket.has_ipv6:
+        # There "localhost" is ::1 first, and a client that finds nobody there tries again for a second or more.
+        accept_on(socket.create_server(("::1", port), family=socket.AF_INET6, backlog=64), serve)
+    return port
 
+
+def accept_on(listener, serve):
     def accept():
         while True:
             connection, _ = listener.accept()
@@ -110,7 +121,6 @@ def listen(serve):
             threading.Thread(target=serve, args=(connection,), daemon=True).start()
 
     threading.Thread(target=accept, daemon=True).start()
-    return listener.getsockname()[1]
 
 
 def read_until(connection, end):
@@ -126,7 +136,7 @@ def read_until(connection, end):
 
 
 def reset(connection):
-    connection.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+    connection.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack(LINGER, 1, 0))
     connection.close()
 
 
@@ -220,6 +230,10 @@ def answer_command(script, connection):
 
 
 def wait_for_end():
+    if ON_WINDOWS:  # there select takes sockets only, and the end of whoever holds the other end of the pipe closes it
+        while os.read(sys.stdin.fileno(), BLOCK_BYTES):
+            pass
+        return
     parent = os.getppid()
     while os.getppid() == parent:
         ready, _, _ = select.select([sys.stdin], [], [], 1)
@@ -233,7 +247,7 @@ def main():
         "control": listen(lambda connection: answer_command(script, connection)),
         "http": listen(functools.partial(answer_request, script, "http", None)),
     }
-    for name in CERTIFICATES:
+    for name in CERTIFICATES if len(sys.argv) > 1 else []:
         tls = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
         tls.load_cert_chain(f"{sys.argv[1]}/{name}.pem")
         ports[name] = listen(functools.partial(answer_request, script, name, tls))

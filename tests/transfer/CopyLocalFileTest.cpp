@@ -358,10 +358,10 @@ TEST_F(CopyLocalFileTest, AnXMLDocumentIsPreparedOnTheWay) {
   const std::string content = "<V>" + PatternOf(10000) + "</V>";
   WriteWholeFile(source, "<?xml version=\"1.0\"?>\n<!DOCTYPE V SYSTEM \"http://h/x.dtd\">" + content);
   EXPECT_HRESULT(S_OK, Copy(FILE_ATTRIBUTE_NORMAL, &kTime, kTransferXMLDocument | kTransferManifest));
-  EXPECT_TRUE("<?xml version=\"1.0\"?>" + ReadWholeFile(NORVIK_TRANSFER_DATA "manifest.dtd.txt") + content ==
+  EXPECT_TRUE("<?xml version=\"1.0\"?>" + ReadWholeFile(ProjectFile("tests/transfer/data/manifest.dtd.txt")) + content ==
               ReadWholeFile(destination));
   EXPECT_HRESULT(S_OK, Copy(FILE_ATTRIBUTE_NORMAL, &kTime, kTransferXMLDocument | kTransferPermitFile));
-  EXPECT_TRUE("<?xml version=\"1.0\"?>" + ReadWholeFile(NORVIK_TRANSFER_DATA "permit.dtd.txt") + content ==
+  EXPECT_TRUE("<?xml version=\"1.0\"?>" + ReadWholeFile(ProjectFile("tests/transfer/data/permit.dtd.txt")) + content ==
               ReadWholeFile(destination));
   const FILETIME written = GetFileWriteTimeOf(destination);
   EXPECT_EQ(0, CompareFileTime(&kTime, &written));

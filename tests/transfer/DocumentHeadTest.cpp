@@ -85,14 +85,14 @@ class DocumentHeadTest : public testing::Test {
 TEST_F(DocumentHeadTest, AManifestsOwnTypeGivesWayToTheModules) {
   EXPECT_HRESULT(
       S_OK, Prepare("<?xml version=\"1.0\"?>\r\n<!DOCTYPE VantorManifest SYSTEM \"http://h/m.dtd\">\r\n<V/>", kManifest));
-  EXPECT_EQ(kDeclaration + ReadWholeFile(NORVIK_TRANSFER_DATA "manifest.dtd.txt"), Written());
+  EXPECT_EQ(kDeclaration + ReadWholeFile(ProjectFile("tests/transfer/data/manifest.dtd.txt")), Written());
   EXPECT_EQ("\r\n<V/>", rest);
   EXPECT_EQ("", log.Text());
 }
 
 TEST_F(DocumentHeadTest, APermissionFilesOwnTypeGivesWayToTheModules) {
   EXPECT_HRESULT(S_OK, Prepare("<?xml version=\"1.0\"?><!DOCTYPE VantorPermissions SYSTEM \"x\"><V/>", kPermit));
-  EXPECT_EQ(kDeclaration + ReadWholeFile(NORVIK_TRANSFER_DATA "permit.dtd.txt"), Written());
+  EXPECT_EQ(kDeclaration + ReadWholeFile(ProjectFile("tests/transfer/data/permit.dtd.txt")), Written());
   EXPECT_EQ("<V/>", rest);
   EXPECT_EQ("", log.Text());
 }

@@ -10,7 +10,7 @@
 namespace {
 
 TEST(DocumentTypeTest, TheManifestsTypeIsThisTextByteForByte) {
-  const std::string expected = ReadWholeFile(NORVIK_TRANSFER_DATA "manifest.dtd.txt");
+  const std::string expected = ReadWholeFile(ProjectFile("tests/transfer/data/manifest.dtd.txt"));
   EXPECT_EQ(expected, kManifestDTD);
   EXPECT_EQ(0u, expected.find("<!DOCTYPE VantorManifest [\n"));
   EXPECT_EQ(std::string::npos, expected.find('\r'));
@@ -18,7 +18,7 @@ TEST(DocumentTypeTest, TheManifestsTypeIsThisTextByteForByte) {
 }
 
 TEST(DocumentTypeTest, ThePermissionFilesTypeIsThisTextByteForByte) {
-  const std::string expected = ReadWholeFile(NORVIK_TRANSFER_DATA "permit.dtd.txt");
+  const std::string expected = ReadWholeFile(ProjectFile("tests/transfer/data/permit.dtd.txt"));
   EXPECT_EQ(expected, kPermitDTD);
   EXPECT_EQ(0u, expected.find("<!DOCTYPE VantorPermissions [\n"));
   EXPECT_EQ(std::string::npos, expected.find('\r'));

@@ -172,7 +172,7 @@ TEST_F(DownloadTest, AManifestIsPreparedOnTheWay) {
   EXPECT_HRESULT(
       S_OK, Fetch(server.Url("/m.xml"), nullptr, FILE_ATTRIBUTE_NORMAL, kTransferXMLDocument | kTransferManifest));
   EXPECT_EQ(
-      "<?xml version=\"1.0\"?>" + ReadWholeFile(NORVIK_TRANSFER_DATA "manifest.dtd.txt") + rest, ReadWholeFile(destination));
+      "<?xml version=\"1.0\"?>" + ReadWholeFile(ProjectFile("tests/transfer/data/manifest.dtd.txt")) + rest, ReadWholeFile(destination));
   EXPECT_EQ(Texts{"GET /m.xml"}, server.Asked());
 }
 
@@ -207,16 +207,16 @@ struct EarlyEndRow {
   std::string content;
 };
 
-class EarlyEndTest : public DownloadTest, public testing::WithParamInterface<EarlyEndRow> {};
+class EarlyEndInWineTest : public DownloadTest, public testing::WithParamInterface<EarlyEndRow> {};
 
-TEST_P(EarlyEndTest, EndsTheData) {
+TEST_P(EarlyEndInWineTest, EndsTheData) {
   EXPECT_HRESULT(S_OK, FetchPath(GetParam().response));
   EXPECT_TRUE(GetParam().content == ReadWholeFile(destination));
   EXPECT_EQ("", log.Text());
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    , EarlyEndTest,
+    , EarlyEndInWineTest,
     testing::Values(
         EarlyEndRow{"InTheHead", Response::Raw().Body("HTTP/1.1 200 OK\r\nContent-Le"), ""},
         EarlyEndRow{"NegativeLength", Response().NoLength().Header("Content-Length", "-5").Body("abc"), "abc"},

@@ -38,7 +38,7 @@ std::string WithoutLookingAhead(std::string subset) {
 }
 
 void ExpectFile(const std::string& name, const std::string& expected) {
-  const std::string path = NORVIK_PROJECT_FOLDER "share/dtd/" + name;
+  const std::string path = ProjectFile("share/dtd/" + name);
   if (std::getenv("NORVIK_WRITE_DTDS"))
     WriteWholeFile(path, expected);
   EXPECT_EQ(expected, ReadWholeFile(path));

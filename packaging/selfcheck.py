@@ -1,0 +1,103 @@
+"""Makes the zip file of the self-check: all test programs of both widths, what they need beside them, and what runs them.
+
+Usage: selfcheck.py BUILD_FOLDER ZIP VERSION EPOCH. BUILD_FOLDER holds x64 and x86, built. The zip file depends on nothing but what
+goes into it and EPOCH, the time of its files in seconds since 1970.
+"""
+
+import json
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import time
+import zipfile
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+WIDTHS = ("x64", "x86")
+SUITES = "*_tests.exe"
+
+# What the test programs start, beside their own cases.
+COMPANIONS = ("interrupted_host.exe", "other_host.exe", "selfcheck.exe")
+
+# What the test programs read of the project (NORVIK_PROJECT_FOLDER).
+READ_BY_TESTS = ("README.md", "docs/*.md", "docs/*.json", "samples/**/*", "share/dtd/*", "tests/decisions/*.json",
+                 "tests/fuzz/corpus/*/*", "tests/transfer/data/*.txt")
+
+# What is opened with an editor, or read by the command interpreter, on Windows.
+WINDOWS_TEXTS = ("selfcheck.cmd", "README.txt")
+
+
+def suites_of(build_folder, width):
+    return sorted(path.stem for path in (build_folder / width / "tests").glob(SUITES))
+
+
+def suites_json(build_folder, version):
+    """What there is to run, and which cases are not like the others."""
+    suites = {width: suites_of(build_folder, width) for width in WIDTHS}
+    for width, names in suites.items():
+        if not names:
+            raise FileNotFoundError(f"{build_folder / width / 'tests'} holds no test program")
+    rules = json.loads((ROOT / "tests/selfcheck/rules.json").read_text(encoding="utf-8"))
+    document = {"version": version, "suites": suites, "rules": rules}
+    return (json.dumps(document, indent=1) + "\n").encode("utf-8")
+
+
+def strip_of(folder):
+    """The tool of a build folder's compiler that takes the symbols out of a program."""
+    cache = (folder / "CMakeCache.txt").read_text(encoding="utf-8")
+    return re.search(r"^CMAKE_STRIP:\w+=(.+)$", cache, re.MULTILINE)[1]
+
+
+def stripped(strip, path):
+    """The bytes of a program without its symbols, which are most of it."""
+    with tempfile.TemporaryDirectory() as folder:
+        out = pathlib.Path(folder, path.name)
+        subprocess.run([strip, "-o", out, path], check=True)
+        return out.read_bytes()
+
+
+def programs(build_folder, width):
+    """The name and the bytes of each file of one width. The module is taken as it is: it is what is under test."""
+    folder = build_folder / width
+    strip = strip_of(folder)
+    for name in ("norvik.dll", "norvik.exe"):
+        yield f"{width}/{name}", (folder / name).read_bytes()
+    for name in [*COMPANIONS, *(f"{suite}.exe" for suite in suites_of(build_folder, width))]:
+        yield f"{width}/tests/{name}", stripped(strip, folder / "tests" / name)
+
+
+def contents(build_folder, version):
+    """The bytes of every file, by its name in the zip file."""
+    files = {"suites.json": suites_json(build_folder, version)}
+    for name in WINDOWS_TEXTS:
+        files[name] = (ROOT / "packaging/selfcheck" / name).read_bytes().replace(b"\n", b"\r\n")
+    files["server/webserver.py"] = (ROOT / "tests/support/webserver.py").read_bytes()
+    for width in WIDTHS:
+        files.update(programs(build_folder, width))
+    for pattern in READ_BY_TESTS:
+        found = [path for path in ROOT.glob(pattern) if path.is_file()]
+        if not found:
+            raise FileNotFoundError(f"nothing in {ROOT} matches {pattern}")
+        for path in found:
+            files[f"project/{path.relative_to(ROOT).as_posix()}"] = path.read_bytes()
+    return files
+
+
+def write_zip(path, files, epoch):
+    moment = time.gmtime(epoch)[:6]
+    with zipfile.ZipFile(path, "w", zipfile.ZIP_DEFLATED, compresslevel=6) as archive:
+        for name, content in sorted(files.items()):
+            entry = zipfile.ZipInfo(name, moment)
+            entry.compress_type = zipfile.ZIP_DEFLATED
+            entry.create_system = 0  # as if it was made on Windows: no permissions of this system
+            archive.writestr(entry, content)
+
+
+def make_selfcheck(build_folder, out_zip, version, epoch):
+    """Writes the zip file. A file that is not built is an error, not a zip file without it."""
+    write_zip(out_zip, contents(pathlib.Path(build_folder), version), epoch)
+
+
+if __name__ == "__main__":
+    make_selfcheck(sys.argv[1], sys.argv[2], sys.argv[3], int(sys.argv[4]))
