@@ -23,7 +23,8 @@ constexpr char kCurrentProgramKey[] = "Norvik.AXNorvik";
 // The dumps of the class's keys, one behind the other: CLSID\{...}, Norvik.AXNorvik, Norvik.AXNorvik.1.
 std::vector<std::string> DumpClassKeys();
 
-// Whether tests may change the module's entries. With NORVIK_KEEP_REGISTRY in the environment they may not: asking fails the test.
+// Whether tests may change the module's entries. With NORVIK_KEEP_REGISTRY in the environment they may not: asking fails the
+// test.
 bool MayChangeEntries();
 
 // Takes the module's entries out of the registry for the lifetime of the object, and puts back what was there before,

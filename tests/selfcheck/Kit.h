@@ -19,8 +19,8 @@ struct Rule {
   std::string reason;
 };
 
-// What was unpacked: <root>\x64 and <root>\x86, each with norvik.dll, norvik.exe and the test programs in tests\; the pages that
-// the tests read in project\; the web server in server\; and suites.json, which says what there is to run.
+// What was unpacked: <root>\x64 and <root>\x86, each with norvik.dll, norvik.exe and the test programs in tests\; the pages
+// that the tests read in project\; the web server in server\; and suites.json, which says what there is to run.
 struct Kit {
   std::filesystem::path root;
   std::string version;

@@ -36,8 +36,8 @@ std::string FileVersion(const wchar_t* name) {
 std::string RegistryText(const wchar_t* name) {
   wchar_t text[256] = L"";
   DWORD bytes = sizeof(text);
-  RegGetValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion", name, RRF_RT_REG_SZ, nullptr, text,
-               &bytes);
+  RegGetValueW(
+      HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion", name, RRF_RT_REG_SZ, nullptr, text, &bytes);
   return Utf8(text);
 }
 
@@ -87,7 +87,10 @@ bool IsElevated() {
 Machine ReadMachine() {
   Machine machine;
   machine.windows = WindowsVersion();
-  machine.product = RegistryText(L"ProductName") + " " + RegistryText(L"DisplayVersion");
+  machine.product = RegistryText(L"ProductName");
+  const std::string release = RegistryText(L"DisplayVersion");
+  if (!release.empty())
+    machine.product += " " + release;
   machine.wine = WineVersion();
   for (const wchar_t* const name : kFiles)
     machine.files[Utf8(name)] = FileVersion(name);

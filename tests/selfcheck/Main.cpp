@@ -1,4 +1,5 @@
-// The self-check: runs the test programs on a machine to which nothing but their zip file was brought, and writes one report.
+// The self-check: runs the test programs on a machine to which nothing but their zip file was brought, and writes one
+// report.
 
 #include "common/Windows.h"
 
@@ -42,7 +43,8 @@ void Tell(const std::string& text) {
 
 void AddOptions(CLI::App& app, Options& options) {
   app.allow_windows_style_options();
-  app.add_flag("--register", options.mayRegister, "Run what needs the module's entries in the registry too; they are undone");
+  app.add_flag(
+      "--register", options.mayRegister, "Run what needs the module's entries in the registry too; they are undone");
   app.add_option("--suites", options.suites, "These suites only, separated by commas")->delimiter(',');
   app.add_option("--width", options.widths, "x64 or x86: this width only")->delimiter(',');
   app.add_option("--limit", options.limitSeconds, "Seconds for one start of one program")->check(CLI::PositiveNumber);
@@ -52,13 +54,15 @@ void AddOptions(CLI::App& app, Options& options) {
   app.add_flag("--undo", options.isUndoing, "Put back what an interrupted run left in the registry")->group("");
 }
 
-// The folder above <width>\tests\selfcheck.exe. The test programs speak to the system in its code page, and so must the name.
+// The folder above <width>\tests\selfcheck.exe. The test programs speak to the system in its code page, and so must the
+// name.
 fs::path RootFolder() {
   wchar_t path[MAX_PATH] = L"";
   GetModuleFileNameW(nullptr, path, MAX_PATH);
   const fs::path root = fs::path(path).parent_path().parent_path().parent_path();
   if (!AnsiFromWide(root.wstring()))
-    throw std::runtime_error("The folder's name has characters outside of this machine's code page. Unpack into another one.");
+    throw std::runtime_error(
+        "The folder's name has characters outside of this machine's code page. Unpack into another one.");
   return root;
 }
 
@@ -66,8 +70,8 @@ std::string Now() {
   SYSTEMTIME now = {};
   GetSystemTime(&now);
   char text[32];
-  std::snprintf(text, sizeof(text), "%04u-%02u-%02uT%02u:%02u:%02uZ", now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute,
-                now.wSecond);
+  std::snprintf(text, sizeof(text), "%04u-%02u-%02uT%02u:%02u:%02uZ", now.wYear, now.wMonth, now.wDay, now.wHour,
+                now.wMinute, now.wSecond);
   return text;
 }
 
@@ -98,7 +102,8 @@ std::unique_ptr<ServerProcess> PrepareSurroundings(const Kit& kit, const Options
   return server;
 }
 
-// Where the report goes: into the folder that was asked for or, where nothing can be written there, into the temporary folder.
+// Where the report goes: into the folder that was asked for or, where nothing can be written there, into the temporary
+// folder.
 fs::path ReportFolder(const fs::path& wanted, Report& report) {
   std::error_code error;
   fs::create_directories(wanted, error);
@@ -107,8 +112,8 @@ fs::path ReportFolder(const fs::path& wanted, Report& report) {
     return wanted;
   const fs::path other = fs::temp_directory_path() / "norvik-selfcheck";
   fs::create_directories(other);
-  report.problems.push_back("Nothing can be written to " + Utf8(wanted.wstring()) + ", so the report is in " +
-                            Utf8(other.wstring()) + ".");
+  report.problems.push_back(
+      "Nothing can be written to " + Utf8(wanted.wstring()) + ", so the report is in " + Utf8(other.wstring()) + ".");
   return other;
 }
 

@@ -26,7 +26,8 @@ Child StartSuspended(std::wstring command, const wchar_t* folder, HANDLE input, 
   startup.hStdOutput = output;
   startup.hStdError = errors;
   PROCESS_INFORMATION process = {};
-  if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr, folder, &startup, &process))
+  if (!CreateProcessW(
+          nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr, folder, &startup, &process))
     return {};
   return {OwnedHandle(process.hProcess), OwnedHandle(process.hThread)};
 }
@@ -103,8 +104,8 @@ bool ServerProcess::Start(const std::wstring& python, const std::vector<std::wst
   input = OwnedHandle(ourInput);
   SetHandleInformation(ourInput, HANDLE_FLAG_INHERIT, 0);
   SetHandleInformation(ourOutput, HANDLE_FLAG_INHERIT, 0);
-  const Child child = StartSuspended(
-      CommandLineOf(python, arguments), nullptr, childInput, childOutput, GetStdHandle(STD_ERROR_HANDLE));
+  const Child child =
+      StartSuspended(CommandLineOf(python, arguments), nullptr, childInput, childOutput, GetStdHandle(STD_ERROR_HANDLE));
   if (!child.process)
     return false;
   theirOutput.Close();  // so that the end of the server is the end of its output

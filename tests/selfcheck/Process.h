@@ -22,8 +22,8 @@ struct Ending {
   double seconds = 0;
 };
 
-// Runs a program with its output and errors in a file, in the folder that it lies in, without standard input. One that is not
-// done after `limitSeconds` is ended, with all that it started. Throws std::system_error when it cannot be started.
+// Runs a program with its output and errors in a file, in the folder that it lies in, without standard input. One that is
+// not done after `limitSeconds` is ended, with all that it started. Throws std::system_error when it cannot be started.
 Ending RunToFile(const std::filesystem::path& program, const std::vector<std::wstring>& arguments,
                  const std::filesystem::path& output, DWORD limitSeconds);
 

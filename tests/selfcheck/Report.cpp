@@ -89,8 +89,8 @@ std::string TextOf(const Machine& machine) {
     text += "Wine " + machine.wine + "\n";
   for (const auto& [name, version] : machine.files)
     text += name + " " + version + "\n";
-  text += "Code pages " + std::to_string(machine.ansiCodePage) + " and " + std::to_string(machine.oemCodePage) + ", locale " +
-          machine.locale + ", time zone " + machine.timeZone + "\n";
+  text += "Code pages " + std::to_string(machine.ansiCodePage) + " and " + std::to_string(machine.oemCodePage) +
+          ", locale " + machine.locale + ", time zone " + machine.timeZone + "\n";
   return text + (machine.isElevated ? "With" : "Without") + " an administrator's rights\n";
 }
 
@@ -165,5 +165,6 @@ std::string TextOf(const Report& report) {
   }
   return "Norvik " + report.version + ", self-check of " + report.began + "\n\n" + TextOf(report.machine) +
          Section("PROBLEMS", problems) + Section("SUITES", suites) + Section("FAILED", failed) +
-         Section("FAILED, AND STATE WHAT WINE DOES", expected) + Section("LEFT OUT", leftOut) + "\n" + CountsOf(report) + "\n";
+         Section("FAILED, AND STATE WHAT WINE DOES", expected) + Section("LEFT OUT", leftOut) + "\n" + CountsOf(report) +
+         "\n";
 }

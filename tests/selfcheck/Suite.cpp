@@ -85,15 +85,16 @@ class SuiteRun {
     return names;
   }
 
-  // One start of the program. False when it did not come to its end and is to be started again, without the case that it ended in.
+  // One start of the program. False when it did not come to its end and is to be started again, without the case that it
+  // ended in.
   bool RunOnce() {
     const std::filesystem::path output = OutputPath(".txt"), resultsPath = OutputPath(".json");
     std::filesystem::remove(resultsPath);
-    const Ending ending =
-        RunToFile(program,
-                  {L"--gtest_color=no", L"--gtest_filter=*-" + WideFromUtf8(without.substr(without.empty() ? 0 : 1)),
-                   L"--gtest_output=json:" + resultsPath.wstring()},
-                  output, settings.limitSeconds);
+    const Ending ending = RunToFile(
+        program,
+        {L"--gtest_color=no", L"--gtest_filter=*-" + WideFromUtf8(without.substr(without.empty() ? 0 : 1)),
+         L"--gtest_output=json:" + resultsPath.wstring()},
+        output, settings.limitSeconds);
     suite.seconds += ending.seconds;
     const std::optional<Results> results = ReadResults(resultsPath);
     std::filesystem::remove(resultsPath);
@@ -154,7 +155,7 @@ class SuiteRun {
   const std::filesystem::path program;
   std::string without;  // the patterns of what is not run, each behind a colon
   std::set<std::string> endedIn;
-  Traces traces;  // of the last start that left no results
+  Traces traces;                                 // of the last start that left no results
   std::map<std::string, std::string> wineCases;  // with the reason
 };
 

@@ -35,6 +35,6 @@ struct SuiteResult {
   std::vector<LeftOutCase> leftOut;
 };
 
-// Runs one test program. A case in which it crashes, or runs over its limit, has failed, and the program is run again without it.
-// All texts are UTF-8. Throws nothing: what goes wrong is a failure of the suite.
+// Runs one test program. A case in which it crashes, or runs over its limit, has failed, and the program is run again
+// without it. All texts are UTF-8. Throws nothing: what goes wrong is a failure of the suite.
 SuiteResult RunSuite(const Kit& kit, const std::string& width, const std::string& name, const SuiteSettings& settings);

@@ -1,8 +1,9 @@
 """Counts the cases of all test programs that CTest knows in the build folders, and tells what did not pass.
 
-Usage: count.py [-E REGEX] BUILD_FOLDER [BUILD_FOLDER...]. -E (or --exclude) leaves the tests out that `ctest -E REGEX` leaves
+Usage: count.py [-E REGEX] [--results FILE]... BUILD_FOLDER [BUILD_FOLDER...]. -E (or --exclude) leaves the tests out that `ctest -E REGEX` leaves
 out. Every other test must have written the results file that its command names with --gtest_output=xml:FILE, whole: a program
-that crashed wrote none. A case passed when it ran to its end without a failure. One that failed, was disabled or skipped, and a
+that crashed wrote none. --results names the results file of a job outside of CTest (run_unittests.py), which is counted like a build
+folder, under the name of the folder that it lies in. A case passed when it ran to its end without a failure. One that failed, was disabled or skipped, and a
 program without results, are told by name, and the exit code is 1. The last lines are one for each folder, with the seconds that
 its cases took, and their sum.
 """
@@ -88,12 +89,28 @@ def count(folder, exclude):
             counts["failed"] += 1
             print(f"{label}: {test['name']}: {error}")
             continue
-        for case in cases:
-            outcome = outcome_of(case)
-            counts[outcome if outcome in ("passed", "skipped") else "failed"] += 1
-            counts["seconds"] += float(case.get("time", 0))
-            if outcome != "passed":
-                print(f"{label}: {test['name']}: {case.get('classname')}.{case.get('name')} {outcome}")
+        count_cases(cases, f"{label}: {test['name']}", counts)
+    return counts
+
+
+def count_cases(cases, label, counts):
+    for case in cases:
+        outcome = outcome_of(case)
+        counts[outcome if outcome in ("passed", "skipped") else "failed"] += 1
+        counts["seconds"] += float(case.get("time", 0))
+        if outcome != "passed":
+            print(f"{label}: {case.get('classname')}.{case.get('name')} {outcome}")
+
+
+def count_file(path):
+    """The same of one results file. Without one it counts as one failed case."""
+    counts = collections.Counter()
+    label = pathlib.Path(path).parent.name
+    try:
+        count_cases(cases_of(pathlib.Path(path)), label, counts)
+    except Unusable as error:
+        counts["failed"] += 1
+        print(f"{label}: {error}")
     return counts
 
 
@@ -105,11 +122,13 @@ def line(counts):
 def main(arguments):
     parser = argparse.ArgumentParser(prog="count.py")
     parser.add_argument("-E", "--exclude", metavar="REGEX")
+    parser.add_argument("--results", metavar="FILE", action="append", default=[])
     parser.add_argument("folders", metavar="BUILD_FOLDER", nargs="+")
     options = parser.parse_args(arguments)
-    counts = {folder: count(folder, options.exclude) for folder in options.folders}
-    for folder, of_folder in counts.items():
-        print(f"{pathlib.Path(folder).name}: {line(of_folder)}, {of_folder['seconds']:.0f} s")
+    counts = {pathlib.Path(folder).name: count(folder, options.exclude) for folder in options.folders}
+    counts.update({pathlib.Path(path).parent.name: count_file(path) for path in options.results})
+    for name, of_folder in counts.items():
+        print(f"{name}: {line(of_folder)}, {of_folder['seconds']:.0f} s")
     total = sum(counts.values(), collections.Counter())
     print(line(total))
     all_ran = all(of_folder["passed"] for of_folder in counts.values())

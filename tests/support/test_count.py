@@ -16,6 +16,31 @@ RUNNER = sys.executable
 
 GOOD = '<testcase name="{}" status="run" result="completed" classname="Suite"/>'
 
+RUN_UNITTESTS = pathlib.Path(__file__).parent / "run_unittests.py"
+
+# Tests that come to every kind of end.
+MODULE = """
+import unittest
+
+class CaseTest(unittest.TestCase):
+    def test_passes(self):
+        pass
+
+    def test_fails(self):
+        self.fail("so")
+
+    def test_breaks(self):
+        raise OSError
+
+    def test_fails_in_part(self):
+        for number in range(3):
+            with self.subTest(number=number):
+                self.assertEqual(1, number)
+
+    def test_skips(self):
+        self.skipTest("so")
+"""
+
 
 def results(*cases, tests=None):
     """A results file as GoogleTest writes it, around its cases."""
@@ -151,6 +176,32 @@ class CountTest(unittest.TestCase):
     def test_wrong_arguments_are_a_wrong_usage(self):
         run = subprocess.run([sys.executable, count.__file__], stderr=subprocess.PIPE, check=False)
         self.assertEqual(2, run.returncode)
+
+    def test_a_results_file_of_a_job_is_counted_beside_the_folders(self):
+        job = self.root / "job"
+        job.mkdir()
+        (job / "results.xml").write_text(passed(3), encoding="utf-8")
+        code, lines = self.run_count("--results", str(job / "results.xml"), self.build("x64", {"one": passed(2)}))
+        self.assertEqual(["x64: 2 passed, 0 failed, 0 s", "job: 3 passed, 0 failed, 0 s", "5 passed, 0 failed"], lines)
+        self.assertEqual(0, code)
+
+    def test_a_job_without_a_results_file_fails_the_count(self):
+        code, lines = self.run_count("--results", str(self.root / "job/results.xml"), self.build("x64", {"one": passed(2)}))
+        self.assertEqual(["job: wrote no results", "x64: 2 passed, 0 failed, 0 s", "job: 0 passed, 1 failed, 0 s",
+                          "2 passed, 1 failed"], lines)
+        self.assertEqual(1, code)
+
+    def test_cases_of_python_modules_are_counted_by_what_became_of_them(self):
+        module = self.root / "test_module.py"
+        module.write_text(MODULE, encoding="utf-8")
+        path = self.root / "job/results.xml"
+        done = subprocess.run([sys.executable, RUN_UNITTESTS, path, module], stderr=subprocess.DEVNULL, check=False)
+        self.assertEqual(1, done.returncode)
+        lines = self.run_count("--results", str(path), self.build("x64", {"one": passed(2)}))[1]
+        name = "job: test_module.CaseTest.test_"
+        self.assertEqual([f"{name}breaks failed", f"{name}fails failed", f"{name}fails_in_part failed", f"{name}skips skipped"],
+                         lines[:4])
+        self.assertEqual("3 passed, 3 failed, 1 skipped", lines[-1])
 
 
 if __name__ == "__main__":

@@ -177,7 +177,8 @@ TEST_F(DownloadFailureTest, NoTimeIsSetAfterAFailure) {
 TEST_F(DownloadFailureTest, ADocumentIsPreparedAndCopiedByteForByte) {
   ScriptedInternet internet({"<?xml?>\n<!DOC", "TYPE V>", "<V>", std::string(4096, 'a'), "</V>"});
   EXPECT_HRESULT(S_OK, Fetch(kTransferXMLDocument | kTransferManifest));
-  EXPECT_EQ("<?xml?>" + ReadWholeFile(ProjectFile("tests/transfer/data/manifest.dtd.txt")) + "<V>" + std::string(4096, 'a') + "</V>",
+  EXPECT_EQ("<?xml?>" + ReadWholeFile(ProjectFile("tests/transfer/data/manifest.dtd.txt")) + "<V>" + std::string(4096, 'a') +
+                "</V>",
             ReadWholeFile(destination));
   EXPECT_TRUE(internet.IsClosed());
   EXPECT_EQ("", log.Text());

@@ -171,8 +171,8 @@ TEST_F(DownloadTest, AManifestIsPreparedOnTheWay) {
                                           server.Url("/m.dtd") + "\">" + rest));
   EXPECT_HRESULT(
       S_OK, Fetch(server.Url("/m.xml"), nullptr, FILE_ATTRIBUTE_NORMAL, kTransferXMLDocument | kTransferManifest));
-  EXPECT_EQ(
-      "<?xml version=\"1.0\"?>" + ReadWholeFile(ProjectFile("tests/transfer/data/manifest.dtd.txt")) + rest, ReadWholeFile(destination));
+  EXPECT_EQ("<?xml version=\"1.0\"?>" + ReadWholeFile(ProjectFile("tests/transfer/data/manifest.dtd.txt")) + rest,
+            ReadWholeFile(destination));
   EXPECT_EQ(Texts{"GET /m.xml"}, server.Asked());
 }
 
