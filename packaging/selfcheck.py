@@ -49,54 +49,65 @@ def strip_of(folder):
     return re.search(r"^CMAKE_STRIP:\w+=(.+)$", cache, re.MULTILINE)[1]
 
 
-def stripped(strip, path):
-    """The bytes of a program without its symbols, which are most of it."""
-    with tempfile.TemporaryDirectory() as folder:
-        out = pathlib.Path(folder, path.name)
-        subprocess.run([strip, "-o", out, path], check=True)
-        return out.read_bytes()
+def strip(tool, source, target):
+    """Copies a program without its symbols, which are most of it."""
+    target.parent.mkdir(parents=True, exist_ok=True)
+    subprocess.run([tool, "-o", target, source], check=True)
+    return target
 
 
-def programs(build_folder, width):
-    """The name and the bytes of each file of one width. The module is taken as it is: it is what is under test."""
-    folder = build_folder / width
-    strip = strip_of(folder)
-    for name in ("norvik.dll", "norvik.exe"):
-        yield f"{width}/{name}", (folder / name).read_bytes()
+def programs(build_folder, width, folder):
+    """The files of one width, by their names in the zip file. The module is taken as it is: it is what is under test."""
+    built = build_folder / width
+    tool = strip_of(built)
+    files = {f"{width}/{name}": built / name for name in ("norvik.dll", "norvik.exe")}
     for name in [*COMPANIONS, *(f"{suite}.exe" for suite in suites_of(build_folder, width))]:
-        yield f"{width}/tests/{name}", stripped(strip, folder / "tests" / name)
+        files[f"{width}/tests/{name}"] = strip(tool, built / "tests" / name, folder / width / name)
+    return files
 
 
-def contents(build_folder, version):
-    """The bytes of every file, by its name in the zip file."""
-    files = {"suites.json": suites_json(build_folder, version)}
-    for name in WINDOWS_TEXTS:
-        files[name] = (ROOT / "packaging/selfcheck" / name).read_bytes().replace(b"\n", b"\r\n")
-    files["server/webserver.py"] = (ROOT / "tests/support/webserver.py").read_bytes()
-    for width in WIDTHS:
-        files.update(programs(build_folder, width))
+def windows_text(source, target):
+    target.write_bytes(source.read_bytes().replace(b"\n", b"\r\n"))
+    return target
+
+
+def pages():
+    """What the tests read of the project."""
+    files = {}
     for pattern in READ_BY_TESTS:
         found = [path for path in ROOT.glob(pattern) if path.is_file()]
         if not found:
             raise FileNotFoundError(f"nothing in {ROOT} matches {pattern}")
-        for path in found:
-            files[f"project/{path.relative_to(ROOT).as_posix()}"] = path.read_bytes()
+        files.update({f"project/{path.relative_to(ROOT).as_posix()}": path for path in found})
+    return files
+
+
+def contents(build_folder, version, folder):
+    """All files, by their names in the zip file. Those that are made for it are made in the folder."""
+    suites = folder / "suites.json"
+    suites.write_bytes(suites_json(build_folder, version))
+    files = {"suites.json": suites, "server/webserver.py": ROOT / "tests/support/webserver.py", **pages()}
+    for name in WINDOWS_TEXTS:
+        files[name] = windows_text(ROOT / "packaging/selfcheck" / name, folder / name)
+    for width in WIDTHS:
+        files.update(programs(build_folder, width, folder))
     return files
 
 
 def write_zip(path, files, epoch):
     moment = time.gmtime(epoch)[:6]
     with zipfile.ZipFile(path, "w", zipfile.ZIP_DEFLATED, compresslevel=6) as archive:
-        for name, content in sorted(files.items()):
+        for name, source in sorted(files.items()):
             entry = zipfile.ZipInfo(name, moment)
             entry.compress_type = zipfile.ZIP_DEFLATED
             entry.create_system = 0  # as if it was made on Windows: no permissions of this system
-            archive.writestr(entry, content)
+            archive.writestr(entry, source.read_bytes())
 
 
 def make_selfcheck(build_folder, out_zip, version, epoch):
     """Writes the zip file. A file that is not built is an error, not a zip file without it."""
-    write_zip(out_zip, contents(pathlib.Path(build_folder), version), epoch)
+    with tempfile.TemporaryDirectory() as folder:
+        write_zip(out_zip, contents(pathlib.Path(build_folder), version, pathlib.Path(folder)), epoch)
 
 
 if __name__ == "__main__":
