@@ -160,7 +160,7 @@ class ZipFileTest(unittest.TestCase):
         self.assertEqual({"common_tests", "docs_tests", "support_tests"}, set(suites))
         for name, suite in suites.items():
             with self.subTest(name):
-                self.assertGreater(suite["passed"], 20)
+                self.assertGreater(suite["passed"], 3)
                 self.assertEqual([], suite["failed"] + suite["statesWine"])
         left_out = {case["case"] for case in suites["support_tests"]["leftOut"]}
         self.assertIn("WebServerTest.ACertificateOfTheTrustedAuthorityIsAccepted", left_out)
