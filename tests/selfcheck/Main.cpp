@@ -47,7 +47,7 @@ void AddOptions(CLI::App& app, Options& options) {
       "--register", options.mayRegister, "Run what needs the module's entries in the registry too; they are undone");
   app.add_option("--suites", options.suites, "These suites only, separated by commas")->delimiter(',');
   app.add_option("--width", options.widths, "x64 or x86: this width only")->delimiter(',');
-  app.add_option("--limit", options.limitSeconds, "Seconds for one start of one program")->check(CLI::PositiveNumber);
+  app.add_option("--limit", options.limitSeconds, "Seconds for one start of one program")->check(CLI::Range(1, 86400));
   app.add_option("--certificates", options.certificates, "The folder of the web server's certificates");
   app.add_option("--report", options.report, "The folder for the report, in place of 'report' beside selfcheck.cmd");
   app.add_option("--has", options.possible, "The widths that run on this machine")->delimiter(',')->group("");

@@ -24,12 +24,16 @@ import selfcheck  # noqa: E402  # it lies with what makes packages
 WAYWARD_CASES = 5
 
 
-def run(folder, *arguments, server=True, **variables):
-    """What selfcheck.cmd does in its folder: the exit code and what it told."""
-    command = [ROOT / "scripts/run-windows-program", *(["--server"] if server else []), "cmd", "/c", "selfcheck.cmd", *arguments]
-    done = subprocess.run(command, cwd=folder, env={**os.environ, **variables}, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                          check=False, timeout=120)
+def run_windows(folder, *command, **variables):
+    """What a Windows program does in a folder: the exit code and what it told."""
+    done = subprocess.run([ROOT / "scripts/run-windows-program", *command], cwd=folder, env={**os.environ, **variables},
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False, timeout=120)
     return done.returncode, done.stdout.decode("utf-8", errors="replace")
+
+
+def run(folder, *arguments, server=True, **variables):
+    """The same of selfcheck.cmd."""
+    return run_windows(folder, *(["--server"] if server else []), "cmd", "/c", "selfcheck.cmd", *arguments, **variables)
 
 
 def report_in(folder):
@@ -126,6 +130,15 @@ class WaywardTest(unittest.TestCase):
         self.assertEqual((WAYWARD_CASES - 1, False), (self.only_suite()["passed"], report_in(self.folder)["registered"]))
         self.assertEqual(0, self.run_wayward("/register")[0])
         self.assertEqual((WAYWARD_CASES, True), (self.only_suite()["passed"], report_in(self.folder)["registered"]))
+
+    def test_what_an_interrupted_run_left_in_the_registry_is_put_back(self):
+        aside, entry = "HKCU\\Software\\NorvikTests\\Registration", "HKCR\\Norvik.AXNorvik"
+        self.addCleanup(run_windows, ROOT, "reg", "delete", entry, "/f")
+        for key, text in ((f"{aside}\\Norvik.AXNorvik", "of the machine"), (entry, "of a test")):
+            run_windows(ROOT, "reg", "add", key, "/ve", "/d", text, "/f")
+        self.assertEqual(0, self.run_wayward("/register")[0])
+        self.assertIn("of the machine", run_windows(ROOT, "reg", "query", entry, "/ve")[1])
+        self.assertEqual(1, run_windows(ROOT, "reg", "query", aside)[0])
 
     def test_a_rule_that_names_no_case_fails(self):
         self.write_suites(["wayward_tests"], {"kind": "wine", "suite": "wayward_tests", "cases": "*.Gone", "reason": "none"})
