@@ -50,9 +50,9 @@ def strip_of(folder):
 
 
 def strip(tool, source, target):
-    """Copies a program without its symbols, which are most of it."""
+    """Copies a program without its symbols, which are most of it. -p keeps the time of now out of its head."""
     target.parent.mkdir(parents=True, exist_ok=True)
-    subprocess.run([tool, "-o", target, source], check=True)
+    subprocess.run([tool, "-p", "-o", target, source], check=True)
     return target
 
 

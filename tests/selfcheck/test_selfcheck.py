@@ -40,6 +40,12 @@ def report_in(folder):
     return json.loads((folder / "report/report.json").read_text(encoding="utf-8"))
 
 
+def time_of_program(content):
+    """The time in the head of a Windows program; 0 where the linker was told to leave it out."""
+    head = int.from_bytes(content[0x3C:0x40], "little")
+    return int.from_bytes(content[head + 8:head + 12], "little")
+
+
 class WaywardTest(unittest.TestCase):
     """One program that goes wrong as it is asked to, as the suite of a small folder of its own."""
 
@@ -186,6 +192,12 @@ class ZipFileTest(unittest.TestCase):
         self.assertEqual(sorted(names), names)
         for name in ("selfcheck.cmd", "README.txt", "server/webserver.py", "x64/norvik.dll", "x86/tests/selfcheck.exe"):
             self.assertIn(name, names)
+
+    def test_nothing_in_it_tells_when_it_was_made(self):
+        with zipfile.ZipFile(self.zip) as archive:
+            self.assertEqual({(2023, 11, 14, 22, 13, 20)}, {entry.date_time for entry in archive.infolist()})
+            times = {name: time_of_program(archive.read(name)) for name in archive.namelist() if name.endswith((".exe", ".dll"))}
+        self.assertEqual({}, {name: time for name, time in times.items() if time})
 
     def test_every_program_of_ctest_is_a_suite_in_it(self):
         listing = subprocess.run(["ctest", "--show-only=json-v1"], cwd=BUILD / "x64", stdout=subprocess.PIPE, check=True)
