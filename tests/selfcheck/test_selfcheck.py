@@ -1,7 +1,7 @@
 """The self-check, run under Wine by its own selfcheck.cmd: what it makes of programs that go wrong, and the zip file as a tester
 unpacks it. The build folders hold both widths; 64-bit programs are run.
 
-Run with: NORVIK_PREFIX=2 python3 tests/support/run_unittests.py build/selfcheck/results.xml tests/selfcheck/test_selfcheck.py
+Run with: NORVIK_PREFIX=2 python3 tests/support/run_unittests.py build/selfcheck.xml tests/selfcheck/test_selfcheck.py
 """
 
 import json

@@ -1,9 +1,8 @@
 """Counts the cases of all test programs that CTest knows in the build folders, and tells what did not pass.
 
-Usage: count.py [-E REGEX] [--results FILE]... BUILD_FOLDER [BUILD_FOLDER...]. -E (or --exclude) leaves the tests out that `ctest -E REGEX` leaves
-out. Every other test must have written the results file that its command names with --gtest_output=xml:FILE, whole: a program
-that crashed wrote none. --results names the results file of a job outside of CTest (run_unittests.py), which is counted like a build
-folder, under the name of the folder that it lies in. A case passed when it ran to its end without a failure. One that failed, was disabled or skipped, and a
+Usage: count.py [-E REGEX] BUILD_FOLDER|RESULTS.xml [...]. A results file stands for tests that CTest does not know
+(run_unittests.py). -E (or --exclude) leaves the tests out that `ctest -E REGEX` leaves out. Every other test must have written the results file that its command names with --gtest_output=xml:FILE, whole: a program
+that crashed wrote none. A case passed when it ran to its end without a failure. One that failed, was disabled or skipped, and a
 program without results, are told by name, and the exit code is 1. The last lines are one for each folder, with the seconds that
 its cases took, and their sum.
 """
@@ -43,8 +42,27 @@ def results_file(test, folder):
     return pathlib.Path(start, names[0])
 
 
+def writers_of(source, exclude):
+    """Who writes results, by name, each with the file or with what is wrong with it."""
+    if source.endswith(".xml"):
+        return [(pathlib.Path(source).stem, pathlib.Path(source))]
+    found, taken = [], {}
+    for test in tests_of(source, exclude):
+        try:
+            path = results_file(test, source)
+            if path in taken:
+                raise Unusable(f"its results go where those of {taken[path]} go")
+            taken[path] = test["name"]
+        except Unusable as error:
+            path = error
+        found.append((test["name"], path))
+    return found
+
+
 def cases_of(path):
     """The cases in a results file, which holds as many as it says."""
+    if isinstance(path, Unusable):
+        raise path
     try:
         text = path.read_text(encoding="utf-8", errors="replace")
         root = xml.etree.ElementTree.fromstring(NOT_XML.sub("?", text))
@@ -73,44 +91,24 @@ def outcome_of(case):
     return "did not run"
 
 
-def count(folder, exclude):
-    """How many cases of a build folder passed, failed and were skipped. A program without results counts as one failed case."""
-    label = pathlib.Path(folder).name
+def count(source, exclude):
+    """How many cases of a build folder or a results file passed, failed and were skipped. A program without results counts as one
+    failed case."""
+    label = pathlib.Path(source).stem
     counts = collections.Counter()
-    writers = {}
-    for test in tests_of(folder, exclude):
+    for name, path in writers_of(source, exclude):
         try:
-            path = results_file(test, folder)
-            if path in writers:
-                raise Unusable(f"its results go where those of {writers[path]} go")
-            writers[path] = test["name"]
             cases = cases_of(path)
         except Unusable as error:
             counts["failed"] += 1
-            print(f"{label}: {test['name']}: {error}")
+            print(f"{label}: {name}: {error}")
             continue
-        count_cases(cases, f"{label}: {test['name']}", counts)
-    return counts
-
-
-def count_cases(cases, label, counts):
-    for case in cases:
-        outcome = outcome_of(case)
-        counts[outcome if outcome in ("passed", "skipped") else "failed"] += 1
-        counts["seconds"] += float(case.get("time", 0))
-        if outcome != "passed":
-            print(f"{label}: {case.get('classname')}.{case.get('name')} {outcome}")
-
-
-def count_file(path):
-    """The same of one results file. Without one it counts as one failed case."""
-    counts = collections.Counter()
-    label = pathlib.Path(path).parent.name
-    try:
-        count_cases(cases_of(pathlib.Path(path)), label, counts)
-    except Unusable as error:
-        counts["failed"] += 1
-        print(f"{label}: {error}")
+        for case in cases:
+            outcome = outcome_of(case)
+            counts[outcome if outcome in ("passed", "skipped") else "failed"] += 1
+            counts["seconds"] += float(case.get("time", 0))
+            if outcome != "passed":
+                print(f"{label}: {name}: {case.get('classname')}.{case.get('name')} {outcome}")
     return counts
 
 
@@ -122,16 +120,14 @@ def line(counts):
 def main(arguments):
     parser = argparse.ArgumentParser(prog="count.py")
     parser.add_argument("-E", "--exclude", metavar="REGEX")
-    parser.add_argument("--results", metavar="FILE", action="append", default=[])
-    parser.add_argument("folders", metavar="BUILD_FOLDER", nargs="+")
+    parser.add_argument("sources", metavar="BUILD_FOLDER|RESULTS.xml", nargs="+")
     options = parser.parse_args(arguments)
-    counts = {pathlib.Path(folder).name: count(folder, options.exclude) for folder in options.folders}
-    counts.update({pathlib.Path(path).parent.name: count_file(path) for path in options.results})
-    for name, of_folder in counts.items():
-        print(f"{name}: {line(of_folder)}, {of_folder['seconds']:.0f} s")
+    counts = {source: count(source, options.exclude) for source in options.sources}
+    for source, of_source in counts.items():
+        print(f"{pathlib.Path(source).stem}: {line(of_source)}, {of_source['seconds']:.0f} s")
     total = sum(counts.values(), collections.Counter())
     print(line(total))
-    all_ran = all(of_folder["passed"] for of_folder in counts.values())
+    all_ran = all(of_source["passed"] for of_source in counts.values())
     return 0 if all_ran and not total["failed"] and not total["skipped"] else 1
 
 

@@ -177,28 +177,26 @@ class CountTest(unittest.TestCase):
         run = subprocess.run([sys.executable, count.__file__], stderr=subprocess.PIPE, check=False)
         self.assertEqual(2, run.returncode)
 
-    def test_a_results_file_of_a_job_is_counted_beside_the_folders(self):
-        job = self.root / "job"
-        job.mkdir()
-        (job / "results.xml").write_text(passed(3), encoding="utf-8")
-        code, lines = self.run_count("--results", str(job / "results.xml"), self.build("x64", {"one": passed(2)}))
+    def test_a_results_file_is_counted_beside_the_folders(self):
+        (self.root / "job.xml").write_text(passed(3), encoding="utf-8")
+        code, lines = self.run_count(self.build("x64", {"one": passed(2)}), str(self.root / "job.xml"))
         self.assertEqual(["x64: 2 passed, 0 failed, 0 s", "job: 3 passed, 0 failed, 0 s", "5 passed, 0 failed"], lines)
         self.assertEqual(0, code)
 
-    def test_a_job_without_a_results_file_fails_the_count(self):
-        code, lines = self.run_count("--results", str(self.root / "job/results.xml"), self.build("x64", {"one": passed(2)}))
-        self.assertEqual(["job: wrote no results", "x64: 2 passed, 0 failed, 0 s", "job: 0 passed, 1 failed, 0 s",
+    def test_a_results_file_that_is_missing_fails_the_count(self):
+        code, lines = self.run_count(self.build("x64", {"one": passed(2)}), str(self.root / "job.xml"))
+        self.assertEqual(["job: job: wrote no results", "x64: 2 passed, 0 failed, 0 s", "job: 0 passed, 1 failed, 0 s",
                           "2 passed, 1 failed"], lines)
         self.assertEqual(1, code)
 
     def test_cases_of_python_modules_are_counted_by_what_became_of_them(self):
         module = self.root / "test_module.py"
         module.write_text(MODULE, encoding="utf-8")
-        path = self.root / "job/results.xml"
+        path = self.root / "job.xml"
         done = subprocess.run([sys.executable, RUN_UNITTESTS, path, module], stderr=subprocess.DEVNULL, check=False)
         self.assertEqual(1, done.returncode)
-        lines = self.run_count("--results", str(path), self.build("x64", {"one": passed(2)}))[1]
-        name = "job: test_module.CaseTest.test_"
+        lines = self.run_count(self.build("x64", {"one": passed(2)}), str(path))[1]
+        name = "job: job: test_module.CaseTest.test_"
         self.assertEqual([f"{name}breaks failed", f"{name}fails failed", f"{name}fails_in_part failed", f"{name}skips skipped"],
                          lines[:4])
         self.assertEqual("3 passed, 3 failed, 1 skipped", lines[-1])
