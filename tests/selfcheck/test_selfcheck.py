@@ -4,6 +4,8 @@ unpacks it. The build folders hold both widths; 64-bit programs are run.
 Run with: NORVIK_PREFIX=2 python3 tests/support/run_unittests.py build/selfcheck.xml tests/selfcheck/test_selfcheck.py
 """
 
+import fnmatch
+import functools
 import json
 import os
 import pathlib
@@ -38,6 +40,19 @@ def run(folder, *arguments, server=True, **variables):
 
 def report_in(folder):
     return json.loads((folder / "report/report.json").read_text(encoding="utf-8"))
+
+
+@functools.cache
+def cases_of(suite):
+    """The full names of a suite's cases, as its program lists them."""
+    names, group = [], None
+    for line in run_windows(ROOT, PROGRAMS / f"{suite}.exe", "--gtest_list_tests")[1].splitlines():
+        name = line.split("  #")[0]
+        if name.startswith("  "):
+            names.append(group + name.strip())
+        else:
+            group = name.strip()
+    return names
 
 
 def time_of_program(content):
@@ -84,14 +99,14 @@ class WaywardTest(unittest.TestCase):
         self.assertGreater(report["machine"]["ansiCodePage"], 0)
 
     def test_what_fails_crashes_or_hangs_is_told_and_the_rest_is_run(self):
-        code, _ = self.run_wayward("/limit", "3", ways="Fails Crashes Hangs")
+        code, _ = self.run_wayward("/limit", "2", ways="Fails Crashes Hangs")
         self.assertEqual(1, code)
         self.assertEqual(WAYWARD_CASES - 3, self.only_suite()["passed"])
         failed = self.failed()
         self.assertEqual({"WaywardTest.Fails", "WaywardTest.Crashes", "WaywardTest.Hangs"}, set(failed))
         self.assertIn("was asked to fail, with a letter of the code page: \u00e4", failed["WaywardTest.Fails"])
         self.assertRegex(failed["WaywardTest.Crashes"], "(?s)ended with code 0xC0000005.*about to crash \ufffd")
-        self.assertIn("not done after 3 seconds", failed["WaywardTest.Hangs"])
+        self.assertIn("not done after 2 seconds", failed["WaywardTest.Hangs"])
         text = (self.folder / "report/report.txt").read_text(encoding="utf-8")
         self.assertIn("about to crash", text)
         self.assertTrue(text.endswith("\n2 passed, 3 failed\n"), text[-200:])
@@ -157,6 +172,17 @@ class WaywardTest(unittest.TestCase):
         code, told = run(self.folder, "/width", "x64", server=False)
         self.assertEqual(2, code)
         self.assertIn("Python 3.8 or later is needed", told)
+
+
+class RulesTest(unittest.TestCase):
+    """What tells cases apart, against the programs of this build."""
+
+    def test_every_rule_names_cases_of_its_suite(self):
+        for rule in json.loads((ROOT / "tests/selfcheck/rules.json").read_text(encoding="utf-8")):
+            with self.subTest(**rule):
+                names = cases_of(rule["suite"])
+                for pattern in rule["cases"].split(":"):
+                    self.assertTrue(fnmatch.filter(names, pattern), pattern)
 
 
 class ZipFileTest(unittest.TestCase):
