@@ -1,10 +1,10 @@
 """Counts the cases of all test programs that CTest knows in the build folders, and tells what did not pass.
 
-Usage: count.py [-E REGEX] BUILD_FOLDER|RESULTS.xml [...]. A results file stands for tests that CTest does not know
-(run_unittests.py). -E (or --exclude) leaves the tests out that `ctest -E REGEX` leaves out. Every other test must have written the results file that its command names with --gtest_output=xml:FILE, whole: a program
-that crashed wrote none. A case passed when it ran to its end without a failure. One that failed, was disabled or skipped, and a
-program without results, are told by name, and the exit code is 1. The last lines are one for each folder, with the seconds that
-its cases took, and their sum.
+Usage: count.py [-E REGEX] BUILD_FOLDER|RESULTS.xml [...]. A results file stands for tests that CTest does not know. -E (or
+--exclude) leaves the tests out that `ctest -E REGEX` leaves out. Every other test must have written the results file that its
+command names with --gtest_output=xml:FILE, whole: a program that crashed wrote none. A case passed when it ran to its end without a
+failure. One that failed, was disabled or skipped, and a program without results, are told by name, and the exit code is 1. The last
+lines are one for each source, with the seconds that its cases took, and their sum.
 """
 
 import argparse
