@@ -92,3 +92,13 @@ void ExistingFileOnDisk::ExpectMoved() const {
   ExpectWritten();
   EXPECT_EQ(kOldContent, ReadWholeFile(MovedTo()));
 }
+
+void ExistingFileOnDisk::ExpectOutcome() const {
+  const bool isDone = SUCCEEDED(question.run);
+  if (isDone && question.action == "replace")
+    ExpectWritten();
+  else if (isDone && question.action == "move-aside")
+    ExpectMoved();
+  else if (question.action != "move-aside")
+    ExpectUntouched();
+}

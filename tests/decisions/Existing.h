@@ -23,6 +23,9 @@ class ExistingFileOnDisk {
   void ExpectWritten() const;
   void ExpectMoved() const;
 
+  // Whichever of these the question's answers say of a run.
+  void ExpectOutcome() const;
+
  private:
   std::string LocalSource(const std::string& localFolder) const;
 

@@ -215,16 +215,6 @@ class ModuleFileTest : public DecisionsModuleTest, public testing::WithParamInte
     return hr;
   }
 
-  void ExpectFiles(const ExistingFileOnDisk& existing) {
-    const bool isDone = SUCCEEDED(vector.run);
-    if (isDone && vector.action == "replace")
-      existing.ExpectWritten();
-    else if (isDone && vector.action == "move-aside")
-      existing.ExpectMoved();
-    else if (vector.action != "move-aside")
-      existing.ExpectUntouched();
-  }
-
   const FileQuestion& vector;
   WebServer server;
   TemporaryFolder base;
@@ -237,7 +227,7 @@ TEST_P(ModuleFileTest, BecomesWhatTheVectorSays) {
   EXPECT_HRESULT(FAILED(vector.run) ? vector.run : S_OK, FailureInLog());
   EXPECT_EQ(vector.action == "cancel",
             AllLogs().find("'" + existing.Path() + "' exists, canceling operation.") != std::string::npos);
-  ExpectFiles(existing);
+  existing.ExpectOutcome();
 }
 
 INSTANTIATE_TEST_SUITE_P(Questions, ModuleFileTest, testing::ValuesIn(FileQuestions()), TestNameOf<FileQuestion>);
