@@ -1,0 +1,112 @@
+// The package's own action. It runs once, before anything on the machine is changed, and decides what the tables cannot:
+// whether the installation may go on, and where the help folder of the type library is.
+
+#include "common/Windows.h"
+
+#include <msi.h>
+#include <msiquery.h>
+
+#include <cwchar>
+
+#include "common/Handles.h"
+
+namespace {
+
+constexpr DWORD kTextSize = 2048;  // a path that the installer can use is far shorter
+
+struct InstallerHandleTraits {
+  using Handle = MSIHANDLE;
+  static Handle Invalid() { return 0; }
+  static bool Close(Handle handle) { return MsiCloseHandle(handle) == ERROR_SUCCESS; }
+};
+using InstallerHandle = UniqueHandle<InstallerHandleTraits>;
+
+// Writes a sentence into the installer's log and shows it, where the level of its user interface allows that. Gives the code
+// that ends the installation.
+UINT Refuse(MSIHANDLE installer, const wchar_t* sentence) {
+  const InstallerHandle record(MsiCreateRecord(1));
+  MsiRecordSetStringW(record.Get(), 0, L"[1]");  // the sentence is an argument: a bracket in a path is none of a format's
+  MsiRecordSetStringW(record.Get(), 1, sentence);
+  MsiProcessMessage(installer, INSTALLMESSAGE_ERROR, record.Get());
+  return ERROR_INSTALL_FAILURE;
+}
+
+bool ReadProperty(MSIHANDLE installer, const wchar_t* name, wchar_t (&value)[kTextSize]) {
+  DWORD length = kTextSize;
+  return MsiGetPropertyW(installer, name, value, &length) == ERROR_SUCCESS;
+}
+
+// The service that will copy the file has a working folder of its own, and no user's drives.
+bool IsFullPath(const wchar_t* path) {
+  return (path[0] && path[1] == L':' && path[2] == L'\\') || (path[0] == L'\\' && path[1] == L'\\');
+}
+
+// ERROR_SUCCESS when there is a file with something in it, that can be read.
+DWORD TryToRead(const wchar_t* path) {
+  const FileHandle file(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file)
+    return GetLastError();
+  if (IsDevice(file))
+    return ERROR_FILE_INVALID;
+  char first = 0;
+  DWORD count = 0;
+  if (!ReadFile(file.Get(), &first, sizeof(first), &count, nullptr))
+    return GetLastError();
+  return count == 0 ? ERROR_HANDLE_EOF : ERROR_SUCCESS;
+}
+
+UINT CheckPermissionFile(MSIHANDLE installer) {
+  wchar_t path[kTextSize], sentence[kTextSize + 200];
+  if (!ReadProperty(installer, L"PERMITFILE", path))
+    return Refuse(installer, L"The path in PERMITFILE is too long. Nothing was changed.");
+  if (!path[0])
+    return ERROR_SUCCESS;
+  if (!IsFullPath(path)) {
+    swprintf(sentence, ARRAYSIZE(sentence), L"PERMITFILE has to be a full path, and \"%ls\" is none. Nothing was changed.", path);
+    return Refuse(installer, sentence);
+  }
+  const DWORD error = TryToRead(path);
+  if (error == ERROR_SUCCESS)
+    return ERROR_SUCCESS;
+  swprintf(sentence, ARRAYSIZE(sentence),
+           L"The permission file \"%ls\" that PERMITFILE names cannot be read (error %lu). Nothing was changed.", path, error);
+  return Refuse(installer, sentence);
+}
+
+// The modules have one name, so two widths in one folder would be one file.
+UINT CheckFolders(MSIHANDLE installer, const wchar_t* folder, const wchar_t* folder32) {
+  if (folder32[0] && lstrcmpiW(folder, folder32) == 0)
+    return Refuse(installer, L"INSTALLDIR and INSTALLDIR32 have to be two folders. Nothing was changed.");
+  return ERROR_SUCCESS;
+}
+
+// Whether the feature will be on the machine after this installation.
+bool WillBeInstalled(MSIHANDLE installer, const wchar_t* feature) {
+  INSTALLSTATE now = INSTALLSTATE_UNKNOWN, next = INSTALLSTATE_UNKNOWN;
+  if (MsiGetFeatureStateW(installer, feature, &now, &next) != ERROR_SUCCESS)
+    return false;  // this package has no such feature
+  return next == INSTALLSTATE_LOCAL || (next == INSTALLSTATE_UNKNOWN && now == INSTALLSTATE_LOCAL);
+}
+
+// The help folder is the module's, without the separator that the installer puts at the end of every folder.
+void SetHelpFolder(MSIHANDLE installer, wchar_t* folder) {
+  const std::size_t length = std::wcslen(folder);
+  if (length > 0 && folder[length - 1] == L'\\')
+    folder[length - 1] = L'\0';
+  MsiSetPropertyW(installer, L"HELPFOLDER", folder);
+}
+
+}  // namespace
+
+extern "C" UINT __stdcall PrepareInstallation(MSIHANDLE installer) {
+  wchar_t folder[kTextSize], folder32[kTextSize];
+  if (!ReadProperty(installer, L"INSTALLDIR", folder) || !ReadProperty(installer, L"INSTALLDIR32", folder32))
+    return Refuse(installer, L"The path of a folder is too long. Nothing was changed.");
+  UINT code = CheckFolders(installer, folder, folder32);
+  if (code == ERROR_SUCCESS)
+    code = CheckPermissionFile(installer);
+  if (code == ERROR_SUCCESS)
+    SetHelpFolder(installer, !folder32[0] || WillBeInstalled(installer, L"Module64") ? folder : folder32);
+  return code;
+}
