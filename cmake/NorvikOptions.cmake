@@ -34,6 +34,11 @@ add_library(norvik_program_compile INTERFACE)
 target_link_libraries(norvik_program_compile INTERFACE norvik_compile)
 target_compile_options(norvik_program_compile INTERFACE -Os)
 
+# What was linked into a target, library by library, stands in <target>.map beside it: the packages tell of it.
+function(norvik_map name)
+  target_link_options(${name} PRIVATE -Wl,-Map=${CMAKE_BINARY_DIR}/$<TARGET_FILE_NAME:${name}>.map)
+endfunction()
+
 # norvik_folder(NAME [PROGRAM] SOURCES ... USES ...): the static library of one folder below src/, of the module or, with
 # PROGRAM, of what stands beside it. USES names the folders and the system libraries that it builds on.
 function(norvik_folder name)
@@ -53,6 +58,7 @@ function(norvik_program target file description subsystem library)
   add_executable(${target} Main.cpp ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
   target_link_libraries(${target} PRIVATE ${library} norvik_program_compile norvik_link)
   target_link_options(${target} PRIVATE -s -municode -m${subsystem})
+  norvik_map(${target})
   set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/${target}.rc PROPERTIES
     OBJECT_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/program.manifest)
   set_target_properties(${target} PROPERTIES OUTPUT_NAME ${file} RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})

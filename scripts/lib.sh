@@ -23,6 +23,7 @@ readonly bench_packages=(curl)
 readonly wine32_packages=(debootstrap bubblewrap)
 readonly fuzz_packages=(clang libclang-rt-dev llvm)
 readonly mutate_packages=(lld)
+readonly package_packages=(wixl msitools osslsigncode)
 
 # as_root COMMAND...: as root or through sudo.
 as_root() {
@@ -79,9 +80,9 @@ configure_width() {
   }
 }
 
-# build_target x64|x86 TARGET: builds one target of a configured width.
+# build_target x64|x86 TARGET...: builds targets of a configured width.
 build_target() {
-  cmake --build --preset "$1" --target "$2" >"$build/build-$1.log" 2>&1 || {
+  cmake --build --preset "$1" --target "${@:2}" >"$build/build-$1.log" 2>&1 || {
     cat "$build/build-$1.log" >&2
     die "building $1 failed"
   }
