@@ -141,6 +141,16 @@ class Package:
         return {action: number for action, number in SEQUENCE.items() if action not in absent}
 
 
+    @staticmethod
+    def directory_name(folder, path):
+        return name_of(f"{folder}_{path}") if path.parts else folder
+
+    def directories(self):
+        """The folders of all files and the folders around them, each before those in it: the package's folder and a path."""
+        found = {(entry.folder, path): None for entry in self.items for path in reversed(entry.path.parents)}
+        return list(found)
+
+
 def child(parent, tag, **attributes):
     return ElementTree.SubElement(parent, tag, {name: str(value) for name, value in attributes.items()})
 
@@ -190,11 +200,9 @@ def add_directories(root, package):
     for folder, width in package.folders.items():
         above = child(target, "Directory", Id=PROGRAM_FILES[width])
         found[folder, pathlib.PurePosixPath(".")] = child(above, "Directory", Id=folder, Name=package.name)
-    for entry in package.items:
-        for path in reversed(entry.path.parents):
-            if (entry.folder, path) not in found:
-                found[entry.folder, path] = child(found[entry.folder, path.parent], "Directory",
-                                                  Id=name_of(f"{entry.folder}_{path}"), Name=path.name)
+    for folder, path in package.directories():
+        if (folder, path) not in found:
+            found[folder, path] = child(found[folder, path.parent], "Directory", Id=package.directory_name(folder, path), Name=path.name)
     return found
 
 

@@ -31,5 +31,4 @@ class Signer:
         os.replace(signed, path)
 
     def verify(self, path):
-        run("osslsigncode", "verify", "-CAfile", self.authority or self.certificate, "-time", self.epoch, "-in", path,
-            complains=False)
+        run("osslsigncode", "verify", "-CAfile", self.authority or self.certificate, "-in", path, complains=False)

@@ -15,6 +15,7 @@ REGISTRY_KEY_PATH, TRANSITIVE, WIDE = 4, 64, 256
 MAKE_AND_TAKE, TAKE = "*", "-"
 
 LOCAL_MACHINE = 2
+ON_UNINSTALL = 2  # when a row of RemoveFile is carried out
 MOVE_FILES = 3800  # where the action of that name usually stands
 
 MOVE_FILE_COLUMNS = {"MoveFile": "s72", "Component_": "s72", "SourceName": "L255", "DestName": "L255", "SourceFolder": "S72",
@@ -56,6 +57,12 @@ def is_key_row(row):
     return row[1] in (MAKE_AND_TAKE, TAKE)
 
 
+def remove_file_rows(package):
+    """What is empty when all features are gone goes, too: also folders in which there was nothing but folders."""
+    return [(f"Folder{number}", package.places().name, "", package.directory_name(*directory), str(ON_UNINSTALL))
+            for number, directory in enumerate(reversed(package.directories()))]
+
+
 def versions(package):
     """The version and language of every file that has one, by the name of its component."""
     found = {}
@@ -85,6 +92,11 @@ def edits(package):
     for number, (key, name, _, component) in enumerate(sorted(filter(is_key_row, registry_rows(package)))):
         yield ("INSERT INTO `Registry` (`Registry`, `Root`, `Key`, `Name`, `Component_`) "
                f"VALUES ('Key{number}', {LOCAL_MACHINE}, '{key}', '{name}', '{component}')")
+
+
+    for key, component, _, directory, mode in remove_file_rows(package):
+        yield ("INSERT INTO `RemoveFile` (`FileKey`, `Component_`, `DirProperty`, `InstallMode`) "
+               f"VALUES ('{key}', '{component}', '{directory}', {mode})")
 
 
 def table_text(name, columns, keys, rows):
@@ -151,6 +163,7 @@ def check(package, msi, epoch):
             registry_rows(package))
     compare("Registry.Root", {row["Root"] for row in read(msi, "Registry")}, {str(LOCAL_MACHINE)})
     compare("MoveFile", [list(row.values()) for row in read(msi, "MoveFile")], move_file_rows(package))
+    compare("RemoveFile", {tuple(row.values()) for row in read(msi, "RemoveFile")}, set(remove_file_rows(package)))
     compare("FeatureComponents", {(row["Feature_"], row["Component_"]) for row in read(msi, "FeatureComponents")},
             {(feature, component.name) for component in package.components for feature in component.features})
     check_order(package, msi)

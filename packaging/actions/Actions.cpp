@@ -36,6 +36,16 @@ bool ReadProperty(MSIHANDLE installer, const wchar_t* name, wchar_t (&value)[kTe
   return MsiGetPropertyW(installer, name, value, &length) == ERROR_SUCCESS;
 }
 
+// The path of a folder without the separator that the installer puts at the end of each.
+bool ReadFolder(MSIHANDLE installer, const wchar_t* name, wchar_t (&folder)[kTextSize]) {
+  if (!ReadProperty(installer, name, folder))
+    return false;
+  const std::size_t length = std::wcslen(folder);
+  if (length > 0 && folder[length - 1] == L'\\')
+    folder[length - 1] = L'\0';
+  return true;
+}
+
 // The service that will copy the file has a working folder of its own, and no user's drives.
 bool IsFullPath(const wchar_t* path) {
   return (path[0] && path[1] == L':' && path[2] == L'\\') || (path[0] == L'\\' && path[1] == L'\\');
@@ -74,11 +84,21 @@ UINT CheckPermissionFile(MSIHANDLE installer) {
   return Refuse(installer, sentence);
 }
 
+UINT CheckFolder(MSIHANDLE installer, const wchar_t* folder) {
+  const DWORD attributes = GetFileAttributesW(folder);
+  if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+    return ERROR_SUCCESS;
+  wchar_t sentence[kTextSize + 200];
+  swprintf(sentence, ARRAYSIZE(sentence), L"There is a file where the folder \"%ls\" has to be. Nothing was changed.", folder);
+  return Refuse(installer, sentence);
+}
+
 // The modules have one name, so two widths in one folder would be one file.
 UINT CheckFolders(MSIHANDLE installer, const wchar_t* folder, const wchar_t* folder32) {
   if (folder32[0] && lstrcmpiW(folder, folder32) == 0)
     return Refuse(installer, L"INSTALLDIR and INSTALLDIR32 have to be two folders. Nothing was changed.");
-  return ERROR_SUCCESS;
+  const UINT code = CheckFolder(installer, folder);
+  return code == ERROR_SUCCESS ? CheckFolder(installer, folder32) : code;
 }
 
 // Whether the feature will be on the machine after this installation.
@@ -89,24 +109,16 @@ bool WillBeInstalled(MSIHANDLE installer, const wchar_t* feature) {
   return next == INSTALLSTATE_LOCAL || (next == INSTALLSTATE_UNKNOWN && now == INSTALLSTATE_LOCAL);
 }
 
-// The help folder is the module's, without the separator that the installer puts at the end of every folder.
-void SetHelpFolder(MSIHANDLE installer, wchar_t* folder) {
-  const std::size_t length = std::wcslen(folder);
-  if (length > 0 && folder[length - 1] == L'\\')
-    folder[length - 1] = L'\0';
-  MsiSetPropertyW(installer, L"HELPFOLDER", folder);
-}
-
 }  // namespace
 
 extern "C" UINT __stdcall PrepareInstallation(MSIHANDLE installer) {
   wchar_t folder[kTextSize], folder32[kTextSize];
-  if (!ReadProperty(installer, L"INSTALLDIR", folder) || !ReadProperty(installer, L"INSTALLDIR32", folder32))
+  if (!ReadFolder(installer, L"INSTALLDIR", folder) || !ReadFolder(installer, L"INSTALLDIR32", folder32))
     return Refuse(installer, L"The path of a folder is too long. Nothing was changed.");
   UINT code = CheckFolders(installer, folder, folder32);
   if (code == ERROR_SUCCESS)
     code = CheckPermissionFile(installer);
-  if (code == ERROR_SUCCESS)
-    SetHelpFolder(installer, !folder32[0] || WillBeInstalled(installer, L"Module64") ? folder : folder32);
+  if (code == ERROR_SUCCESS)  // the help folder is the module's; the package for 32-bit Windows has one folder only
+    MsiSetPropertyW(installer, L"HELPFOLDER", !folder32[0] || WillBeInstalled(installer, L"Module64") ? folder : folder32);
   return code;
 }

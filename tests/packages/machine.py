@@ -8,7 +8,7 @@ import subprocess
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = ROOT / "build"
-PREFIXES = {"x64": BUILD / "wine", "x86": BUILD / "wine-x86"}
+PREFIXES = {"x64": BUILD / "wine-packages", "x86": BUILD / "wine-x86-packages"}  # where nothing else ever runs
 
 PROGRAM_FILES = pathlib.PurePosixPath("Program Files")
 PROGRAM_FILES_X86 = pathlib.PurePosixPath("Program Files (x86)")
