@@ -212,8 +212,6 @@ def add_component(directories, package, component):
                     **({"Win64": "yes"} if component.wide else {}))
     if component.item:
         child(element, "File", Id=component.name, Name=component.item.path.name, Source=component.name, KeyPath="yes")
-    elif not component.rows:
-        child(element, "CreateFolder")
     is_key_path = component.item is None
     for row in component.rows:
         if row.value is not None:

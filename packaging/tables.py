@@ -23,7 +23,8 @@ MOVE_FILE_COLUMNS = {"MoveFile": "s72", "Component_": "s72", "SourceName": "L255
 
 
 def permissions(package):
-    """The components that put the administrator's permission file beside a module."""
+    """The components that put the administrator's permission file beside a module. Their key path is the folder; it has no row in
+    CreateFolder, which would keep it when all else is gone."""
     return [component for component in package.components if not component.item and not component.rows]
 
 
@@ -163,6 +164,7 @@ def check(package, msi, epoch):
             registry_rows(package))
     compare("Registry.Root", {row["Root"] for row in read(msi, "Registry")}, {str(LOCAL_MACHINE)})
     compare("MoveFile", [list(row.values()) for row in read(msi, "MoveFile")], move_file_rows(package))
+    compare("CreateFolder", read(msi, "CreateFolder"), [])
     compare("RemoveFile", {tuple(row.values()) for row in read(msi, "RemoveFile")}, set(remove_file_rows(package)))
     compare("FeatureComponents", {(row["Feature_"], row["Component_"]) for row in read(msi, "FeatureComponents")},
             {(feature, component.name) for component in package.components for feature in component.features})
