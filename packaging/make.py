@@ -45,7 +45,7 @@ def arguments():
 def check_version(version, root=ROOT):
     """A release that its users cannot read about is not packaged."""
     log = root / "CHANGELOG.md"
-    if not log.is_file() or not re.search(rf"^## {re.escape(version)}\b", log.read_text(encoding="utf-8"), re.MULTILINE):
+    if not log.is_file() or not re.search(rf"^## {re.escape(version)}(\s|$)", log.read_text(encoding="utf-8"), re.MULTILINE):
         raise Failure(f"CHANGELOG.md has no entry for the version {version}.")
 
 
@@ -73,16 +73,16 @@ def copy_builds(folder, sign, build=ROOT / "build"):
     return builds
 
 
-def make_all(output, version, builds, epoch, sign=None, code_of=None):
-    """Writes every package into an empty folder."""
+def make_all(output, version, builds, epoch, sign=None, code_of=None, root=ROOT):
+    """Writes every package into an empty folder; `root` is where the documents come from."""
     stem = f"norvik-{version}"
     for width in WIDTHS:
-        package = installer.Package(width, version, builds, code_of=code_of)
+        package = installer.Package(width, version, builds, root, code_of)
         file = output / f"{stem}-{width}.msi"
         installer.build(package, file, epoch)
         if sign:
             sign.sign(file)
-    files = contents.by_hand(builds)
+    files = contents.by_hand(builds, root)
     maps = {name: source.with_name(source.name + ".map") for name, source in files.items() if source.suffix in (".dll", ".exe")}
     archives.write_zip(output / f"{stem}.zip", files, epoch)
     bill.write(output / f"{stem}.spdx.json", bill.bill(package.name, package.publisher, version, files, maps, epoch))

@@ -67,20 +67,23 @@ DWORD TryToRead(const wchar_t* path) {
 }
 
 UINT CheckPermissionFile(MSIHANDLE installer) {
-  wchar_t path[kTextSize], sentence[kTextSize + 200];
+  wchar_t path[kTextSize];
+  wchar_t sentence[kTextSize + 200];
   if (!ReadProperty(installer, L"PERMITFILE", path))
     return Refuse(installer, L"The path in PERMITFILE is too long. Nothing was changed.");
   if (!path[0])
     return ERROR_SUCCESS;
   if (!IsFullPath(path)) {
-    swprintf(sentence, ARRAYSIZE(sentence), L"PERMITFILE has to be a full path, and \"%ls\" is none. Nothing was changed.", path);
+    swprintf(
+        sentence, ARRAYSIZE(sentence), L"PERMITFILE has to be a full path, and \"%ls\" is none. Nothing was changed.", path);
     return Refuse(installer, sentence);
   }
   const DWORD error = TryToRead(path);
   if (error == ERROR_SUCCESS)
     return ERROR_SUCCESS;
   swprintf(sentence, ARRAYSIZE(sentence),
-           L"The permission file \"%ls\" that PERMITFILE names cannot be read (error %lu). Nothing was changed.", path, error);
+           L"The permission file \"%ls\" that PERMITFILE names cannot be read (error %lu). Nothing was changed.", path,
+           error);
   return Refuse(installer, sentence);
 }
 
@@ -89,7 +92,8 @@ UINT CheckFolder(MSIHANDLE installer, const wchar_t* folder) {
   if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
     return ERROR_SUCCESS;
   wchar_t sentence[kTextSize + 200];
-  swprintf(sentence, ARRAYSIZE(sentence), L"There is a file where the folder \"%ls\" has to be. Nothing was changed.", folder);
+  swprintf(
+      sentence, ARRAYSIZE(sentence), L"There is a file where the folder \"%ls\" has to be. Nothing was changed.", folder);
   return Refuse(installer, sentence);
 }
 
@@ -103,7 +107,8 @@ UINT CheckFolders(MSIHANDLE installer, const wchar_t* folder, const wchar_t* fol
 
 // Whether the feature will be on the machine after this installation.
 bool WillBeInstalled(MSIHANDLE installer, const wchar_t* feature) {
-  INSTALLSTATE now = INSTALLSTATE_UNKNOWN, next = INSTALLSTATE_UNKNOWN;
+  INSTALLSTATE now = INSTALLSTATE_UNKNOWN;
+  INSTALLSTATE next = INSTALLSTATE_UNKNOWN;
   if (MsiGetFeatureStateW(installer, feature, &now, &next) != ERROR_SUCCESS)
     return false;  // this package has no such feature
   return next == INSTALLSTATE_LOCAL || (next == INSTALLSTATE_UNKNOWN && now == INSTALLSTATE_LOCAL);
@@ -112,7 +117,8 @@ bool WillBeInstalled(MSIHANDLE installer, const wchar_t* feature) {
 }  // namespace
 
 extern "C" UINT __stdcall PrepareInstallation(MSIHANDLE installer) {
-  wchar_t folder[kTextSize], folder32[kTextSize];
+  wchar_t folder[kTextSize];
+  wchar_t folder32[kTextSize];
   if (!ReadFolder(installer, L"INSTALLDIR", folder) || !ReadFolder(installer, L"INSTALLDIR32", folder32))
     return Refuse(installer, L"The path of a folder is too long. Nothing was changed.");
   UINT code = CheckFolders(installer, folder, folder32);

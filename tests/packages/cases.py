@@ -31,6 +31,11 @@ class Case(unittest.TestCase):
 
     width = "x64"
 
+    @property
+    def machines(self):
+        """The widths of the machines that the case needs."""
+        return (self.width,)
+
     def setUp(self):
         self.machine = Machine(self.width, WORK / f"prefix-{os.getpid()}-{self.width}")
         self.addCleanup(shutil.rmtree, self.machine.folder)
@@ -91,18 +96,19 @@ class Case(unittest.TestCase):
             self.assertEqual(code_of(version, width),
                              self.machine.path(folder, "norvik.dll").read_bytes(), f"{folder} has not the module of {version}")
 
-    def expected_files(self, features=None):
-        """The files of the package by their paths on the machine, of some features or all."""
-        items = installer.Package(self.width, VERSION, builds(VERSION)).items
+    def items(self):
+        """What the package of this version installs, by the paths on the machine."""
         folder = {"INSTALLDIR": PROGRAM_FILES / "Norvik", "INSTALLDIR32": PROGRAM_FILES_X86 / "Norvik"}
-        return {str(folder[item.folder] / item.path): item.source for item in items if not features or item.feature in features}
+        items = installer.Package(self.width, VERSION, builds(VERSION)).items
+        return {str(folder[item.folder] / item.path): item for item in items}
 
     def expect_files(self, features=None, and_also=()):
         """Just these files are there, byte for byte those of the package."""
-        expected, found = self.expected_files(features), self.machine.installed()
+        expected = {name: item for name, item in self.items().items() if not features or item.feature in features}
+        found = self.machine.installed()
         self.assertEqual(sorted([*expected, *and_also]), sorted(found))
-        for name, source in expected.items():
-            self.assertEqual(source.read_bytes(), found[name].read_bytes(), name)
+        for name, item in expected.items():
+            self.assertEqual(item.source.read_bytes(), found[name].read_bytes(), name)
 
     def new_keys(self):
         """What the registry's software has that a new machine has not, without what Windows Installer keeps for itself."""

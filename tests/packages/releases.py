@@ -9,9 +9,13 @@ import sys
 from machine import BUILD, ROOT
 
 sys.path.insert(0, str(ROOT / "packaging"))
-import installer  # noqa: E402  # they lie in another folder
+import contents  # noqa: E402, F401  # they lie in another folder, and are for all tests
+import installer  # noqa: E402
 import make  # noqa: E402
 import product  # noqa: E402
+import registration  # noqa: E402, F401
+import tables  # noqa: E402, F401
+import tools  # noqa: E402, F401
 from signing import Signer  # noqa: E402
 
 WORK = BUILD / "packages-tests"
@@ -22,6 +26,7 @@ MAJOR, MINOR, _ = (int(number) for number in VERSION.split("."))
 EARLIER = f"{MAJOR - 1}.9.0"
 LATER = f"{MAJOR}.{MINOR + 1}.0"
 
+OUTPUT = WORK / "output"  # all packages of this version
 CERTIFICATE, KEY = WORK / "certificate.pem", WORK / "key.pem"
 
 
@@ -86,6 +91,8 @@ def make_releases():
     for version in folders:
         for width in product.WIDTHS:
             build(version, width, folders[version])
+    OUTPUT.mkdir()
+    make.make_all(OUTPUT, VERSION, folders[VERSION], EPOCH)
     build(LATER, "x64", folders[LATER], kind="-minor", code_of=VERSION)
     build(VERSION, "x64", builds_of(VERSION, signer()), kind="-signed", sign=signer())
 

@@ -173,6 +173,23 @@ class CountTest(unittest.TestCase):
         self.assertEqual(["x64: 2 passed, 0 failed, 0 s", "x86: 0 passed, 0 failed, 0 s", "2 passed, 0 failed"], lines)
         self.assertEqual(1, code)
 
+    def results_file(self, text):
+        path = self.root / "packages.xml"
+        if text is not None:
+            path.write_text(text, encoding="utf-8")
+        return str(path)
+
+    def test_a_results_file_counts_like_a_folder(self):
+        code, lines = self.run_count(self.build("x64", {"good": passed(2)}), self.results_file(passed(3)))
+        self.assertEqual((0, ["x64: 2 passed, 0 failed, 0 s", "packages: 3 passed, 0 failed, 0 s", "5 passed, 0 failed"]),
+                         (code, lines))
+
+    def test_a_results_file_that_is_missing_or_cut_fails_the_count(self):
+        for text, told in ((None, "wrote no results"), (passed(3)[:-20], "its results are not whole")):
+            code, lines = self.run_count(self.build("x64" if text else "x86", {"good": passed(2)}), self.results_file(text))
+            self.assertEqual((1, f"packages: packages: {told}"), (code, lines[0]))
+            self.assertEqual("2 passed, 1 failed", lines[-1])
+
     def test_wrong_arguments_are_a_wrong_usage(self):
         run = subprocess.run([sys.executable, count.__file__], stderr=subprocess.PIPE, check=False)
         self.assertEqual(2, run.returncode)
