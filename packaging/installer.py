@@ -30,6 +30,7 @@ SEQUENCE = {
     "TellLocation": 1010,
     "PrepareInstallation": 1300,  # behind MigrateFeatureStates, which decides what an upgrade installs
     "RemoveExistingProducts": 1501,
+    "VerifyPermissions": 3801,  # behind MoveFiles
 }
 
 
@@ -132,9 +133,10 @@ class Package:
         }
 
     def actions(self):
-        """The types of the package's own actions: 51 sets a property, 1 calls a function of a DLL in the package."""
+        """The types of the package's own actions: 51 sets a property, 1 calls a function of a DLL in the package, and with 3072 it is
+        called in the transaction, by the service."""
         setting = [f"Remember{folder}" for folder in self.folders] + ["RepairAgain", "TellLocation"]
-        return {**dict.fromkeys(setting, 51), "PrepareInstallation": 1}
+        return {**dict.fromkeys(setting, 51), "PrepareInstallation": 1, "VerifyPermissions": 3073}
 
     def sequence(self):
         absent = {f"Remember{folder}" for folder in REMEMBERED if folder not in self.folders}
@@ -234,6 +236,9 @@ def add_actions(root, package):
     child(root, "CustomAction", Id="PrepareInstallation", BinaryKey="Actions", DllEntry="PrepareInstallation",
           Execute="immediate", Return="check", Impersonate="yes")
     custom(sequence, "PrepareInstallation", 'NOT REMOVE~="ALL"')
+    child(root, "CustomAction", Id="VerifyPermissions", BinaryKey="Actions", DllEntry="VerifyPermissions", Execute="deferred",
+          Return="check", Impersonate="no")
+    custom(sequence, "VerifyPermissions", "VerifyPermissions")
     for action in ("FindRelatedProducts", "AppSearch", "LaunchConditions", "RemoveExistingProducts"):
         child(sequence, action, Sequence=SEQUENCE[action])
 

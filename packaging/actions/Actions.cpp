@@ -1,11 +1,17 @@
-// The package's own action. It runs once, before anything on the machine is changed, and decides what the tables cannot:
-// whether the installation may go on, and where the help folder of the type library is.
+// The package's own actions, for what its tables cannot do.
+//
+// PrepareInstallation runs before anything on the machine is changed, as the user who installs. It says whether the
+// installation may go on, where the help folder of the type library is, and what VerifyPermissions has to look at.
+//
+// VerifyPermissions runs within the transaction, as the service that carries it out. The tables' own copying of a file says
+// nothing when it fails, as it does where the user can read a file and the service cannot.
 
 #include "common/Windows.h"
 
 #include <msi.h>
 #include <msiquery.h>
 
+#include <cstring>
 #include <cwchar>
 
 #include "common/Handles.h"
@@ -13,6 +19,8 @@
 namespace {
 
 constexpr DWORD kTextSize = 2048;  // a path that the installer can use is far shorter
+constexpr DWORD kCopiesSize = 3 * kTextSize;
+constexpr wchar_t kPermissionFile[] = L"\\permit.xml";
 
 struct InstallerHandleTraits {
   using Handle = MSIHANDLE;
@@ -31,8 +39,9 @@ UINT Refuse(MSIHANDLE installer, const wchar_t* sentence) {
   return ERROR_INSTALL_FAILURE;
 }
 
-bool ReadProperty(MSIHANDLE installer, const wchar_t* name, wchar_t (&value)[kTextSize]) {
-  DWORD length = kTextSize;
+template <DWORD Size>
+bool ReadProperty(MSIHANDLE installer, const wchar_t* name, wchar_t (&value)[Size]) {
+  DWORD length = Size;
   return MsiGetPropertyW(installer, name, value, &length) == ERROR_SUCCESS;
 }
 
@@ -51,10 +60,14 @@ bool IsFullPath(const wchar_t* path) {
   return (path[0] && path[1] == L':' && path[2] == L'\\') || (path[0] == L'\\' && path[1] == L'\\');
 }
 
+FileHandle OpenFile(const wchar_t* path) {
+  return FileHandle(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
 // ERROR_SUCCESS when there is a file with something in it, that can be read.
 DWORD TryToRead(const wchar_t* path) {
-  const FileHandle file(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  const FileHandle file = OpenFile(path);
   if (!file)
     return GetLastError();
   if (IsDevice(file))
@@ -87,6 +100,26 @@ UINT CheckPermissionFile(MSIHANDLE installer) {
   return Refuse(installer, sentence);
 }
 
+bool IsPlaced(MSIHANDLE installer, const wchar_t* component) {
+  INSTALLSTATE now = INSTALLSTATE_UNKNOWN;
+  INSTALLSTATE next = INSTALLSTATE_UNKNOWN;
+  return MsiGetComponentStateW(installer, component, &now, &next) == ERROR_SUCCESS && next == INSTALLSTATE_LOCAL;
+}
+
+// What VerifyPermissions gets: the permission file and the copies that this installation makes of it, between separators.
+void TellCopies(MSIHANDLE installer, const wchar_t* folder, const wchar_t* folder32) {
+  wchar_t source[kTextSize];
+  wchar_t copies[kCopiesSize];
+  if (!ReadProperty(installer, L"PERMITFILE", source) || !source[0])
+    return;
+  const bool wide = IsPlaced(installer, L"Permissions_Module64");
+  const bool narrow = IsPlaced(installer, L"Permissions_Module32");
+  swprintf(copies, ARRAYSIZE(copies), L"%ls%ls%ls%ls%ls%ls%ls", source, wide ? L"|" : L"", wide ? folder : L"",
+           wide ? kPermissionFile : L"", narrow ? L"|" : L"", narrow ? (folder32[0] ? folder32 : folder) : L"",
+           narrow ? kPermissionFile : L"");
+  MsiSetPropertyW(installer, L"VerifyPermissions", copies);
+}
+
 UINT CheckFolder(MSIHANDLE installer, const wchar_t* folder) {
   const DWORD attributes = GetFileAttributesW(folder);
   if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
@@ -114,6 +147,38 @@ bool WillBeInstalled(MSIHANDLE installer, const wchar_t* feature) {
   return next == INSTALLSTATE_LOCAL || (next == INSTALLSTATE_UNKNOWN && now == INSTALLSTATE_LOCAL);
 }
 
+bool HaveSameBytes(const FileHandle& one, const FileHandle& other) {
+  char left[4096];
+  char right[sizeof(left)];
+  for (;;) {
+    DWORD leftCount = 0;
+    DWORD rightCount = 0;
+    if (!ReadFile(one.Get(), left, sizeof(left), &leftCount, nullptr) ||
+        !ReadFile(other.Get(), right, sizeof(right), &rightCount, nullptr) || leftCount != rightCount ||
+        std::memcmp(left, right, leftCount) != 0)
+      return false;
+    if (leftCount == 0)
+      return true;
+  }
+}
+
+bool IsCopy(const wchar_t* source, const wchar_t* copy) {
+  const FileHandle one = OpenFile(source);
+  const FileHandle other = OpenFile(copy);
+  return one && other && HaveSameBytes(one, other);
+}
+
+UINT CheckCopy(MSIHANDLE installer, const wchar_t* source, const wchar_t* copy) {
+  if (IsCopy(source, copy))
+    return ERROR_SUCCESS;
+  wchar_t sentence[kCopiesSize + 200];
+  swprintf(
+      sentence, ARRAYSIZE(sentence),
+      L"The permission file \"%ls\" could not be copied to \"%ls\" by the account that installs. Everything is taken back.",
+      source, copy);
+  return Refuse(installer, sentence);
+}
+
 }  // namespace
 
 extern "C" UINT __stdcall PrepareInstallation(MSIHANDLE installer) {
@@ -124,7 +189,26 @@ extern "C" UINT __stdcall PrepareInstallation(MSIHANDLE installer) {
   UINT code = CheckFolders(installer, folder, folder32);
   if (code == ERROR_SUCCESS)
     code = CheckPermissionFile(installer);
+  if (code == ERROR_SUCCESS)
+    TellCopies(installer, folder, folder32);
   if (code == ERROR_SUCCESS)  // the help folder is the module's; the package for 32-bit Windows has one folder only
     MsiSetPropertyW(installer, L"HELPFOLDER", !folder32[0] || WillBeInstalled(installer, L"Module64") ? folder : folder32);
+  return code;
+}
+
+extern "C" UINT __stdcall VerifyPermissions(MSIHANDLE installer) {
+  wchar_t files[kCopiesSize];
+  if (!ReadProperty(installer, L"CustomActionData", files))
+    return Refuse(installer, L"The paths of the permission files are too long. Everything is taken back.");
+  wchar_t* copy = std::wcschr(files, L'|');
+  UINT code = ERROR_SUCCESS;
+  while (copy && code == ERROR_SUCCESS) {
+    *copy++ = L'\0';
+    wchar_t* const next = std::wcschr(copy, L'|');
+    if (next)
+      *next = L'\0';
+    code = CheckCopy(installer, files, copy);
+    copy = next;
+  }
   return code;
 }

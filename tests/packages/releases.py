@@ -71,8 +71,9 @@ def signer():
 
 
 def make_certificate():
-    command = ["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-sha256", "-days", "2", "-subj", "/CN=Norvik test publisher",
-               "-addext", "keyUsage=critical,digitalSignature", "-addext", "extendedKeyUsage=codeSigning", "-keyout", KEY, "-out", CERTIFICATE]
+    command = ["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-sha256", "-days", "2",
+               "-subj", "/CN=Norvik test publisher", "-addext", "keyUsage=critical,digitalSignature",
+               "-addext", "extendedKeyUsage=codeSigning", "-keyout", KEY, "-out", CERTIFICATE]
     subprocess.run(command, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
 

@@ -61,5 +61,14 @@ class PermissionTest(Case):
         self.expect_running()
 
 
+    def test_one_that_cannot_be_copied_takes_everything_back(self):
+        folder = list(self.folders().values())[-1]
+        self.machine.path(folder, "permit.xml").mkdir(parents=True)
+        self.install(VERSION, "PERMITFILE=C:\\Share\\Placed.xml", code=1603)
+        self.assertIn(f'could not be copied to "C:\\{str(folder).replace("/", chr(92))}\\permit.xml"', self.machine.log())
+        self.assertEqual(set(), self.installed())
+        self.expect_no_control()
+
+
 class Permission32Test(PermissionTest):
     width = "x86"
