@@ -120,6 +120,19 @@ class TableTest(Folders):
             with self.assertRaisesRegex(Failure, "is not what was meant"):
                 tables.check(installer.Package(width, VERSION, builds(VERSION)), package(VERSION), epoch)
 
+    def test_a_permission_file_can_be_asked_for_with_every_installation(self):
+        """Wine asks for conditions again by itself; elsewhere a component has to be transitive, and a permanent one would stay."""
+        for width, features in (("x64", {"Module64": 256, "Module32": 0}), ("x86", {"Module32": 0})):
+            rows = {row["Component"]: row for row in tables.read(package(VERSION, width), "Component")}
+            for feature, wide in features.items():
+                row = rows[f"Permissions_{feature}"]
+                self.assertEqual((64 + wide, "PERMITFILE"), (int(row["Attributes"]), row["Condition"]))
+
+    def test_every_folder_goes_when_it_is_empty(self):
+        folders = {row["Directory"] for row in tables.read(package(VERSION), "Directory")}
+        removed = {row["DirProperty"] for row in tables.read(package(VERSION), "RemoveFile") if not row["FileName"]}
+        self.assertEqual(folders - {"TARGETDIR", "ProgramFilesFolder", "ProgramFiles64Folder"}, removed)
+
     def test_folders_take_over_the_access_lists_of_program_files(self):
         rows = {row["Directory"]: row["Directory_Parent"] for row in tables.read(package(VERSION), "Directory")}
         self.assertEqual(("ProgramFiles64Folder", "ProgramFilesFolder"), (rows["INSTALLDIR"], rows["INSTALLDIR32"]))

@@ -46,9 +46,11 @@ class RegistrationTest(Case):
         folder = self.machine.path(PROGRAM_FILES, "Norvik")
         (folder / "permit.xml").write_text(self.permissions[name].read_text(encoding="ascii"), encoding="ascii")
 
-    def test_registering_by_hand_after_installing_leaves_nothing_either(self):
+    def test_what_was_written_by_hand_after_installing_goes_too(self):
         self.install()
         self.register_by_hand()
+        for key in ("CLSID\\{46A7009F-9EFB-4A02-84EB-F916591D659E}", "Norvik.AXNorvik\\CLSID"):
+            self.machine.windows("reg", "add", f"HKLM\\Software\\Classes\\{key}", "/v", "Other", "/d", "one", "/f")
         self.uninstall()
         self.expect_clean_registry()
 
