@@ -120,10 +120,23 @@ void TellCopies(MSIHANDLE installer, const wchar_t* folder, const wchar_t* folde
   MsiSetPropertyW(installer, L"VerifyPermissions", copies);
 }
 
-UINT CheckFolder(MSIHANDLE installer, const wchar_t* folder) {
+// An installation that is repaired or completed somewhere else would leave its first files behind.
+UINT CheckRemembered(MSIHANDLE installer, const wchar_t* folder, const wchar_t* property) {
+  wchar_t installed[kTextSize];
+  wchar_t remembered[kTextSize];
+  if (!ReadProperty(installer, L"Installed", installed) || !installed[0] || !ReadFolder(installer, property, remembered) ||
+      !remembered[0] || lstrcmpiW(folder, remembered) == 0)
+    return ERROR_SUCCESS;
+  wchar_t sentence[kTextSize + 200];
+  swprintf(sentence, ARRAYSIZE(sentence),
+           L"It is installed in \"%ls\": remove it first to have it in another folder. Nothing was changed.", remembered);
+  return Refuse(installer, sentence);
+}
+
+UINT CheckFolder(MSIHANDLE installer, const wchar_t* folder, const wchar_t* remembered) {
   const DWORD attributes = GetFileAttributesW(folder);
   if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
-    return ERROR_SUCCESS;
+    return CheckRemembered(installer, folder, remembered);
   wchar_t sentence[kTextSize + 200];
   swprintf(
       sentence, ARRAYSIZE(sentence), L"There is a file where the folder \"%ls\" has to be. Nothing was changed.", folder);
@@ -134,8 +147,8 @@ UINT CheckFolder(MSIHANDLE installer, const wchar_t* folder) {
 UINT CheckFolders(MSIHANDLE installer, const wchar_t* folder, const wchar_t* folder32) {
   if (folder32[0] && lstrcmpiW(folder, folder32) == 0)
     return Refuse(installer, L"INSTALLDIR and INSTALLDIR32 have to be two folders. Nothing was changed.");
-  const UINT code = CheckFolder(installer, folder);
-  return code == ERROR_SUCCESS ? CheckFolder(installer, folder32) : code;
+  const UINT code = CheckFolder(installer, folder, L"PREVIOUSINSTALLDIR");
+  return code == ERROR_SUCCESS ? CheckFolder(installer, folder32, L"PREVIOUSINSTALLDIR32") : code;
 }
 
 // Whether the feature will be on the machine after this installation.

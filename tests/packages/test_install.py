@@ -2,7 +2,7 @@
 
 from cases import Case
 from machine import PROGRAM_FILES, PROGRAM_FILES_X86
-from releases import VERSION, product
+from releases import EARLIER, VERSION, product
 
 
 class InstallTest(Case):
@@ -69,9 +69,12 @@ class FolderTest(Case):
         return {"x64": PROGRAM_FILES.parent / "Tools/Wide", "x86": PROGRAM_FILES_X86.parent / "Tools/Narrow"}
 
     def test_chosen_folders_are_remembered_until_nothing_is_left(self):
-        self.install(VERSION, *self.FOLDERS)
+        self.install(EARLIER, *self.FOLDERS)
         self.assertEqual(["Tools/Narrow/norvik.dll", "Tools/Wide/norvik.dll", "Tools/Wide/norvik.exe"], self.chosen())
         self.permit()
+        self.expect_running()
+        self.install(VERSION)
+        self.expect_modules(VERSION)
         self.expect_running()
         self.machine.path("Tools/Wide/norvik.dll").unlink()
         self.install(VERSION)
@@ -80,6 +83,25 @@ class FolderTest(Case):
         self.assertEqual([], self.chosen())
         self.assertEqual({}, self.machine.installed())
         self.expect_clean_registry()
+
+    def test_an_upgrade_may_go_to_other_folders(self):
+        self.install(EARLIER)
+        self.install(VERSION, *self.FOLDERS)
+        self.expect_modules(VERSION)
+        self.assertEqual({}, self.machine.installed())
+        self.permit()
+        self.expect_running()
+
+    def test_another_folder_is_refused_as_long_as_it_is_installed(self):
+        self.install(VERSION, *self.FOLDERS)
+        files = self.chosen()
+        self.install(VERSION, "INSTALLDIR=C:\\Other", code=1603)
+        self.assertIn('It is installed in "C:\\Tools\\Wide"', self.machine.log())
+        self.install(VERSION, "INSTALLDIR32=C:\\Other", code=1603)
+        self.assertIn('It is installed in "C:\\Tools\\Narrow"', self.machine.log())
+        self.install(VERSION, *self.FOLDERS)
+        self.assertEqual(files, self.chosen())
+        self.assertFalse(self.machine.path("Other").exists())
 
     def test_one_folder_for_both_widths_is_refused(self):
         self.install(VERSION, "INSTALLDIR=C:\\Tools", "INSTALLDIR32=c:\\tools\\", code=1603)

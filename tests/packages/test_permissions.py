@@ -1,5 +1,7 @@
 """The permission file is the administrator's: it is placed when it is asked for, and left alone by everything else."""
 
+import shutil
+
 from cases import Case
 from releases import EARLIER, LATER, VERSION
 
@@ -14,9 +16,10 @@ class PermissionTest(Case):
         self.assertEqual(("0x8000ffff", False), self.run_manifest())
 
     def test_one_is_placed_beside_each_module(self):
-        self.install(VERSION, "PERMITFILE=C:\\Share\\Placed.xml")
+        shutil.copyfile(self.permissions["Placed"], self.machine.path("Share", "with blanks [1].xml"))
+        self.install(VERSION, 'PERMITFILE="C:\\Share\\with blanks [1].xml"')
         self.assertEqual(["Placed"] * len(self.folders()), self.permitted())
-        self.assertTrue(self.permissions["Placed"].exists(), "it is copied")
+        self.assertTrue(self.machine.path("Share", "with blanks [1].xml").exists(), "it is copied")
         self.expect_running()
 
     def test_one_that_is_there_is_left_alone_unless_another_is_asked_for(self):
