@@ -12,6 +12,7 @@ import contents
 import product
 import registration
 import tables
+from product import Failure
 from tools import run
 
 # Where what has to be remembered is kept, below the publisher's key.
@@ -47,7 +48,9 @@ class Component:
     removed_keys: list = field(default_factory=list)
 
 
-# The package's own action, in the build folder and where wixl works.
+LONGEST_NAME = 72  # of a row in Windows Installer's tables
+
+# The package's own actions, in the build folder and where wixl works.
 ACTIONS = "norvik_actions.dll"
 
 
@@ -71,6 +74,13 @@ class Package:
         self.product_code = product.product_code(code_of or version, width)
         self.settings_key = f"Software\\{self.publisher}\\{self.name}"
         self.components = [*self.file_components(), *self.shared_components(), *self.permission_components(), self.places()]
+        self.check_names()
+
+    def check_names(self):
+        names = [component.name for component in self.components]
+        for name in names:
+            if names.count(name) > 1 or len(name) > LONGEST_NAME:
+                raise Failure(f"The name {name} in the package is used twice or is too long.")
 
     def guid(self, component):
         return product.identifier(f"component {self.width} {component.name}")
@@ -113,7 +123,6 @@ class Package:
     def places(self):
         rows = [registration.Row("", self.settings_key, REMEMBERED[folder], f"[{folder}]") for folder in self.folders]
         return Component("Places", "INSTALLDIR", self.width == "x64", self.features, rows=rows)
-
 
     def conditions(self):
         """What has to be so for an installation, and the sentence for those where it is not."""

@@ -22,7 +22,7 @@ from tools import run
 
 # What the build gives to the packages: code that is signed, what it was linked from, and what registration is read from.
 CODE = ("norvik.dll", "norvik.exe", installer.ACTIONS)
-BESIDE = ("norvik.dll.map", "norvik.exe.map", "src/control/generated/norvik.rgs", "src/control/generated/norvik.idl")
+BESIDE = (*(f"{name}.map" for name in CODE), "src/control/generated/norvik.rgs", "src/control/generated/norvik.idl")
 
 
 def arguments():
@@ -83,8 +83,10 @@ def make_all(output, version, builds, epoch, sign=None, code_of=None, root=ROOT)
         if sign:
             sign.sign(file)
     files = contents.by_hand(builds, root)
-    maps = {name: source.with_name(source.name + ".map") for name, source in files.items() if source.suffix in (".dll", ".exe")}
     archives.write_zip(output / f"{stem}.zip", files, epoch)
+    # What the installers run while they install is in nobody's folder afterwards, and part of what is delivered all the same.
+    files.update({f"{width}/installer/{installer.ACTIONS}": builds[width] / installer.ACTIONS for width in WIDTHS})
+    maps = {name: source.with_name(f"{source.name}.map") for name, source in files.items() if source.name in CODE}
     bill.write(output / f"{stem}.spdx.json", bill.bill(package.name, package.publisher, version, files, maps, epoch))
     archives.write_checksums(output)
 

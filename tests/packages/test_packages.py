@@ -182,12 +182,16 @@ class OutputTest(Folders):
         bill = json.loads(self.file(".spdx.json").read_text(encoding="utf-8"))
         with zipfile.ZipFile(self.file(".zip")) as archive:
             expected = {f"./{name}": hashlib.sha256(archive.read(name)).hexdigest() for name in archive.namelist()}
+        for width, folder in builds(VERSION).items():
+            data = (folder / installer.ACTIONS).read_bytes()
+            expected[f"./{width}/installer/{installer.ACTIONS}"] = hashlib.sha256(data).hexdigest()
         found = {entry["fileName"]: check["checksumValue"] for entry in bill["files"] for check in entry["checksums"]
                  if check["algorithm"] == "SHA256"}
         self.assertEqual(expected, found)
         identifiers = [entry["SPDXID"] for entry in bill["files"] + bill["packages"]]
         self.assertEqual(len(identifiers), len(set(identifiers)))
         self.assertEqual({"libgcc", "libssp", "libstdc++", "mingw-w64 runtime"}, self.linked(bill, "x64-norvik.dll"))
+        self.assertIn("libgcc", self.linked(bill, f"x86-installer-{installer.ACTIONS}".replace("_", "-")))
         self.assertEqual({"CLI11", "fmt", "nlohmann-json", "libgcc", "libssp", "libstdc++", "mingw-w64 runtime", "winpthreads"},
                          self.linked(bill, "x86-norvik.exe"))
         for entry in bill["packages"]:
