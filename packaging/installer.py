@@ -47,6 +47,14 @@ class Component:
     rows: list = field(default_factory=list)
     removed_keys: list = field(default_factory=list)
 
+    @property
+    def is_permission(self):
+        """It brings nothing of its own: it puts the administrator's permission file beside a module."""
+        return not self.item and not self.rows
+
+
+# What an installation of a product that is there may ask for. One that asks for nothing is a repair.
+CHOICES = ("REMOVE", "ADDLOCAL", "ADDSOURCE", "ADDDEFAULT", "ADVERTISE", "REINSTALL", "PATCH", "RESUME", "UPGRADINGPRODUCTCODE")
 
 LONGEST_NAME = 72  # of a row in Windows Installer's tables
 
@@ -142,10 +150,15 @@ class Package:
         }
 
     def actions(self):
-        """The types of the package's own actions: 51 sets a property, 1 calls a function of a DLL in the package, and with 3072 it is
-        called in the transaction, by the service."""
-        setting = [f"Remember{folder}" for folder in self.folders] + ["RepairAgain", "TellLocation"]
-        return {**dict.fromkeys(setting, 51), "PrepareInstallation": 1, "VerifyPermissions": 3073}
+        """The types and conditions of the package's own actions: 51 sets a property, 1 calls a function of a DLL in the package, and
+        with 3072 it is called in the transaction, by the service."""
+        return {
+            **{f"Remember{folder}": (51, f"PREVIOUS{folder} AND NOT {folder}") for folder in self.folders},
+            "RepairAgain": (51, f"Installed AND NOT ({' OR '.join(CHOICES)})"),
+            "TellLocation": (51, ""),
+            "PrepareInstallation": (1, 'NOT REMOVE~="ALL"'),
+            "VerifyPermissions": (3073, "VerifyPermissions"),
+        }
 
     def sequence(self):
         absent = {f"Remember{folder}" for folder in REMEMBERED if folder not in self.folders}
@@ -213,7 +226,8 @@ def add_directories(root, package):
         found[folder, pathlib.PurePosixPath(".")] = child(above, "Directory", Id=folder, Name=package.name)
     for folder, path in package.directories():
         if (folder, path) not in found:
-            found[folder, path] = child(found[folder, path.parent], "Directory", Id=package.directory_name(folder, path), Name=path.name)
+            found[folder, path] = child(found[folder, path.parent], "Directory", Id=package.directory_name(folder, path),
+                                        Name=path.name)
     return found
 
 
@@ -235,25 +249,17 @@ def add_actions(root, package):
     sequence = child(root, "InstallExecuteSequence")
     for folder in package.folders:
         child(root, "CustomAction", Id=f"Remember{folder}", Property=folder, Value=f"[PREVIOUS{folder}]", Impersonate="yes")
-        custom(sequence, f"Remember{folder}", f"PREVIOUS{folder} AND NOT {folder}")
     child(root, "CustomAction", Id="RepairAgain", Property="REINSTALL", Value="ALL", Impersonate="yes")
-    custom(sequence, "RepairAgain", "Installed AND NOT (REMOVE OR ADDLOCAL OR ADDSOURCE OR ADDDEFAULT OR ADVERTISE OR REINSTALL "
-           "OR PATCH OR RESUME OR UPGRADINGPRODUCTCODE)")
     child(root, "CustomAction", Id="TellLocation", Property="ARPINSTALLLOCATION", Value="[INSTALLDIR]", Impersonate="yes")
-    custom(sequence, "TellLocation", None)
     child(root, "Binary", Id="Actions", SourceFile=ACTIONS)
     child(root, "CustomAction", Id="PrepareInstallation", BinaryKey="Actions", DllEntry="PrepareInstallation",
           Execute="immediate", Return="check", Impersonate="yes")
-    custom(sequence, "PrepareInstallation", 'NOT REMOVE~="ALL"')
     child(root, "CustomAction", Id="VerifyPermissions", BinaryKey="Actions", DllEntry="VerifyPermissions", Execute="deferred",
           Return="check", Impersonate="no")
-    custom(sequence, "VerifyPermissions", "VerifyPermissions")
+    for action, (_, condition) in package.actions().items():
+        child(sequence, "Custom", Action=action, Sequence=SEQUENCE[action]).text = condition
     for action in ("FindRelatedProducts", "AppSearch", "LaunchConditions", "RemoveExistingProducts"):
         child(sequence, action, Sequence=SEQUENCE[action])
-
-
-def custom(sequence, action, condition):
-    child(sequence, "Custom", Action=action, Sequence=SEQUENCE[action]).text = condition
 
 
 def stage(package, folder, epoch):

@@ -25,7 +25,7 @@ MOVE_FILE_COLUMNS = {"MoveFile": "s72", "Component_": "s72", "SourceName": "L255
 def permissions(package):
     """The components that put the administrator's permission file beside a module. Their key path is the folder; it has no row in
     CreateFolder, which would keep it when all else is gone."""
-    return [component for component in package.components if not component.item and not component.rows]
+    return [component for component in package.components if component.is_permission]
 
 
 def attributes(component):
@@ -33,7 +33,7 @@ def attributes(component):
     wanted = WIDE if component.wide else 0
     if component.rows and not component.item:
         wanted |= REGISTRY_KEY_PATH
-    if not component.item and not component.rows:
+    if component.is_permission:
         wanted |= TRANSITIVE
     return wanted
 
@@ -93,8 +93,6 @@ def edits(package):
     for number, (key, name, _, component) in enumerate(sorted(filter(is_key_row, registry_rows(package)))):
         yield ("INSERT INTO `Registry` (`Registry`, `Root`, `Key`, `Name`, `Component_`) "
                f"VALUES ('Key{number}', {LOCAL_MACHINE}, '{key}', '{name}', '{component}')")
-
-
     for key, component, _, directory, mode in remove_file_rows(package):
         yield ("INSERT INTO `RemoveFile` (`FileKey`, `Component_`, `DirProperty`, `InstallMode`) "
                f"VALUES ('{key}', '{component}', '{directory}', {mode})")
@@ -158,7 +156,7 @@ def check(package, msi, epoch):
     compare("Component", {row["Component"]: (row["ComponentId"], row["Directory_"].split("_")[0], int(row["Attributes"]),
                                              row["Condition"]) for row in read(msi, "Component")},
             {component.name: (package.guid(component), component.folder, attributes(component),
-                              "PERMITFILE" if component in permissions(package) else "") for component in package.components})
+                              "PERMITFILE" if component.is_permission else "") for component in package.components})
     check_files(package, msi)
     compare("Registry", {(row["Key"], row["Name"], row["Value"], row["Component_"]) for row in read(msi, "Registry")},
             registry_rows(package))
@@ -182,11 +180,13 @@ def check_files(package, msi):
 
 
 def check_order(package, msi):
-    rows = {row["Action"]: int(row["Sequence"]) for row in read(msi, "InstallExecuteSequence")}
-    meant = {**package.sequence(), "MoveFiles": MOVE_FILES}
-    compare("InstallExecuteSequence", {name: rows.get(name) for name in meant}, meant)
+    rows = {row["Action"]: (int(row["Sequence"]), row["Condition"]) for row in read(msi, "InstallExecuteSequence")}
+    conditions = {action: condition for action, (_, condition) in package.actions().items()}
+    meant = {action: (number, conditions.get(action, "")) for action, number in package.sequence().items()}
+    meant["MoveFiles"] = (MOVE_FILES, "")
+    compare("InstallExecuteSequence", {action: rows.get(action) for action in meant}, meant)
     types = {row["Action"]: int(row["Type"]) for row in read(msi, "CustomAction")}
-    compare("CustomAction", types, package.actions())
+    compare("CustomAction", types, {action: kind for action, (kind, _) in package.actions().items()})
 
 
 def check_product(package, msi, epoch):

@@ -99,6 +99,7 @@ class TableTest(Folders):
         "FeatureComponents": "DELETE FROM `FeatureComponents` WHERE `Feature_` = 'Program'",
         "InstallExecuteSequence": "UPDATE `InstallExecuteSequence` SET `Sequence` = 6601 WHERE `Action` = 'RemoveExistingProducts'",
         "InstallExecuteSequence ": "DELETE FROM `InstallExecuteSequence` WHERE `Action` = 'MoveFiles'",
+        "InstallExecuteSequence  ": "UPDATE `InstallExecuteSequence` SET `Condition` = '' WHERE `Action` = 'RepairAgain'",
         "CustomAction": "UPDATE `CustomAction` SET `Type` = 65 WHERE `Action` = 'PrepareInstallation'",
         "Property": "UPDATE `Property` SET `Value` = 'PERMITFILE' WHERE `Property` = 'SecureCustomProperties'",
         "Upgrade": "DELETE FROM `Upgrade` WHERE `ActionProperty` = 'WIX_DOWNGRADE_DETECTED'",
