@@ -11,7 +11,14 @@ FEATURES = {
     "Module32": "The module for 32-bit hosts",
     "Program": "norvik.exe, which explains, plans and checks",
     "Documents": "The documents, the document types and the samples",
+    "BrowserLaunch": "Links in browsers start manifests, for all users",
 }
+
+# Installed by nobody who does not name them.
+ONLY_BY_NAME = {"BrowserLaunch"}
+
+# Files of one feature that another one needs, too.
+ALSO_IN = {"norvikopen.exe": ["BrowserLaunch"]}
 
 # Where documents come from, below the project's folder. What concerns only those who change the module is left out.
 DOCUMENTS = ("README.md", "CHANGELOG.md", "docs/*.md", "docs/*.json", "samples/**/*", "share/dtd/*")
@@ -60,7 +67,7 @@ def contents(width, builds, root=ROOT):
         items = module("Module64", "INSTALLDIR", builds["x64"], root) + module("Module32", "INSTALLDIR32", builds["x86"], root)
     else:
         items = module("Module32", "INSTALLDIR", builds["x86"], root)
-    items.append(item("Program", "INSTALLDIR", "norvik.exe", builds[width] / "norvik.exe", is_code=True))
+    items += [item("Program", "INSTALLDIR", name, builds[width] / name, is_code=True) for name in ("norvik.exe", "norvikopen.exe")]
     items += documents(root)
     for entry in items:
         if not entry.source.is_file():
@@ -68,9 +75,13 @@ def contents(width, builds, root=ROOT):
     return items
 
 
+def features_of(entry):
+    return [entry.feature, *ALSO_IN.get(entry.path.name, [])]
+
+
 def features(items):
     """The features that have files, in their order."""
-    return [name for name in FEATURES if any(entry.feature == name for entry in items)]
+    return [name for name in FEATURES if any(name in features_of(entry) for entry in items)]
 
 
 def by_hand(builds, root=ROOT):

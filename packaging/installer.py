@@ -11,6 +11,7 @@ from dataclasses import dataclass, field
 import contents
 import product
 import registration
+import scheme
 import tables
 from product import Failure
 from tools import run
@@ -81,7 +82,9 @@ class Package:
         self.name, self.publisher = names.text("ProductName"), names.text("CompanyName")
         self.product_code = product.product_code(code_of or version, width)
         self.settings_key = f"Software\\{self.publisher}\\{self.name}"
-        self.components = [*self.file_components(), *self.shared_components(), *self.permission_components(), self.places()]
+        self.components_of_files = list(self.file_components())
+        self.components = [*self.components_of_files, *self.shared_components(), *self.permission_components(), self.browser_launch(),
+                           self.places()]
         self.check_names()
 
     def check_names(self):
@@ -100,7 +103,9 @@ class Package:
         """Each file has a component of its own, so that a file that goes or comes never changes another's."""
         for entry in self.items:
             component = Component(name_of(f"{entry.feature}_{entry.path}"), entry.folder,
-                                  self.folders[entry.folder] == "x64", [entry.feature], entry)
+                                  self.folders[entry.folder] == "x64", contents.features_of(entry), entry)
+            if entry.path.name == scheme.PROGRAM:
+                component.removed_keys = [scheme.KEY]  # an administrator may have switched links on by hand
             if entry.is_module:
                 rows = self.registration_rows(entry.feature)
                 component.rows = [row for row in rows if row.owner == registration.MODULE]
@@ -127,6 +132,11 @@ class Package:
     def permission_components(self):
         for feature, entry in self.modules.items():
             yield Component(f"Permissions_{feature}", entry.folder, self.folders[entry.folder] == "x64", [feature])
+
+    def browser_launch(self):
+        program = next(component.name for component in self.components_of_files if component.item.path.name == scheme.PROGRAM)
+        return Component("BrowserLaunch", "INSTALLDIR", self.width == "x64", ["BrowserLaunch"],
+                         rows=scheme.rows(f"[#{program}]"), removed_keys=[scheme.KEY])
 
     def places(self):
         rows = [registration.Row("", self.settings_key, REMEMBERED[folder], f"[{folder}]") for folder in self.folders]
@@ -194,7 +204,8 @@ def source_of(package):
     for component in package.components:
         add_component(directories, package, component)
     for feature in package.features:
-        element = child(root, "Feature", Id=feature, Title=feature, Description=contents.FEATURES[feature], Level=1)
+        element = child(root, "Feature", Id=feature, Title=feature, Description=contents.FEATURES[feature],
+                        Level=2 if feature in contents.ONLY_BY_NAME else 1)
         for component in package.components:
             if feature in component.features:
                 child(element, "ComponentRef", Id=component.name)

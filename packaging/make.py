@@ -16,12 +16,13 @@ import bill
 import contents
 import installer
 import product
+import selfcheck
 from product import ROOT, WIDTHS, Failure
 from signing import Signer
 from tools import run
 
 # What the build gives to the packages: code that is signed, what it was linked from, and what registration is read from.
-CODE = ("norvik.dll", "norvik.exe", installer.ACTIONS)
+CODE = ("norvik.dll", "norvik.exe", "norvikopen.exe", installer.ACTIONS)
 BESIDE = (*(f"{name}.map" for name in CODE), "src/control/generated/norvik.rgs", "src/control/generated/norvik.idl")
 
 
@@ -73,8 +74,9 @@ def copy_builds(folder, sign, build=ROOT / "build"):
     return builds
 
 
-def make_all(output, version, builds, epoch, sign=None, code_of=None, root=ROOT):
-    """Writes every package into an empty folder; `root` is where the documents come from."""
+def make_all(output, version, builds, epoch, sign=None, code_of=None, root=ROOT, tests=None):
+    """Writes every package into an empty folder; `root` is where the documents come from, and `tests` the folder of the builds
+    whose test programs make the self-check, which is left out without them."""
     stem = f"norvik-{version}"
     for width in WIDTHS:
         package = installer.Package(width, version, builds, root, code_of)
@@ -88,6 +90,8 @@ def make_all(output, version, builds, epoch, sign=None, code_of=None, root=ROOT)
     files.update({f"{width}/installer/{installer.ACTIONS}": builds[width] / installer.ACTIONS for width in WIDTHS})
     maps = {name: source.with_name(f"{source.name}.map") for name, source in files.items() if source.name in CODE}
     bill.write(output / f"{stem}.spdx.json", bill.bill(package.name, package.publisher, version, files, maps, epoch))
+    if tests:
+        selfcheck.make_selfcheck(tests, output / f"{stem}-selfcheck.zip", version, epoch, builds)
     archives.write_checksums(output)
 
 
@@ -108,7 +112,7 @@ def main():
         work = pathlib.Path(name)
         made = work / "packages"
         made.mkdir()
-        make_all(made, version, copy_builds(work, sign), epoch, sign, options.minor_upgrade_of)
+        make_all(made, version, copy_builds(work, sign), epoch, sign, options.minor_upgrade_of, tests=ROOT / "build")
         replace(made, options.output)
     for path in sorted(options.output.iterdir()):
         print(f"{path.stat().st_size:>10,}  {path}")

@@ -10,8 +10,8 @@ import re
 import subprocess
 import sys
 import tempfile
-import time
-import zipfile
+
+from archives import write_zip
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 WIDTHS = ("x64", "x86")
@@ -56,11 +56,11 @@ def strip(tool, source, target):
     return target
 
 
-def programs(build_folder, width, folder):
+def programs(build_folder, modules, width, folder):
     """The files of one width, by their names in the zip file. The module is taken as it is: it is what is under test."""
     built = build_folder / width
     tool = strip_of(built)
-    files = {f"{width}/{name}": built / name for name in ("norvik.dll", "norvik.exe")}
+    files = {f"{width}/{name}": modules / name for name in ("norvik.dll", "norvik.exe", "norvikopen.exe")}
     for name in [*COMPANIONS, *(f"{suite}.exe" for suite in suites_of(build_folder, width))]:
         files[f"{width}/tests/{name}"] = strip(tool, built / "tests" / name, folder / width / name)
     return files
@@ -82,7 +82,7 @@ def pages():
     return files
 
 
-def contents(build_folder, version, folder):
+def contents(build_folder, modules, version, folder):
     """All files, by their names in the zip file. Those that are made for it are made in the folder."""
     suites = folder / "suites.json"
     suites.write_bytes(suites_json(build_folder, version))
@@ -90,24 +90,17 @@ def contents(build_folder, version, folder):
     for name in WINDOWS_TEXTS:
         files[name] = windows_text(ROOT / "packaging/selfcheck" / name, folder / name)
     for width in WIDTHS:
-        files.update(programs(build_folder, width, folder))
+        files.update(programs(build_folder, modules[width], width, folder))
     return files
 
 
-def write_zip(path, files, epoch):
-    moment = time.gmtime(epoch)[:6]
-    with zipfile.ZipFile(path, "w", zipfile.ZIP_DEFLATED, compresslevel=6) as archive:
-        for name, source in sorted(files.items()):
-            entry = zipfile.ZipInfo(name, moment)
-            entry.compress_type = zipfile.ZIP_DEFLATED
-            entry.create_system = 0  # as if it was made on Windows: no permissions of this system
-            archive.writestr(entry, source.read_bytes())
-
-
-def make_selfcheck(build_folder, out_zip, version, epoch):
-    """Writes the zip file. A file that is not built is an error, not a zip file without it."""
+def make_selfcheck(build_folder, out_zip, version, epoch, modules=None):
+    """Writes the zip file. `modules` are the folders, by width, of the module and the programs when they are not those that were
+    built, but signed copies. A file that is not built is an error, not a zip file without it."""
+    build_folder = pathlib.Path(build_folder)
+    modules = modules or {width: build_folder / width for width in WIDTHS}
     with tempfile.TemporaryDirectory() as folder:
-        write_zip(out_zip, contents(pathlib.Path(build_folder), version, pathlib.Path(folder)), epoch)
+        write_zip(out_zip, contents(build_folder, modules, version, pathlib.Path(folder)), epoch)
 
 
 if __name__ == "__main__":

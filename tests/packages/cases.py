@@ -5,7 +5,7 @@ import shutil
 import unittest
 
 from machine import PREFIXES, PROGRAM_FILES, PROGRAM_FILES_X86, ROOT, Machine, read_registry, windows_path
-from releases import VERSION, WORK, builds, code_of, installer, package, product
+from releases import VERSION, WORK, builds, code_of, contents, installer, package, product
 
 SCRIPT = windows_path(ROOT / "samples/page.js")
 CLASS_UNKNOWN = "0x800a01ad"
@@ -104,7 +104,7 @@ class Case(unittest.TestCase):
 
     def expect_files(self, features=None, and_also=()):
         """Just these files are there, byte for byte those of the package."""
-        expected = {name: item for name, item in self.items().items() if not features or item.feature in features}
+        expected = {name: item for name, item in self.items().items() if not features or features & set(contents.features_of(item))}
         found = self.machine.installed()
         self.assertEqual(sorted([*expected, *and_also]), sorted(found))
         for name, item in expected.items():
