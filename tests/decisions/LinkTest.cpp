@@ -52,7 +52,6 @@ class LinkPermissionTest : public testing::TestWithParam<PermissionGroup> {
     CreateDirectoryA(runFolder.c_str(), nullptr);
     for (const char* const name : {"\\source.txt", "\\source.refused"})
       WriteWholeFile(runFolder + name, "source");
-    GroupEntries(GetParam(), places, Beside::AndWhatRunsNeed).AddTo(permit);
   }
 
   // The program lies in the folder of the test's permission file.
@@ -75,7 +74,8 @@ class LinkPermissionTest : public testing::TestWithParam<PermissionGroup> {
   }
 
   void WritePermit(bool isServerPermitted) {
-    PermitFile content = permit;
+    PermitFile content;
+    GroupEntries(GetParam(), places, Beside::AndWhatRunsNeed).AddTo(content);
     if (isServerPermitted)
       content.URL(server.Url("/"));
     WriteWholeFile(program.File("permit.xml"), content.Content());
@@ -135,7 +135,6 @@ class LinkPermissionTest : public testing::TestWithParam<PermissionGroup> {
   WebServer server;
   TemporaryFolder program;
   Places places;
-  PermitFile permit;
   int opens = 0;
 };
 
