@@ -99,14 +99,14 @@ class WaywardTest(unittest.TestCase):
         self.assertGreater(report["machine"]["ansiCodePage"], 0)
 
     def test_what_fails_crashes_or_hangs_is_told_and_the_rest_is_run(self):
-        code, _ = self.run_wayward("/limit", "2", ways="Fails Crashes Hangs")
+        code, _ = self.run_wayward("/limit", "10", ways="Fails Crashes Hangs")
         self.assertEqual(1, code)
         self.assertEqual(WAYWARD_CASES - 3, self.only_suite()["passed"])
         failed = self.failed()
         self.assertEqual({"WaywardTest.Fails", "WaywardTest.Crashes", "WaywardTest.Hangs"}, set(failed))
         self.assertIn("was asked to fail, with a letter of the code page: \u00e4", failed["WaywardTest.Fails"])
         self.assertRegex(failed["WaywardTest.Crashes"], "(?s)ended with code 0xC0000005.*about to crash \ufffd")
-        self.assertIn("not done after 2 seconds", failed["WaywardTest.Hangs"])
+        self.assertIn("not done after 10 seconds", failed["WaywardTest.Hangs"])
         text = (self.folder / "report/report.txt").read_text(encoding="utf-8")
         self.assertIn("about to crash", text)
         self.assertTrue(text.endswith("\n2 passed, 3 failed\n"), text[-200:])
