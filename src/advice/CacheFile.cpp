@@ -1,13 +1,14 @@
 #include "advice/CacheFile.h"
 
 #include <new>
+#include <utility>
 
 #include "advice/Document.h"
 #include "advice/Words.h"
 #include "transfer/SourceURL.h"
 #include "transfer/Transfer.h"
 
-CacheFile::CacheFile(const std::wstring& fromPlace) : place(fromPlace), cache(FolderKind::InternetCache, nullptr) {
+CacheFile::CacheFile(std::wstring fromPlace) : place(std::move(fromPlace)), cache(FolderKind::InternetCache, nullptr) {
   HRESULT hr = S_OK;
   const CSourceURL source(place.c_str(), SourceRole::Manifest, &hr);
   if (SUCCEEDED(hr))
@@ -33,5 +34,6 @@ std::wstring CacheFile::Path() const {
 
 void CannotFetch(const std::wstring& place, HRESULT hr) {
   const std::string reason = SystemText(hr);
-  throw Unanswered("'" + WithoutCredentials(Utf8(place)) + "' cannot be fetched: " + (reason.empty() ? HexCode(hr) : reason));
+  throw Unanswered(
+      "'" + WithoutCredentials(Utf8(place)) + "' cannot be fetched: " + (reason.empty() ? HexCode(hr) : reason));
 }

@@ -10,7 +10,7 @@
 class CacheFile {
  public:
   // Makes room for what comes from a place. Unanswered when the cache has none.
-  explicit CacheFile(const std::wstring& fromPlace);
+  explicit CacheFile(std::wstring fromPlace);
   ~CacheFile();
   CacheFile(const CacheFile&) = delete;
   CacheFile& operator=(const CacheFile&) = delete;

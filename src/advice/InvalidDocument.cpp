@@ -133,8 +133,7 @@ Finding InvalidFinding(const RefusedDocument& document) {
 }
 
 Finding WhyInvalid(const PermitDocument& permit) {
-  return InvalidFinding(
-      {permit.Text(), permit.Bytes(), kTransferPermitFile, permit.Code(), permit.Complaint()});
+  return InvalidFinding({permit.Text(), permit.Bytes(), kTransferPermitFile, permit.Code(), permit.Complaint()});
 }
 
 std::string SentenceOf(const Finding& finding) {

@@ -88,7 +88,8 @@ LinkCall ReadLinkCall(const std::wstring& commandLine) {
 std::wstring ManifestOfLink(const std::wstring& link) {
   if (!BeginsWithScheme(link, kScheme))
     throw LinkRefused("The link does not begin with 'norvik:'.");
-  const std::wstring_view url = std::wstring_view(link).substr(kScheme.size());
+  std::wstring_view url = link;
+  url.remove_prefix(kScheme.size());
   if (url.size() > kMaximumLinkedCharacters)
     throw LinkRefused("The URL in the link has more than 2,000 characters.");
   if (std::any_of(url.begin(), url.end(), IsRefusedCharacter))

@@ -4,6 +4,7 @@
 
 #include <exception>
 #include <new>
+#include <utility>
 
 #include "advice/Apartment.h"
 #include "advice/Document.h"
@@ -24,7 +25,7 @@ namespace {
 // A run in a thread of its own, so that windows are served while it waits for a server.
 class Run {
  public:
-  explicit Run(const std::wstring& manifestURL) : url(manifestURL) {}
+  explicit Run(std::wstring manifestURL) : url(std::move(manifestURL)) {}
 
   // Unanswered, or out of memory, as RunManifest.
   RunOutcome Finish(bool isShown) {

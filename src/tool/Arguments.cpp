@@ -37,8 +37,8 @@ std::string CheckedUtf8(const std::wstring& argument) {
   return Utf8(argument);
 }
 
-// A name in brackets would be taken for a list of names. All that check takes are files, for which it can be written otherwise
-// while the command line is read.
+// A name in brackets would be taken for a list of names. All that check takes are files, for which it can be written
+// otherwise while the command line is read.
 constexpr char kHere[] = ".\\";
 
 std::string FileArgument(const std::string& text) {

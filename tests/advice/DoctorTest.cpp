@@ -78,7 +78,8 @@ std::vector<std::string> NamesOnThePage() {
   const std::string page = ReadPage("docs/doctor.md");
   const std::regex row("\\| (`[^|]+) \\|[^\n]*");
   const std::regex name("`([^`]+)`");
-  for (std::sregex_iterator found(page.begin() + page.find("## The module"), page.end(), row), none; found != none; ++found) {
+  for (std::sregex_iterator found(page.begin() + page.find("## The module"), page.end(), row), none; found != none;
+       ++found) {
     const std::string cell = (*found)[1];
     for (std::sregex_iterator part(cell.begin(), cell.end(), name); part != none; ++part)
       AddName(names, (*part)[1]);

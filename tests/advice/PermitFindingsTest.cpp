@@ -335,8 +335,7 @@ TEST(PermitFindingsTest, OfAFileOnTheWebOnlyTheModuleIsLookedAt) {
   ASSERT_EQ("file-writable file-writable file-writable", CodesOf(Found(permit, OpenSurroundings())));
   WebServer server;
   server.Answer("/permit.xml", Response().Body(permit.Content()));
-  const Findings findings =
-      FindingsOf(PermitDocument(WideFromAnsi(server.Url("/permit.xml").c_str())), OpenSurroundings());
+  const Findings findings = FindingsOf(PermitDocument(WideFromAnsi(server.Url("/permit.xml").c_str())), OpenSurroundings());
   ASSERT_EQ("file-writable", CodesOf(findings));
   EXPECT_TRUE(Says(findings[0], "the module")) << findings[0].message;
 }

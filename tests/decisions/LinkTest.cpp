@@ -1,9 +1,10 @@
+#include "advice/Link.h"
+
 #include <gtest/gtest.h>
 #include <wininet.h>
 
 #include <regex>
 
-#include "advice/Link.h"
 #include "advice/Words.h"
 #include "common/ModulePath.h"
 #include "decisions/Existing.h"
@@ -23,7 +24,8 @@ constexpr char kManifest[] = "/decisions.xml";
 constexpr char kSource[] = "source.txt";
 
 std::string ManifestOf(const std::string& commands) {
-  return "<?xml version=\"1.0\"?>\r\n<!DOCTYPE VantorManifest SYSTEM \"manifest.dtd\">\r\n<VantorManifest version=\"1.0\">\r\n" +
+  return "<?xml version=\"1.0\"?>\r\n<!DOCTYPE VantorManifest SYSTEM \"manifest.dtd\">\r\n<VantorManifest "
+         "version=\"1.0\">\r\n" +
          commands + "</VantorManifest>\r\n";
 }
 

@@ -70,7 +70,8 @@ TEST_P(AttackingManifestTest, IsCheckedAndPlannedWithoutReachingAnything) {
   WriteWholeFile(documents.File("attack.xml"), Filled(GetParam().document));
   const ProgramResult checked = RunTool({L"check", L"attack.xml"});
   EXPECT_EQ(IsDone() ? 0u : 1u, checked.code) << checked.output;
-  EXPECT_EQ(0u, checked.output.find(IsDone() ? "valid and sound: attack.xml (manifest)\n" : "not valid: attack.xml (manifest)\n"))
+  EXPECT_EQ(
+      0u, checked.output.find(IsDone() ? "valid and sound: attack.xml (manifest)\n" : "not valid: attack.xml (manifest)\n"))
       << checked.output;
   EXPECT_EQ(std::string::npos, checked.output.find("CANARY")) << checked.output;
   EXPECT_EQ("", checked.errors);

@@ -65,8 +65,8 @@ TEST_P(AttackingPermitTest, IsCheckedAndExplainedWithoutReachingAnything) {
   WriteWholeFile(documents.File("attack.xml"), Filled(GetParam().file));
   const ProgramResult checked = RunTool({L"check", L"attack.xml"});
   EXPECT_EQ(GetParam().isRead ? 0u : 1u, checked.code) << checked.output;
-  EXPECT_EQ(0u, checked.output.find(GetParam().isRead ? "valid and sound: attack.xml (permission file)\n"
-                                                      : "not valid: attack.xml ("))
+  EXPECT_EQ(0u, checked.output.find(
+                    GetParam().isRead ? "valid and sound: attack.xml (permission file)\n" : "not valid: attack.xml ("))
       << checked.output;
   EXPECT_EQ("", checked.errors);
   const ProgramResult explained = RunTool({L"explain", L"--permit", L"attack.xml", L"--extension", L"txt"});

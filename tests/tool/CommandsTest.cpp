@@ -55,10 +55,10 @@ TEST_F(CommandsTest, AFileMayBeOnTheWeb) {
   WebServer server;
   server.Answer("/permit.xml", Response().Body(PermitText("<URL>http://host</URL>\n")));
   server.Answer("/manifest.xml", Response().Body(ManifestText("")));
-  const Json files = RunJson({L"check", WideFromAnsi(server.Url("/permit.xml").c_str()),
-                              WideFromAnsi(server.Url("/manifest.xml").c_str())},
-                             1)
-                         .at("files");
+  const Json files =
+      RunJson(
+          {L"check", WideFromAnsi(server.Url("/permit.xml").c_str()), WideFromAnsi(server.Url("/manifest.xml").c_str())}, 1)
+          .at("files");
   EXPECT_EQ(server.Url("/permit.xml"), files.at(0).at("file"));
   EXPECT_EQ("permit", files.at(0).at("kind"));
   EXPECT_TRUE(HasFinding(files.at(0), "url-everything"));
