@@ -27,6 +27,15 @@ constexpr char kDoctorExample[] =
 constexpr char kBrowserExample[] =
     "Example:\n"
     "  norvik browser status";
+constexpr char kBrowserOnExample[] =
+    "Example:\n"
+    "  norvik browser on";
+constexpr char kBrowserOffExample[] =
+    "Example:\n"
+    "  norvik browser off";
+constexpr char kBrowserKitExample[] =
+    "Example:\n"
+    "  norvik browser kit --origin https://portal.example.com --out kit";
 
 // The program speaks UTF-8 inside. What is no text has no UTF-8.
 std::string CheckedUtf8(const std::wstring& argument) {
@@ -117,6 +126,15 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
     command->add_option("--permit", permit, "A permission file other than permit.xml beside the program")->type_name("FILE");
   };
 
+  // Each takes one text as it is: a list in brackets is a text like any other.
+  const auto addText = [&](CLI::App* command, const char* name, const char* description, const char* typeName) {
+    return command->add_option(name, ignored, description)
+        ->type_name(typeName)
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->take_all();
+  };
+
   std::vector<std::string> files;
   CLI::App* const check =
       add(&app, "check", "Tells whether permission files and manifests are valid and sound", kCheckExample);
@@ -127,9 +145,8 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
   CLI::App* const explain =
       add(&app, "explain", "Tells whether something is permitted, and by which entry", kExplainExample);
   addPermit(explain);
-  // Each takes one text as it is: a list in brackets is a text like any other.
   const auto addQuestion = [&](const char* name, const char* description, const char* typeName) {
-    explain->add_option(name, ignored, description)->type_name(typeName)->expected(1)->allow_extra_args(false)->take_all();
+    addText(explain, name, description, typeName);
   };
   addQuestion("--manifest", "A manifest's URL or file", "URL");
   addQuestion("--source", "A command's source", "URL");
@@ -149,10 +166,15 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
   CLI::App* const browser = app.add_subcommand("browser", "Whether links in browsers start manifests");
   browser->require_subcommand(1);
   browser->footer(kBrowserExample);
-  const auto addBrowser = [&](const char* name, const char* description) { return add(browser, name, description, ""); };
-  CLI::App* const browserOn = addBrowser("on", "Lets links start manifests, for all users");
-  CLI::App* const browserOff = addBrowser("off", "Lets links start nothing");
-  CLI::App* const browserStatus = addBrowser("status", "Tells which it is");
+  CLI::App* const browserOn = add(browser, "on", "Lets links start manifests, for all users", kBrowserOnExample);
+  CLI::App* const browserOff = add(browser, "off", "Lets links start nothing", kBrowserOffExample);
+  CLI::App* const browserStatus = add(browser, "status", "Tells which it is", kBrowserExample);
+  CLI::App* const browserKit =
+      add(browser, "kit", "Writes policies with which links on a few sites start without a question", kBrowserKitExample);
+  const CLI::Option* const origin =
+      addText(browserKit, "--origin", "A site, as in https://portal.example.com", "ORIGIN")->required();
+  const CLI::Option* const out = addText(browserKit, "--out", "The folder, which is made if need be", "FOLDER")->required();
+  browserKit->add_flag("--replace", read.isReplacing, "Replaces files that are there");
 
   std::vector<std::string> texts;
   for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument)
@@ -179,7 +201,14 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
        {doctor, Arguments::Command::Doctor},
        {browserOn, Arguments::Command::BrowserOn},
        {browserOff, Arguments::Command::BrowserOff},
-       {browserStatus, Arguments::Command::BrowserStatus}});
+       {browserStatus, Arguments::Command::BrowserStatus},
+       {browserKit, Arguments::Command::BrowserKit}});
+  if (browserKit->parsed()) {
+    read.origins = origin->results();
+    read.out = WideFromUtf8(out->results().back());
+    if (read.out.empty())
+      throw UsageText{"--out names no folder.\n", true};
+  }
   if (explain->parsed()) {
     read.questions = QuestionsOf(*explain);
     if (read.questions.empty())

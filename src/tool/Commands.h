@@ -4,6 +4,7 @@
 
 // The commands: each asks the advice library, prints the answer and gives the exit code.
 int BrowserOnCommand(const Arguments& arguments);
+int BrowserKitCommand(const Arguments& arguments);
 int BrowserOffCommand(const Arguments& arguments);
 int BrowserStatusCommand(const Arguments& arguments);
 int CheckCommand(const Arguments& arguments);

@@ -115,6 +115,13 @@ Json ToJson(const BrowserLaunch& launch, const DoctorCheck& check) {
           {"detail", check.detail}};
 }
 
+Json ToJson(const std::wstring& folder, const std::vector<KitFile>& files) {
+  Json list = Json::array();
+  for (const KitFile& file : files)
+    list.push_back({{"file", Utf8(folder) + "\\" + file.name}, {"purpose", file.purpose}});
+  return {{"schema", kSchema}, {"files", list}};
+}
+
 void PrintJson(const Json& document) {
   Print(document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
 }

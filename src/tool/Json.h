@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "advice/BrowserKit.h"
 #include "advice/BrowserLaunch.h"
 #include "advice/DoctorCheck.h"
 #include "advice/Explanation.h"
@@ -28,6 +29,7 @@ Json ToJson(const DoctorChecks& checks);
 Json ToJson(const PermitDocument& permit, const std::vector<Answer>& answers);
 Json ToJson(const RunOutcome& outcome);
 Json ToJson(const BrowserLaunch& launch, const DoctorCheck& check);
+Json ToJson(const std::wstring& folder, const std::vector<KitFile>& files);
 
 // Prints the document, and a line end.
 void PrintJson(const Json& document);

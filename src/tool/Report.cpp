@@ -76,6 +76,13 @@ std::string ReportOf(const Finding& finding) {
          Paragraph(kIndent, finding.message);
 }
 
+std::string ReportOf(const std::wstring& folder, const std::vector<KitFile>& files) {
+  std::string report;
+  for (const KitFile& file : files)
+    report += fmt::format("{}\\{}\n", Utf8(folder), file.name) + Paragraph(kIndent, file.purpose);
+  return report;
+}
+
 std::string ReportOf(const DoctorCheck& check) {
   return fmt::format("{} {}\n", InColour(ColourOf(check.status), fmt::format("{:7}", NameOf(check.status))), check.name) +
          Paragraph(kIndent, check.detail);

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "advice/BrowserKit.h"
 #include "advice/DoctorCheck.h"
 #include "advice/Explanation.h"
 #include "advice/Finding.h"
@@ -12,6 +13,7 @@ std::string ReportOf(const Answer& answer);
 std::string ReportOf(const Finding& finding);
 std::string ReportOf(const DoctorCheck& check);
 std::string ReportOf(const CommandOutcome& command);
+std::string ReportOf(const std::wstring& folder, const std::vector<KitFile>& files);
 
 // What a run came to, behind its commands.
 std::string SummaryOf(const RunOutcome& outcome);

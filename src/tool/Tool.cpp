@@ -22,6 +22,8 @@ int Dispatch(const Arguments& arguments) {
       return PlanCommand(arguments);
     case Arguments::Command::Run:
       return RunCommand(arguments);
+    case Arguments::Command::BrowserKit:
+      return BrowserKitCommand(arguments);
     case Arguments::Command::BrowserOn:
       return BrowserOnCommand(arguments);
     case Arguments::Command::BrowserOff:
