@@ -18,6 +18,7 @@ readonly build_packages=(cmake ninja-build g++-mingw-w64-x86-64 g++-mingw-w64-i6
 readonly wine_packages=(wine wine64)
 readonly test_packages=(libgtest-dev openssl rapidjson-dev)
 readonly lint_packages=(clang-format clang-tidy cppcheck shellcheck libxml2-utils)
+readonly page_packages=(nodejs node-acorn)
 readonly server_packages=(nginx-light)
 readonly bench_packages=(curl)
 readonly wine32_packages=(debootstrap bubblewrap)

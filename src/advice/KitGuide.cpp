@@ -48,7 +48,7 @@ ie-mode.reg      It puts the sites into the trusted sites and allows controls to
                  holds for every trusted site. Zones know no ports, so a site's other ports are
                  trusted too. Both widths of norvik.dll have to be registered.
 
-Look at edge://policy, chrome://policy or about:policies whether the browser has read its policy, and
+See at edge://policy, chrome://policy or about:policies whether the browser has read its policy, and
 run 'norvik browser status' and 'norvik doctor' for the machine.
 
 What a listed site must do
@@ -71,9 +71,9 @@ List as few origins as there are, and none where users put pages of their own.
 What not to do
 --------------
 
-Never allow the scheme itself, for every page: not 'norvik:*' in URLAllowlist, not '*' as an origin,
-not an action for the scheme in the policy Handlers of Firefox. Each lets every page of the web start
-manifests. URLBlocklist with 'norvik:*' goes before the origins and shuts the door for a browser.
+Never allow the scheme itself, for every page: not 'norvik:*' in URLAllowlist and not '*' as an
+origin. Each lets every page of the web start manifests without a question. URLBlocklist with
+'norvik:*' goes before the origins and shuts the door for a browser.
 )";
 
 }  // namespace

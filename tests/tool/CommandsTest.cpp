@@ -227,6 +227,8 @@ TEST_F(CommandsTest, LinesFitIntoAHundredColumns) {
       {L"plan", L"--help"},
       {L"run", L"--help"},
       {L"doctor", L"--help"},
+      {L"browser", L"--help"},
+      {L"browser", L"kit", L"--help"},
       {L"check"},
       {L"doctor"}};
   for (const std::vector<std::wstring>& command : commands) {

@@ -4,6 +4,7 @@
 
 #include "advice/Words.h"
 #include "support/Pages.h"
+#include "support/RegistryAside.h"
 #include "tool/ToolFixture.h"
 
 namespace {
@@ -26,17 +27,19 @@ class DocsExamplesTest : public testing::Test {
   ~DocsExamplesTest() override {
     for (const char* const name : {"norvik.exe", "norvik.dll", "permit.xml", "mended.xml", "manifest.xml"})
       DeleteFileA(File(name).c_str());
+    RemoveTree(File("kit"));
     RemoveDirectoryA(kFolder);
   }
 
   static std::string File(const std::string& name) { return std::string(kFolder) + "\\" + name; }
 
+  const LinkEntriesAside aside;
   const std::string page = ReadPage("docs/tool.md");
 };
 
 TEST_F(DocsExamplesTest, PrintWhatIsShown) {
   const std::vector<std::string> examples = Blocks(page, "console");
-  EXPECT_EQ(4u, examples.size());
+  EXPECT_EQ(6u, examples.size());
   for (const std::string& example : examples) {
     const std::size_t end = example.find('\n');
     std::istringstream words(example.substr(0, end));

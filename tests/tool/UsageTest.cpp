@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "advice/Words.h"
+#include "support/RegistryAside.h"
 #include "tool/ToolFixture.h"
 
 namespace {
@@ -35,6 +36,12 @@ INSTANTIATE_TEST_SUITE_P(
                     WrongRow{"AFolderWithoutAKind", {L"explain", L"--folder", L"=x"}},
                     WrongRow{"TwoCommands", {L"plan", L"a.xml", L"run", L"b.xml"}},
                     WrongRow{"RunWithAPermissionFile", {L"run", L"a.xml", L"--permit", L"b.xml"}},
+                    WrongRow{"BrowserWithoutACommand", {L"browser"}}, WrongRow{"BrowserOfAnUnknownCommand", {L"browser", L"bogus"}},
+                    WrongRow{"BrowserOnWithAnArgument", {L"browser", L"on", L"a"}},
+                    WrongRow{"AKitWithoutAnOrigin", {L"browser", L"kit", L"--out", L"kit"}},
+                    WrongRow{"AKitWithoutAFolder", {L"browser", L"kit", L"--origin", L"https://a"}},
+                    WrongRow{"AKitForAnEmptyFolder", {L"browser", L"kit", L"--origin", L"https://a", L"--out", L""}},
+                    WrongRow{"AnOriginWithoutText", {L"browser", L"kit", L"--out", L"kit", L"--origin"}},
                     WrongRow{"HalfACharacter", {L"check", L"a\xD800.xml"}}),
     [](const testing::TestParamInfo<WrongRow>& row) { return std::string(row.param.name); });
 
@@ -79,17 +86,27 @@ std::vector<std::wstring> ArgumentsOf(const std::string& example) {
   return arguments;
 }
 
+struct HelpExample {
+  std::string command;
+  unsigned long code;  // of its example
+};
+
 TEST_F(UsageTest, TheExampleInEachHelpRuns) {
-  for (const wchar_t* const command : {L"check", L"explain", L"plan", L"run", L"doctor"}) {
-    const ProgramResult help = Run({command, L"--help"});
-    EXPECT_EQ(0u, help.code);
+  const LinkEntriesAside aside;
+  WriteWholeFile(folder.File("norvikopen.exe"), "");
+  const HelpExample examples[] = {{"check", 0},         {"explain", 0}, {"plan", 0},    {"run", 0},
+                                  {"doctor", 1},        {"browser", 1}, {"browser status", 1}, {"browser on", 0},
+                                  {"browser off", 0}, {"browser kit", 0}};
+  for (const auto& [command, code] : examples) {
+    const ProgramResult help = Run(ArgumentsOf(command + " --help"));
+    EXPECT_EQ(0u, help.code) << command;
     EXPECT_EQ("", help.errors);
     const std::size_t start = help.output.find("Example:\n  norvik ");
     ASSERT_NE(std::string::npos, start) << help.output;
     const std::string line = help.output.substr(start + 18, help.output.find_first_of("\r\n", start + 18) - start - 18);
-    EXPECT_EQ(0u, line.find(Utf8(command))) << line;
+    EXPECT_EQ(0u, line.find(command)) << line;
     const ProgramResult result = Run(ArgumentsOf(line));
-    EXPECT_EQ(command == std::wstring(L"doctor") ? 1u : 0u, result.code) << line << "\n" << result.output << result.errors;
+    EXPECT_EQ(code, result.code) << line << "\n" << result.output << result.errors;
     EXPECT_EQ("", result.errors);
   }
 }
@@ -97,7 +114,7 @@ TEST_F(UsageTest, TheExampleInEachHelpRuns) {
 TEST_F(UsageTest, TheHelpNamesEveryCommand) {
   const ProgramResult help = Run({L"--help"});
   EXPECT_EQ(0u, help.code);
-  for (const char* const command : {"check", "explain", "plan", "run", "doctor"})
+  for (const char* const command : {"check", "explain", "plan", "run", "doctor", "browser"})
     EXPECT_NE(std::string::npos, help.output.find(std::string("\n  ") + command + " ")) << help.output;
 }
 
