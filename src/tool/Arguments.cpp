@@ -170,7 +170,7 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
   CLI::App* const browserOff = add(browser, "off", "Lets links start nothing", kBrowserOffExample);
   CLI::App* const browserStatus = add(browser, "status", "Tells which it is", kBrowserExample);
   CLI::App* const browserKit =
-      add(browser, "kit", "Writes policies with which links on a few sites start without a question", kBrowserKitExample);
+      add(browser, "kit", "Writes browser policies: links of these sites start without a question", kBrowserKitExample);
   const CLI::Option* const origin =
       addText(browserKit, "--origin", "A site, as in https://portal.example.com", "ORIGIN")->required();
   const CLI::Option* const out = addText(browserKit, "--out", "The folder, which is made if need be", "FOLDER")->required();
