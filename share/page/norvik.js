@@ -13,8 +13,8 @@
 // What a page can know: the control gives a result, but commands of the manifest that failed are in the log alone. A link
 // tells nothing. The browser may ask, the user may say no, links may be switched off on the machine, and the run may fail: all
 // of this is "handed". Unavailable is what is known for sure. A link carries only a web URL of printable ASCII characters
-// without a quote or a backslash, 2,000 at most ("url"), and there are no Norvik programs but for Windows, also under Linux
-// ("system").
+// without a quote or a backslash, 2,000 at most, and without "." or ".." in the place of a folder ("url"); and programs for
+// Windows run on Windows and under Linux only ("system").
 //
 // Call it when the user clicks, once for each click: browsers drop a link that nobody asked for, and the second of two. A
 // manifest that opens a file in the browser needs the <object>, by which the control knows the window.
@@ -24,6 +24,7 @@ var Norvik = (function () {
   var programName = "Norvik.AXNorvik";
   var scheme = "norvik:";
   var linkedURL = /^https?:\/\/[!#-\[\]-~]+$/i;
+  var dotFolder = /[\/?#](?:\.|%2e){1,2}(?:[\/?#]|$)/i;
   var longestURL = 2000;
 
   function controlOf(element) {
@@ -39,7 +40,7 @@ var Norvik = (function () {
   }
 
   function canBeLinked(url) {
-    return url.length <= longestURL && linkedURL.test(url);
+    return url.length <= longestURL && linkedURL.test(url) && !dotFolder.test(url);
   }
 
   function hasPrograms(userAgent) {

@@ -129,6 +129,7 @@ var cases = {
   WithoutAControlTheLinkIsHandedOver: function () {
     expectHanded(manifest, windowsBrowser);
     expectHanded("HTTPS://H/A", windowsBrowser);
+    expectHanded("https://h/.../a..b/.c/%2e%2e%2e/..d?e=../f..", windowsBrowser);
     expectHanded("http://h/%20?a=b&c='#d(e)[f]$;!~*,@+:", windowsBrowser);
   },
 
@@ -147,7 +148,8 @@ var cases = {
   ALinkCarriesPlainURLsOfTheWebOnly: function () {
     var urls = ["", "https://", "setup.xml", "/setup.xml", "//h/setup.xml", "C:\\setup.xml", "file:///C:/setup.xml",
       "\\\\server\\setup.xml", "ftp://h/a", "norvik:https://h/a", " https://h/a", "https://h/a b", "https://h/a\"b",
-      "https://h/a\\b", "https://h/a\nb", "https://h/a\n", "https://h/\u00e4", "https://h/\u007f", "javascript:alert(1)//http://h/"];
+      "https://h/a\\b", "https://h/a\nb", "https://h/a\n", "https://h/\u00e4", "https://h/\u007f", "javascript:alert(1)//http://h/",
+      "https://h/a/../b", "https://h/./b", "https://h/a/%2e%2E/b", "https://h/a/.%2e", "https://h/a?b/../c", "https://..", "https://h/.#a"];
     var i;
     for (i = 0; i < urls.length; i += 1) {
       expectUnavailable("url", urls[i], windowsBrowser);

@@ -136,7 +136,11 @@ TEST_F(KitCommandTest, ARealDocumentOfEachPolicyListsTheOriginsInOneEntry) {
 
 // The system's own program reads the files; what the registry has then is what was meant.
 TEST_F(KitCommandTest, TheRegistryTakesItsFiles) {
-  const RegistryAside policies(HKEY_LOCAL_MACHINE, "Software\\Policies");
+  const RegistryAside edge(HKEY_LOCAL_MACHINE, "Software\\Policies\\Microsoft\\Edge");
+  const RegistryAside chrome(HKEY_LOCAL_MACHINE, "Software\\Policies\\Google\\Chrome");
+  const RegistryAside firefox(HKEY_LOCAL_MACHINE, "Software\\Policies\\Mozilla\\Firefox");
+  const RegistryAside internet(
+      HKEY_LOCAL_MACHINE, "Software\\Policies\\Microsoft\\Windows\\CurrentVersion\\Internet Settings");
   const RegistryAside addOns(HKEY_LOCAL_MACHINE, "Software\\Microsoft\\Windows\\CurrentVersion\\Policies\\Ext");
   EXPECT_EQ(0u, Run(Kit(L"kit")).code);
   for (const wchar_t* const name : {L"edge.reg", L"chrome.reg", L"firefox.reg", L"ie-mode.reg"}) {
