@@ -13,8 +13,11 @@ namespace {
 using Texts = std::vector<std::string>;
 
 constexpr char kPolicy[] = "AutoLaunchProtocolsFromOrigins";
-constexpr char kInternetSettings[] = "SOFTWARE\\Policies\\Microsoft\\Windows\\CurrentVersion\\Internet Settings";
-constexpr char kAddOns[] = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Policies\\Ext";
+constexpr char kEdge[] = R"(SOFTWARE\Policies\Microsoft\Edge)";
+constexpr char kChrome[] = R"(SOFTWARE\Policies\Google\Chrome)";
+constexpr char kFirefox[] = R"(SOFTWARE\Policies\Mozilla\Firefox)";
+constexpr char kInternetSettings[] = R"(SOFTWARE\Policies\Microsoft\Windows\CurrentVersion\Internet Settings)";
+constexpr char kAddOns[] = R"(SOFTWARE\Microsoft\Windows\CurrentVersion\Policies\Ext)";
 constexpr char kByteOrderMark[] = "\xFF\xFE";
 constexpr char kTrustedSites[] = "2";
 constexpr std::size_t kRegistryColumns = 77;  // regedit begins a new line in bytes behind it
@@ -147,7 +150,7 @@ std::string ModePolicies(const Texts& origins) {
   constexpr unsigned kAllowed = 0;
   const std::string settings = kInternetSettings;
   std::string keys =
-      Key("SOFTWARE\\Policies\\Microsoft\\Edge") + NumberValue("InternetExplorerIntegrationLevel", 1) +
+      Key(kEdge) + NumberValue("InternetExplorerIntegrationLevel", 1) +
       "; Put the address of the site list here, and take the semicolon away.\n;" +
       TextValue("InternetExplorerIntegrationSiteList", std::string("https://intranet.example.com/") + kSiteListName) +
       Key(settings) + NumberValue("ListBox_Support_ZoneMapKey", 1) + Key(settings + "\\ZoneMapKey");
@@ -166,10 +169,10 @@ std::vector<KitFile> BrowserKit(const std::vector<std::string>& origins) {
   const std::string value = PolicyValue(once);
   const auto policy = [&](const char* key) { return RegistryFile(Key(key) + TextValue(kPolicy, value)); };
   std::vector<KitFile> files = {
-      {"edge.reg", "Edge on Windows: the policy for the registry.", policy("SOFTWARE\\Policies\\Microsoft\\Edge")},
-      {"chrome.reg", "Chrome on Windows: the policy for the registry.", policy("SOFTWARE\\Policies\\Google\\Chrome")},
+      {"edge.reg", "Edge on Windows: the policy for the registry.", policy(kEdge)},
+      {"chrome.reg", "Chrome on Windows: the policy for the registry.", policy(kChrome)},
       {"firefox.reg", "Firefox on Windows: the policy for the registry.",
-       RegistryFile(Key("SOFTWARE\\Policies\\Mozilla\\Firefox") + ListValue(kPolicy, value))},
+       RegistryFile(Key(kFirefox) + ListValue(kPolicy, value))},
       {"policy-value.json", "Edge, Chrome and Firefox: the text to paste into the policy where it is managed.",
        value + "\n"},
       {"chromium-policy.json", "Chromium and Chrome on Linux: a file for the folder of managed policies.",

@@ -79,7 +79,8 @@ std::string WhyNoScheme(const std::string& text) {
   return {};
 }
 
-std::string WhyNoAuthority(const std::string& authority) {
+std::string WhyNoAuthority(const std::string& text) {
+  const std::string authority = text.substr(text.find(kSeparator) + sizeof(kSeparator) - 1);
   if (Has(authority, "/\\?#"))
     return "An origin ends behind the host or the port: with a path, a query or a slash at the end browsers would ignore "
            "it.";
@@ -116,24 +117,28 @@ std::string WhyNoPort(const std::string& scheme, const std::string& port) {
   return {};
 }
 
-std::string WhyNotWritten(const std::string& text) {
-  for (const auto judge : {WhyNoText, WhyNoScheme}) {
-    if (const std::string why = judge(text); !why.empty())
-      return why;
-  }
-  if (const std::string why = WhyNoAuthority(text.substr(text.find(kSeparator) + sizeof(kSeparator) - 1)); !why.empty())
-    return why;
+std::string WhyNoHostOrPort(const std::string& text) {
   const BrowserOrigin origin(text);
-  if (const std::string why = WhyNoHost(origin.host); !why.empty())
-    return why;
+  std::string why = WhyNoHost(origin.host);
   const bool hasPort = text.find(':', origin.scheme.size() + 1) != std::string::npos;
-  return hasPort ? WhyNoPort(origin.scheme, origin.port) : "";
+  if (why.empty() && hasPort)
+    why = WhyNoPort(origin.scheme, origin.port);
+  return why;
+}
+
+// Each looks at what the one before it has let pass.
+std::string WhyNotWritten(const std::string& text) {
+  std::string why;
+  for (const auto judge : {WhyNoText, WhyNoScheme, WhyNoAuthority, WhyNoHostOrPort}) {
+    if (why.empty())
+      why = judge(text);
+  }
+  return why;
 }
 
 }  // namespace
 
-BrowserOrigin::BrowserOrigin(const std::string& text) {
-  scheme = text.substr(0, text.find(':'));
+BrowserOrigin::BrowserOrigin(const std::string& text) : scheme(text.substr(0, text.find(':'))) {
   const std::string authority = text.substr(scheme.size() + sizeof(kSeparator) - 1);
   const std::size_t colon = authority.find(':');
   host = authority.substr(0, colon);

@@ -92,8 +92,9 @@ std::vector<Question> QuestionsOf(const CLI::App& explain) {
 
 // The command whose arguments were read last: the program itself, a command, or a command of a command.
 const CLI::App* Chosen(const CLI::App* app) {
-  const auto chosen = app->get_subcommands();
-  return chosen.empty() ? app : Chosen(chosen.front());
+  for (auto chosen = app->get_subcommands(); !chosen.empty(); chosen = app->get_subcommands())
+    app = chosen.front();
+  return app;
 }
 
 Arguments::Command CommandOf(const std::vector<std::pair<const CLI::App*, Arguments::Command>>& commands) {

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "common/Handles.h"
+#include "common/RegistryKey.h"
 
 namespace {
 

@@ -27,22 +27,23 @@ TEST_P(WrongUsageTest, IsToldOnStandardErrorAlone) {
 
 INSTANTIATE_TEST_SUITE_P(
     , WrongUsageTest,
-    testing::Values(WrongRow{"Nothing", {}}, WrongRow{"AnUnknownCommand", {L"bogus"}},
-                    WrongRow{"AnUnknownOption", {L"check", L"--bogus"}}, WrongRow{"AnEmptyCommand", {L""}},
-                    WrongRow{"PlanOfNothing", {L"plan"}}, WrongRow{"RunOfNothing", {L"run"}},
-                    WrongRow{"PlanOfTwo", {L"plan", L"a", L"b"}}, WrongRow{"ExplainWithoutAQuestion", {L"explain"}},
-                    WrongRow{"AQuestionWithoutText", {L"explain", L"--source"}},
-                    WrongRow{"AFolderOfNoKind", {L"explain", L"--folder", L"Nowhere=x"}},
-                    WrongRow{"AFolderWithoutAKind", {L"explain", L"--folder", L"=x"}},
-                    WrongRow{"TwoCommands", {L"plan", L"a.xml", L"run", L"b.xml"}},
-                    WrongRow{"RunWithAPermissionFile", {L"run", L"a.xml", L"--permit", L"b.xml"}},
-                    WrongRow{"BrowserWithoutACommand", {L"browser"}}, WrongRow{"BrowserOfAnUnknownCommand", {L"browser", L"bogus"}},
-                    WrongRow{"BrowserOnWithAnArgument", {L"browser", L"on", L"a"}},
-                    WrongRow{"AKitWithoutAnOrigin", {L"browser", L"kit", L"--out", L"kit"}},
-                    WrongRow{"AKitWithoutAFolder", {L"browser", L"kit", L"--origin", L"https://a"}},
-                    WrongRow{"AKitForAnEmptyFolder", {L"browser", L"kit", L"--origin", L"https://a", L"--out", L""}},
-                    WrongRow{"AnOriginWithoutText", {L"browser", L"kit", L"--out", L"kit", L"--origin"}},
-                    WrongRow{"HalfACharacter", {L"check", L"a\xD800.xml"}}),
+    testing::Values(
+        WrongRow{"Nothing", {}}, WrongRow{"AnUnknownCommand", {L"bogus"}},
+        WrongRow{"AnUnknownOption", {L"check", L"--bogus"}}, WrongRow{"AnEmptyCommand", {L""}},
+        WrongRow{"PlanOfNothing", {L"plan"}}, WrongRow{"RunOfNothing", {L"run"}},
+        WrongRow{"PlanOfTwo", {L"plan", L"a", L"b"}}, WrongRow{"ExplainWithoutAQuestion", {L"explain"}},
+        WrongRow{"AQuestionWithoutText", {L"explain", L"--source"}},
+        WrongRow{"AFolderOfNoKind", {L"explain", L"--folder", L"Nowhere=x"}},
+        WrongRow{"AFolderWithoutAKind", {L"explain", L"--folder", L"=x"}},
+        WrongRow{"TwoCommands", {L"plan", L"a.xml", L"run", L"b.xml"}},
+        WrongRow{"RunWithAPermissionFile", {L"run", L"a.xml", L"--permit", L"b.xml"}},
+        WrongRow{"BrowserWithoutACommand", {L"browser"}}, WrongRow{"BrowserOfAnUnknownCommand", {L"browser", L"bogus"}},
+        WrongRow{"BrowserOnWithAnArgument", {L"browser", L"on", L"a"}},
+        WrongRow{"AKitWithoutAnOrigin", {L"browser", L"kit", L"--out", L"kit"}},
+        WrongRow{"AKitWithoutAFolder", {L"browser", L"kit", L"--origin", L"https://a"}},
+        WrongRow{"AKitForAnEmptyFolder", {L"browser", L"kit", L"--origin", L"https://a", L"--out", L""}},
+        WrongRow{"AnOriginWithoutText", {L"browser", L"kit", L"--out", L"kit", L"--origin"}},
+        WrongRow{"HalfACharacter", {L"check", L"a\xD800.xml"}}),
     [](const testing::TestParamInfo<WrongRow>& row) { return std::string(row.param.name); });
 
 struct UnansweredRow {
@@ -94,9 +95,9 @@ struct HelpExample {
 TEST_F(UsageTest, TheExampleInEachHelpRuns) {
   const LinkEntriesAside aside;
   WriteWholeFile(folder.File("norvikopen.exe"), "");
-  const HelpExample examples[] = {{"check", 0},         {"explain", 0}, {"plan", 0},    {"run", 0},
-                                  {"doctor", 1},        {"browser", 1}, {"browser status", 1}, {"browser on", 0},
-                                  {"browser off", 0}, {"browser kit", 0}};
+  const HelpExample examples[] = {
+      {"check", 0},   {"explain", 0},        {"plan", 0},       {"run", 0},         {"doctor", 1},
+      {"browser", 1}, {"browser status", 1}, {"browser on", 0}, {"browser off", 0}, {"browser kit", 0}};
   for (const auto& [command, code] : examples) {
     const ProgramResult help = Run(ArgumentsOf(command + " --help"));
     EXPECT_EQ(0u, help.code) << command;
