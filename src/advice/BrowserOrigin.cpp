@@ -39,8 +39,9 @@ bool IsAddress(const std::vector<std::string>& labels) {
   return ConsistsOf(labels.back(), kDigits) || labels.back().rfind("0x", 0) == 0;
 }
 
+// A number that is too large for the type is read as the type's largest.
 bool IsPlainNumber(const std::string& text, long maximum) {
-  return !text.empty() && text.size() <= 5 && ConsistsOf(text, kDigits) && (text == "0" || text[0] != '0') &&
+  return !text.empty() && ConsistsOf(text, kDigits) && (text == "0" || text[0] != '0') &&
          std::strtol(text.c_str(), nullptr, 10) <= maximum;
 }
 

@@ -75,10 +75,11 @@ TEST_F(KitCommandTest, TheFolderMayHaveAnyName) {
 
 TEST_F(KitCommandTest, AFileThatIsThereIsReplacedOnlyWhenAskedFor) {
   ASSERT_TRUE(CreateDirectoryA(out.c_str(), nullptr));
-  WriteWholeFile(out + "\\ie-mode.reg", "mine");
+  const std::string mine(100000, 'x');  // longer than any file of the kit
+  WriteWholeFile(out + "\\ie-mode.reg", mine);
   ExpectRefusal(1, "ie-mode.reg' is there already. Nothing was written; --replace would replace it.", Kit(L"kit"));
   EXPECT_EQ("ie-mode.reg", NamesIn(out));
-  EXPECT_EQ("mine", ReadWholeFile(out + "\\ie-mode.reg"));
+  EXPECT_EQ(mine, ReadWholeFile(out + "\\ie-mode.reg"));
   std::vector<std::wstring> replacing = Kit(L"kit");
   replacing.emplace_back(L"--replace");
   EXPECT_EQ(0u, Run(replacing).code);
