@@ -170,7 +170,8 @@ class OutputTest(Folders):
             found = {name: archive.read(name) for name in archive.namelist()}
         self.assertEqual({name: source.read_bytes() for name, source in contents.by_hand(builds(VERSION)).items()}, found)
         for name in ("x64/norvik.dll", "x86/norvik.dll", "x64/norvik.exe", "x86/norvik.exe", "x86/permit.sample.xml",
-                     "docs/permissions.md", "samples/permit.xml", "share/dtd/permit.dtd", "README.md", "CHANGELOG.md"):
+                     "docs/permissions.md", "samples/permit.xml", "share/dtd/permit.dtd", "share/page/norvik.js",
+                     "README.md", "CHANGELOG.md"):
             self.assertIn(name, found)
         self.assertFalse([name for name in found if name.endswith("/permit.xml") and not name.startswith("samples/")])
 
