@@ -25,6 +25,7 @@ readonly wine32_packages=(debootstrap bubblewrap)
 readonly fuzz_packages=(clang libclang-rt-dev llvm)
 readonly mutate_packages=(lld)
 readonly package_packages=(wixl msitools osslsigncode)
+readonly browser_packages=(chromium chromium-driver firefox-esr xvfb xdg-utils xdotool imagemagick python3-selenium bubblewrap)
 
 # as_root COMMAND...: as root or through sudo.
 as_root() {

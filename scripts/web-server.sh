@@ -61,3 +61,18 @@ stop_server() {
     server_process=
   fi
 }
+
+# serve_samples FOLDER ADDRESS: the folder becomes the samples' web, with the server at this address.
+serve_samples() {
+  local file
+  rm -rf "$1"
+  cp -r samples/web "$1"
+  for file in start.xml refused.xml; do
+    fill_in "samples/web/stockroom/$file" "$1/stockroom/$file" "$2"
+  done
+}
+
+# fill_in SAMPLE FILE ADDRESS: a copy in which the samples' server is the one at this address.
+fill_in() {
+  sed "s|http://apps\.example\.com/|$3/|g" "$1" >"$2"
+}

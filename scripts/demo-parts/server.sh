@@ -2,19 +2,10 @@
 
 server_folder=$demo/nginx
 
-# fill_in SAMPLE FILE: a copy in which the samples' server is the demo's.
-fill_in() {
-  sed "s|http://apps\.example\.com/|$address/|g" "$1" >"$2"
-}
-
 # What the server needs and serves, for a port.
 prepare_web() {
-  local file
-  rm -rf "$server_folder" "$demo/web"
+  rm -rf "$server_folder"
   mkdir -p "$server_folder"
-  cp -r samples/web "$demo/web"
+  serve_samples "$demo/web" "$address"
   sed "s/@PORT@/$1/" scripts/demo-parts/nginx.conf >"$server_folder/nginx.conf"
-  for file in start.xml refused.xml; do
-    fill_in "samples/web/stockroom/$file" "$demo/web/stockroom/$file"
-  done
 }
