@@ -20,7 +20,7 @@ from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
 
 from marionette import Marionette
-from workplace import PART, PROGRAM, ROOT, WEB, WINE, wait_until
+from workplace import AUTHORITY, PART, PROGRAM, ROOT, SECURE_WEB, WEB, WINE, wait_until
 
 START_SECONDS = 60
 numbers = itertools.count(1)
@@ -54,8 +54,13 @@ def write_page(link):
     """A page with this link; its path on the site, which no page had before."""
     name = f"page{next(numbers)}.html"
     page = (ROOT / "tests/browsers/page.html").read_text().replace("@LINK@", html.escape(link))
-    (WEB / name).write_text(page, encoding="utf-8")
+    for site in (WEB, SECURE_WEB):
+        (site / name).write_text(page, encoding="utf-8")
     return "/" + name
+
+
+def age(file):
+    return file.stat().st_mtime_ns
 
 
 class Home:
@@ -85,11 +90,14 @@ class Home:
 
     def links(self):
         """The links that arrived."""
-        return [file.read_text() for file in sorted(self.calls.glob("*/link"), key=lambda file: file.stat().st_mtime_ns)]
+        return [file.read_text() for file in sorted(self.calls.glob("*/link"), key=age)]
 
     def codes(self):
-        """The exit codes of the programs that have ended."""
-        return [int(file.read_text()) for file in self.calls.glob("*/code")]
+        """The exit codes of the programs that have ended, the last one last."""
+        return [int(file.read_text()) for file in sorted(self.calls.glob("*/code"), key=age)]
+
+    def last_code(self):
+        return self.codes()[-1]
 
     def wait_for_code(self, count=1):
         """The exit codes, once so many programs have ended."""
@@ -117,9 +125,13 @@ class Browser:
         wait_until(lambda: self.title() == "settled", "the page was not drawn")
         time.sleep(1)
 
-    def follow(self, origin, link):
-        """Clicks on a link of a page of this origin."""
+    def prepare(self, origin, link):
+        """Opens a page of this origin with a link."""
         self.open(origin + write_page(link))
+
+    def follow(self, origin, link):
+        """The same, and clicks on it."""
+        self.prepare(origin, link)
         self.click()
 
     def contained(self, policy_folder, *command):
@@ -129,6 +141,11 @@ class Browser:
 
 
 class Chromium(Browser):
+    @staticmethod
+    def private_authority():
+        """The policy that trusts the authority of the test certificates."""
+        return {"CACertificates": ["".join(AUTHORITY.read_text().split("-----")[2].split())]}
+
     def start(self, policies):
         self.home.write(self.home.folder / "policies/policies/managed/norvik.json", json.dumps(policies))
         program = self.home.folder / "chromium"
@@ -176,6 +193,10 @@ FIREFOX_PREFERENCES = {
 
 
 class Firefox(Browser):
+    @staticmethod
+    def private_authority():
+        return {"Certificates": {"Install": [str(AUTHORITY)]}}
+
     def start(self, policies):
         self.home.write(self.home.folder / "policies/policies.json", json.dumps({"policies": policies}))
         preferences = (f"user_pref({json.dumps(name)}, {json.dumps(value)});\n" for name, value in FIREFOX_PREFERENCES.items())
@@ -204,8 +225,10 @@ class Firefox(Browser):
         return self.marionette.send("WebDriver:GetTitle")["value"]
 
     def click(self):
-        found = self.marionette.send("WebDriver:FindElement", using="css selector", value="#link")
-        self.marionette.send("WebDriver:ElementClick", id=next(iter(found["value"].values())))
+        found = self.marionette.send("WebDriver:FindElement", using="css selector", value="#link")["value"]
+        steps = [{"type": "pointerMove", "x": 0, "y": 0, "origin": found}, {"type": "pointerDown", "button": 0},
+                 {"type": "pointerUp", "button": 0}]
+        self.marionette.send("WebDriver:PerformActions", actions=[{"type": "pointer", "id": "mouse", "actions": steps}])
 
     def end(self):
         try:

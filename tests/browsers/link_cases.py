@@ -2,10 +2,49 @@
 
 import time
 
-from browsers import DIRECTLY, write_page
-from workplace import PORTAL, SAMPLE, STRANGER, Application, Requests, install
+import screen
+from browsers import DIRECTLY, QUIETLY, REGISTERED
+from scripted_server import ScriptedServer
+from workplace import (INSTALLED, NEVER_SECONDS, PORTAL, REFUSED, SAMPLE, SECURE, STRANGER, Application, Requests, copy_of,
+                       install, run_windows, wait_until)
 
+ROUNDS = 20
+ROUNDS_OF_A_BROWSER = 5
+MANIFEST = f"norvik:{PORTAL}{SAMPLE}"
+PLACE = (500, 600)  # where pages are white
 DIMMED = 0.9
+
+# What a link says, and the exit code of the program that gets it. 2: the link itself is refused; 1: the permission file refuses.
+HOSTILE = {
+    "2,001 characters": (f"{MANIFEST}?{'x' * (2001 - len(PORTAL + SAMPLE) - 1)}", 2),
+    "a local file": ("norvik:file:///C:/windows/win.ini", 2),
+    "a path": (r"norvik:C:\windows\start.xml", 2),
+    "a share": (r"norvik:\\\\server\share\start.xml", 2),
+    "a share as a URL": ("norvik:file://server/share/start.xml", 2),
+    "a host of the scheme's own": (f"norvik://{PORTAL[7:]}{SAMPLE}", 2),
+    "the scheme twice": (f"norvik:{MANIFEST}", 2),
+    "a script": ("norvik:javascript:alert(1)", 2),
+    "another scheme": (f"norvik:ftp{PORTAL[4:]}{SAMPLE}", 2),
+    "an option": (f"norvik:--permit=C:\\permit.xml {PORTAL}{SAMPLE}", 2),
+    "an option of Windows": (f"norvik:/quiet {PORTAL}{SAMPLE}", 2),
+    "an option behind a quote": (f'norvik:" --permit "{PORTAL}{SAMPLE}', 2),
+    "a folder above": (f"norvik:{PORTAL}/stockroom/../stockroom/start.xml", 2),
+    "a variable": (f"norvik:%OS%{PORTAL}{SAMPLE}", 2),
+    "nothing": ("norvik:", 2),
+    "a server that is not permitted": (f"norvik:{STRANGER}{SAMPLE}", 1),
+    "a permitted server as a user's name": (f"norvik:{PORTAL}@127.0.0.1{STRANGER[16:]}{SAMPLE}", 1),
+    "not ASCII": (f"norvik:{PORTAL}\N{FULLWIDTH SOLIDUS}stockroom/start.xml", 1),
+}
+
+# What a link says behind the manifest's URL, and what is asked for there: no second argument, and nothing that was decoded.
+ODD = {
+    '?a=" --permit "b"': "?a=%22%20--permit%20%22b%22",
+    "?a=b\\\\c\\": "?a=b\\\\c\\",
+    "?a=%22%20/quiet%00": "?a=%22%20/quiet%00",
+    "?a=\n\tb": "?a=b",
+    "?\N{LATIN SMALL LETTER A WITH DIAERESIS}\N{SNOWMAN}": "?%C3%A4%E2%98%83",
+    "?'&;$()!~*,=@+:|<>^`{}": "?'&;$()!~*,=@+:%7C%3C%3E%5E%60%7B%7D",
+}
 
 
 def listed(*origins):
@@ -18,23 +57,122 @@ class LinkCases:
 
     def setUp(self):
         install()
+        self.application = Application()
+        self.application.remove()
 
-    def browser(self, policies, is_headless=False, command=DIRECTLY):
-        browser = self.browser_class(policies, is_headless, command)
-        self.addCleanup(browser.end)
-        return browser
+    def assert_in_place(self):
+        self.application.wait_until_opened()
+        self.assertEqual(self.application.served_files(), self.application.files())
 
     def test_a_click_puts_the_application_in_place(self):
-        for number in range(2):
-            with self.subTest(round=number):
-                began = time.monotonic()
-                application = Application()
-                application.remove()
-                with self.browser_class(listed(PORTAL), number % 2 == 1) as browser:
-                    browser.follow(PORTAL, f"norvik:{PORTAL}{SAMPLE}?round={number}")
-                    clicked = time.monotonic()
-                    self.assertEqual([0], browser.home.wait_for_code())
-                    ended = time.monotonic()
-                    application.wait_until_opened()
-                    self.assertEqual(application.served_files(), application.files())
-                print(f"round {number}: {clicked - began:.1f} s to the click, {ended - clicked:.1f} s to the files, {time.monotonic() - began:.1f} s in all", flush=True)
+        for number in range(0, ROUNDS, ROUNDS_OF_A_BROWSER):
+            is_headless = number // ROUNDS_OF_A_BROWSER % 2 == 1
+            with self.browser_class(listed(PORTAL), is_headless) as browser:
+                for lap in range(number, number + ROUNDS_OF_A_BROWSER):
+                    with self.subTest(round=lap, is_headless=is_headless):
+                        self.go_round(browser, lap)
+
+    def go_round(self, browser, number):
+        self.application.remove()
+        began = time.monotonic()
+        browser.follow(PORTAL, f"{MANIFEST}?round={number}")
+        browser.home.wait_for_code(number % ROUNDS_OF_A_BROWSER + 1)
+        self.assertEqual({0}, set(browser.home.codes()))
+        self.assert_in_place()
+        print(f"round {number}: {time.monotonic() - began:.1f} s", flush=True)
+
+    def assert_asks(self, origin, policies):
+        """The page is dimmed by a question, and nothing starts."""
+        requests = Requests()
+        with self.browser_class(policies, is_headless=False) as browser:
+            page = browser.prepare(origin, MANIFEST)
+            self.assertLess(DIMMED, screen.brightness_at(*PLACE), page)
+            browser.click()
+            wait_until(lambda: screen.brightness_at(*PLACE) < DIMMED, "the browser does not ask")
+            time.sleep(NEVER_SECONDS)
+            screen.keep_picture(f"prompt-{self.browser_class.__name__.lower()}")
+            self.assertEqual([], browser.home.links())
+        self.assertEqual([], requests.of_programs())
+
+    def test_an_origin_that_is_not_listed_asks_first(self):
+        self.assert_asks(STRANGER, listed(PORTAL))
+
+    def test_without_a_policy_the_browser_asks_first(self):
+        self.assert_asks(PORTAL, {})
+
+    def test_where_nobody_can_be_asked_nothing_starts(self):
+        requests = Requests()
+        with self.browser_class({}, is_headless=True) as browser:
+            browser.follow(PORTAL, MANIFEST)
+            time.sleep(NEVER_SECONDS)
+            self.assertEqual([], browser.home.links())
+        self.assertEqual([], requests.of_programs())
+
+    def test_a_refused_manifest_is_told(self):
+        with self.browser_class(listed(PORTAL), is_headless=False) as browser:
+            browser.follow(PORTAL, f"norvik:{PORTAL}{REFUSED}")
+            screen.wait_for_window()
+            self.assertEqual("Static: 4 of 5 steps failed.", screen.texts()[1])
+            screen.press("Close")
+            self.assertEqual([1], browser.home.wait_for_code())
+
+    def test_hostile_links_fetch_nothing(self):
+        requests = Requests()
+        with self.browser_class(listed(PORTAL), is_headless=True, command=QUIETLY) as browser:
+            for number, (name, (link, code)) in enumerate(HOSTILE.items()):
+                with self.subTest(name):
+                    browser.follow(PORTAL, link)
+                    browser.home.wait_for_code(number + 1)
+                    self.assertEqual(code, browser.home.last_code(), browser.home.links()[-1])
+        self.assertEqual([], requests.of_programs())
+        self.assertEqual({}, self.application.files())
+
+    def test_what_arrives_is_what_is_fetched(self):
+        with self.browser_class(listed(PORTAL), is_headless=True, command=QUIETLY) as browser:
+            for number, (text, asked) in enumerate(ODD.items()):
+                with self.subTest(text):
+                    requests = Requests()
+                    browser.follow(PORTAL, MANIFEST + text)
+                    browser.home.wait_for_code(number + 1)
+                    self.assertEqual(MANIFEST + asked, browser.home.links()[-1])
+                    self.assertEqual(f"GET {SAMPLE}{asked}", requests.of_programs()[0])
+                    self.assertEqual(0, browser.home.last_code())
+
+    def test_a_site_with_a_private_authority_is_trusted_as_others_are(self):
+        with self.browser_class({**listed(SECURE), **self.browser_class.private_authority()}, is_headless=True) as browser:
+            browser.follow(SECURE, f"norvik:{SECURE}{SAMPLE}")
+            self.assertEqual([0], browser.home.wait_for_code())
+            self.assert_in_place()
+
+    def test_what_is_registered_is_what_starts(self):
+        self.switch("on")
+        with self.browser_class(listed(PORTAL), is_headless=True, command=REGISTERED) as browser:
+            browser.follow(PORTAL, MANIFEST)
+            self.assertEqual([0], browser.home.wait_for_code())
+            self.assert_in_place()
+            self.switch("off")
+            requests = Requests()
+            browser.follow(PORTAL, f"{MANIFEST}?again")
+            browser.home.wait_for_code(2)
+            self.assertNotEqual(0, browser.home.last_code())
+            self.assertEqual([], requests.of_programs())
+
+    def switch(self, state):
+        code, text = run_windows(str(INSTALLED / "norvik.exe"), "browser", state)
+        self.assertEqual(0, code, text)
+
+    def test_a_second_click_does_not_run_it_twice(self):
+        server = ScriptedServer()
+        self.addCleanup(server.close)
+        install(server.address + "/apps/")
+        server.answer("/apps/start.xml", copy_of(server.address + "/apps/slow.csv").encode())
+        server.answer("/apps/slow.csv", b"slow", held=True)
+        with self.browser_class(listed(PORTAL), is_headless=True) as browser:
+            browser.follow(PORTAL, f"norvik:{server.address}/apps/start.xml")
+            server.wait_until_held("/apps/slow.csv")
+            browser.click()
+            self.assertEqual([0], browser.home.wait_for_code())
+            self.assertEqual(["/apps/start.xml", "/apps/slow.csv"], server.asked())
+            self.assertEqual(1, server.release("/apps/slow.csv"))
+            self.assertEqual([0, 0], browser.home.wait_for_code(2))
+        self.assertEqual({"slow.csv": b"slow"}, self.application.files())

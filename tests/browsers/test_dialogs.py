@@ -2,23 +2,13 @@
 
 import subprocess
 import unittest
-import xml.sax.saxutils
 
 import screen
 from scripted_server import ScriptedServer
-from workplace import (DRIVE, INSTALLED, PORTAL, PROGRAM, REFUSED, SAMPLE, Application, Requests, install,
+from workplace import (DRIVE, INSTALLED, PORTAL, PROGRAM, REFUSED, SAMPLE, Application, copy_of, install,
                        run_windows, wait_until, windows)
 
-MANIFEST = """<?xml version="1.0"?>
-<!DOCTYPE VantorManifest SYSTEM "manifest.dtd">
-<VantorManifest version="1.0">%s</VantorManifest>"""
-
-
 BIG = b"x" * 2 * 98_304  # a half of it is a whole number of the pieces that are read at a time
-
-
-def copy_command(source):
-    return f"<Copy><Source>{xml.sax.saxutils.escape(source)}</Source><Destination><Path>C:\\Stockroom</Path></Destination></Copy>"
 
 
 class DialogTest(unittest.TestCase):
@@ -109,7 +99,7 @@ class FailureTest(DialogTest):
 
 class ProgressTest(DialogTest):
     def hold_a_file(self):
-        self.server.answer("/apps/start.xml", (MANIFEST % copy_command(self.server.address + "/apps/big.csv")).encode())
+        self.server.answer("/apps/start.xml", copy_of(self.server.address + "/apps/big.csv").encode())
         self.server.answer("/apps/big.csv", BIG, held=True)
         program = self.start("norvik:" + self.server.address + "/apps/start.xml")
         self.server.wait_until_held("/apps/big.csv")

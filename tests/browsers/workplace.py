@@ -5,10 +5,13 @@ import pathlib
 import shutil
 import subprocess
 import time
+import xml.sax.saxutils
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PART = pathlib.Path(os.environ["NORVIK_PART"])
 WEB = PART / "web"
+SECURE_WEB = PART / "secure"
+AUTHORITY = ROOT / "build" / "tls" / "ca.pem"
 PORTAL = os.environ["NORVIK_PORTAL"]
 STRANGER = os.environ["NORVIK_STRANGER"]
 SECURE = os.environ["NORVIK_SECURE"]
@@ -23,6 +26,12 @@ NEVER_SECONDS = 4  # what has not happened by then does not
 
 SAMPLE = "/stockroom/start.xml"
 REFUSED = "/stockroom/refused.xml"
+
+MANIFEST = """<?xml version="1.0"?>
+<!DOCTYPE VantorManifest SYSTEM "manifest.dtd">
+<VantorManifest version="1.0">
+  <Copy><Source>%s</Source><Destination><Path>C:\\Stockroom</Path></Destination></Copy>
+</VantorManifest>"""
 
 
 class TooLate(AssertionError):
@@ -65,8 +74,13 @@ def run_windows(*arguments):
     return code, output.read_text(encoding="utf-8", errors="replace").replace("\r", "")
 
 
+def copy_of(source):
+    """A manifest that copies one file to C:\\Stockroom."""
+    return MANIFEST % xml.sax.saxutils.escape(source)
+
+
 class Requests:
-    """What the site was asked for since the object was made: `PORT METHOD URI` each."""
+    """What the site was asked for since the object was made, at all of its addresses: `METHOD URI` each."""
 
     def __init__(self):
         self.file = PART / "nginx" / "requests.log"
