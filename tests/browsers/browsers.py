@@ -8,7 +8,6 @@ import html
 import itertools
 import json
 import os
-import pathlib
 import shlex
 import shutil
 import subprocess
@@ -122,7 +121,7 @@ class Browser:
     def open(self, address):
         """Opens a page, and waits until it is drawn; a click that comes at once may be lost."""
         self.go_to(address)
-        wait_until(lambda: self.title() == "settled", "the page was not drawn")
+        wait_until(lambda: self.title() == "Stockroom", "the page was not drawn")
         time.sleep(1)
 
     def prepare(self, origin, link):

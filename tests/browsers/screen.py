@@ -11,13 +11,14 @@ def windows_shown():
     return found.stdout.split()
 
 
-def wait_for_window():
-    wait_until(windows_shown, "no window appeared")
-
-
 def texts():
     """The texts in the windows of the program, as a screen reader gets them."""
     return run_windows(DIALOGS)[1].splitlines()
+
+
+def wait_for_text(text):
+    """All texts, once this one is among them. The progress dialog may be there before the one that is meant."""
+    return wait_until(lambda: text in (shown := texts()) and shown, f"'{text}' was not shown")
 
 
 def press(button):
@@ -45,4 +46,5 @@ def keep_picture(name, window="root"):
     shown = picture(name, window)
     if os.environ.get("NORVIK_WRITE_PICTURES"):
         (ROOT / "docs" / "pictures").mkdir(exist_ok=True)
-        subprocess.run(["convert", str(shown), "-strip", "-colors", "64", str(ROOT / "docs" / "pictures" / f"{name}.png")], check=True)
+        kept = ROOT / "docs" / "pictures" / f"{name}.png"
+        subprocess.run(["convert", str(shown), "-crop", "x400+0+0", "+repage", "-strip", "-colors", "64", str(kept)], check=True)

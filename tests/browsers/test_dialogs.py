@@ -29,10 +29,10 @@ class DialogTest(unittest.TestCase):
             program.kill()
             program.wait()
 
-    def wait_for_failure(self, *arguments):
+    def start_and_fail(self, *arguments):
+        """The program, and the texts that it shows in the end."""
         program = self.start(*arguments)
-        screen.wait_for_window()
-        return program
+        return program, screen.wait_for_text("Button: Close")
 
     def close(self, program):
         screen.press("Close")
@@ -41,8 +41,7 @@ class DialogTest(unittest.TestCase):
 
 class FailureTest(DialogTest):
     def test_a_refused_step_is_told_in_plain_words(self):
-        program = self.wait_for_failure("norvik:" + PORTAL + REFUSED)
-        texts = screen.texts()
+        program, texts = self.start_and_fail("norvik:" + PORTAL + REFUSED)
         screen.keep_picture("failure", screen.windows_shown()[0])
         self.assertEqual(1, self.close(program))
         self.assertEqual(["#32770: Norvik", "Static: 4 of 5 steps failed."], texts[:2])
@@ -52,8 +51,7 @@ class FailureTest(DialogTest):
         self.assertEqual(["Button: Close", "Button: Show log"], sorted(texts[3:]))
 
     def test_a_link_that_is_refused_is_told_without_a_log(self):
-        program = self.wait_for_failure("norvik:file:///C:/start.xml")
-        texts = screen.texts()
+        program, texts = self.start_and_fail("norvik:file:///C:/start.xml")
         self.assertEqual(2, self.close(program))
         self.assertEqual(
             ["#32770: Norvik", "Static: This link cannot be used.",
@@ -62,8 +60,7 @@ class FailureTest(DialogTest):
 
     def test_a_missing_permission_file_is_told(self):
         (INSTALLED / "permit.xml").unlink()
-        program = self.wait_for_failure("norvik:" + PORTAL + SAMPLE)
-        texts = screen.texts()
+        program, texts = self.start_and_fail("norvik:" + PORTAL + SAMPLE)
         self.assertEqual(3, self.close(program))
         self.assertEqual("Static: Nothing was installed or opened.", texts[1])
         self.assertIn(r"C:\Program Files\Norvik\permit.xml", texts[2])
@@ -72,7 +69,7 @@ class FailureTest(DialogTest):
         kept = DRIVE / "kept.log"
         kept.unlink(missing_ok=True)
         self.register_program_for_logs(r'cmd /c copy "%1" C:\kept.log')
-        program = self.wait_for_failure("norvik:" + PORTAL + REFUSED)
+        program, _ = self.start_and_fail("norvik:" + PORTAL + REFUSED)
         screen.press("Show log")
         self.assertEqual(1, program.wait(20))
         wait_until(lambda: kept.exists() and "is not permitted." in kept.read_text(), "the log was not shown")
@@ -107,9 +104,7 @@ class ProgressTest(DialogTest):
 
     def test_a_long_run_shows_its_step_and_its_bytes(self):
         program = self.hold_a_file()
-        screen.wait_for_window()
-        wait_until(lambda: "Static: 98,304 bytes" in screen.texts(), "the bytes were not shown")
-        texts = screen.texts()
+        texts = screen.wait_for_text("Static: 98,304 bytes")
         screen.keep_picture("progress", screen.windows_shown()[0])
         self.server.release("/apps/big.csv")
         self.assertEqual(0, program.wait(20))
