@@ -29,7 +29,11 @@ DIRECTLY = shlex.join([*WINE, PROGRAM]) + ' "$1"'
 QUIETLY = shlex.join([*WINE, PROGRAM, "/quiet"]) + ' "$1"'
 REGISTERED = shlex.join([*WINE, "start", "/wait"]) + ' "$1"'
 
+# Wine finds its server by the folder for temporary files, and that of the browser is another one.
+TEMPORARY = "export TMPDIR=" + shlex.quote(os.environ["TMPDIR"]) if "TMPDIR" in os.environ else "unset TMPDIR"
+
 HANDLER = """#!/bin/sh
+%(temporary)s
 call=$(mktemp -d %(calls)s/XXXXXXXX) || exit
 printf '%%s' "$1" >"$call/part" && mv "$call/part" "$call/link"
 %(command)s >"$call/output" 2>&1 </dev/null
@@ -73,7 +77,7 @@ class Home:
         for folder in (self.calls, self.profile, self.temporary):
             folder.mkdir(parents=True)
         handler = self.folder / "handler"
-        self.write(handler, HANDLER % {"calls": shlex.quote(str(self.calls)), "command": command})
+        self.write(handler, HANDLER % {"temporary": TEMPORARY, "calls": shlex.quote(str(self.calls)), "command": command})
         handler.chmod(0o755)
         self.write(self.folder / ".local/share/applications/norvik.desktop", DESKTOP_FILE % handler)
         self.write(self.folder / ".config/mimeapps.list", DEFAULTS)
