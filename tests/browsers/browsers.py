@@ -19,7 +19,7 @@ from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
 
 from marionette import Marionette
-from workplace import AUTHORITY, PART, PROGRAM, ROOT, SECURE_WEB, WEB, WINE, wait_until
+from workplace import AUTHORITY, PART, PORTAL, PROGRAM, ROOT, SAMPLE, SECURE_WEB, WEB, WINE, wait_until
 
 START_SECONDS = 60
 numbers = itertools.count(1)
@@ -59,6 +59,15 @@ def write_page(link):
     page = (ROOT / "tests/browsers/page.html").read_text().replace("@LINK@", html.escape(link))
     for site in (WEB, SECURE_WEB):
         (site / name).write_text(page, encoding="utf-8")
+    return "/" + name
+
+
+def write_sample(query, has_script):
+    """The sample page, whose manifest's URL ends with the query; its path on the site."""
+    name = f"sample{next(numbers)}.html"
+    page = (ROOT / "samples" / "page.html").read_text().replace("http://apps.example.com", PORTAL).replace(SAMPLE, SAMPLE + query)
+    (WEB / name).write_text(page if has_script else page.replace('<script src="norvik.js"></script>', ""))
+    shutil.copy(ROOT / "share" / "page" / "norvik.js", WEB)
     return "/" + name
 
 
@@ -109,12 +118,13 @@ class Home:
 
 
 class Browser:
-    """What both browsers have in common. To be used in a `with`; `policies` is what their policy file holds."""
+    """What both browsers have in common. To be used in a `with`; `policy` is the text of the policy file."""
 
-    def __init__(self, policies, is_headless, command=DIRECTLY):
+    def __init__(self, policy, is_headless, command=DIRECTLY):
         self.home = Home(command)
         self.is_headless = is_headless
-        self.start(policies)
+        self.home.write(self.home.folder / "policies" / self.policy_file, policy)
+        self.start()
 
     def __enter__(self):
         return self
@@ -144,13 +154,17 @@ class Browser:
 
 
 class Chromium(Browser):
-    @staticmethod
-    def private_authority():
-        """The policy that trusts the authority of the test certificates."""
-        return {"CACertificates": ["".join(AUTHORITY.read_text().split("-----")[2].split())]}
+    policy_file = "policies/managed/norvik.json"
+    kit_file = "chromium-policy.json"
+    no_policy = "{}"
 
-    def start(self, policies):
-        self.home.write(self.home.folder / "policies/policies/managed/norvik.json", json.dumps(policies))
+    @staticmethod
+    def with_authority(policy):
+        """The policy, with trust in the authority of the test certificates."""
+        certificate = "".join(AUTHORITY.read_text().split("-----")[2].split())
+        return json.dumps({**json.loads(policy), "CACertificates": [certificate]})
+
+    def start(self):
         program = self.home.folder / "chromium"
         self.home.write(program, "#!/bin/sh\nexec " + shlex.join(self.contained("/etc/chromium", "chromium")) + ' "$@"\n')
         program.chmod(0o755)
@@ -172,7 +186,10 @@ class Chromium(Browser):
         return self.driver.title
 
     def click(self):
-        self.driver.find_element(By.ID, "link").click()
+        self.driver.find_element(By.ID, "start").click()
+
+    def state(self):
+        return self.driver.find_element(By.ID, "state").text
 
     def end(self):
         self.driver.quit()
@@ -196,12 +213,16 @@ FIREFOX_PREFERENCES = {
 
 
 class Firefox(Browser):
-    @staticmethod
-    def private_authority():
-        return {"Certificates": {"Install": [str(AUTHORITY)]}}
+    policy_file = "policies.json"
+    kit_file = "firefox-policies.json"
+    no_policy = '{"policies": {}}'
 
-    def start(self, policies):
-        self.home.write(self.home.folder / "policies/policies.json", json.dumps({"policies": policies}))
+    @staticmethod
+    def with_authority(policy):
+        policies = json.loads(policy)["policies"]
+        return json.dumps({"policies": {**policies, "Certificates": {"Install": [str(AUTHORITY)]}}})
+
+    def start(self):
         preferences = (f"user_pref({json.dumps(name)}, {json.dumps(value)});\n" for name, value in FIREFOX_PREFERENCES.items())
         self.home.write(self.home.profile / "user.js", "".join(preferences))
         distribution = os.path.realpath("/usr/lib/firefox-esr/distribution")
@@ -227,9 +248,14 @@ class Firefox(Browser):
     def title(self):
         return self.marionette.send("WebDriver:GetTitle")["value"]
 
+    def find(self, name):
+        return self.marionette.send("WebDriver:FindElement", using="css selector", value="#" + name)["value"]
+
+    def state(self):
+        return self.marionette.send("WebDriver:GetElementText", id=next(iter(self.find("state").values())))["value"]
+
     def click(self):
-        found = self.marionette.send("WebDriver:FindElement", using="css selector", value="#link")["value"]
-        steps = [{"type": "pointerMove", "x": 0, "y": 0, "origin": found}, {"type": "pointerDown", "button": 0},
+        steps = [{"type": "pointerMove", "x": 0, "y": 0, "origin": self.find("start")}, {"type": "pointerDown", "button": 0},
                  {"type": "pointerUp", "button": 0}]
         self.marionette.send("WebDriver:PerformActions", actions=[{"type": "pointer", "id": "mouse", "actions": steps}])
 

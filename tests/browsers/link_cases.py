@@ -3,9 +3,9 @@
 import time
 
 import screen
-from browsers import QUIETLY, REGISTERED
+from browsers import QUIETLY, REGISTERED, numbers, write_sample
 from scripted_server import ScriptedServer
-from workplace import (INSTALLED, NEVER_SECONDS, PORTAL, REFUSED, SAMPLE, SECURE, STRANGER, Application, Requests, copy_of,
+from workplace import (INSTALLED, NEVER_SECONDS, PART, PORTAL, REFUSED, SAMPLE, SECURE, STRANGER, Application, Requests, copy_of,
                        install, run_windows, wait_until)
 
 ROUNDS = 20
@@ -47,11 +47,6 @@ ODD = {
 }
 
 
-def listed(*origins):
-    """The policy that lets these origins start links without a question."""
-    return {"AutoLaunchProtocolsFromOrigins": [{"protocol": "norvik", "allowed_origins": list(origins)}]}
-
-
 class LinkCases:
     """`browser_class` comes from who uses this."""
 
@@ -60,6 +55,18 @@ class LinkCases:
         self.application = Application()
         self.application.remove()
 
+    def listed(self, *origins):
+        """The policy that norvik.exe makes to let these origins start links without a question."""
+        folder = PART / "kit" / str(next(numbers))
+        folder.parent.mkdir(exist_ok=True)
+        words = [word for origin in origins for word in ("--origin", origin)]
+        code, text = self.run_norvik("kit", *words, "--out", "Z:" + str(folder).replace("/", "\\"))
+        self.assertEqual(0, code, text)
+        return (folder / self.browser_class.kit_file).read_text()
+
+    def run_norvik(self, *words):
+        return run_windows(str(INSTALLED / "norvik.exe"), "browser", *words)
+
     def assert_in_place(self):
         self.application.wait_until_opened()
         self.assertEqual(self.application.served_files(), self.application.files())
@@ -67,24 +74,28 @@ class LinkCases:
     def test_a_click_puts_the_application_in_place(self):
         for number in range(0, ROUNDS, ROUNDS_OF_A_BROWSER):
             is_headless = number // ROUNDS_OF_A_BROWSER % 2 == 1
-            with self.browser_class(listed(PORTAL), is_headless) as browser:
+            with self.browser_class(self.listed(PORTAL), is_headless) as browser:
                 for lap in range(number, number + ROUNDS_OF_A_BROWSER):
                     with self.subTest(round=lap, is_headless=is_headless):
                         self.go_round(browser, lap)
 
     def go_round(self, browser, number):
+        """The sample page, with its script and without it in turns."""
+        has_script = number % 2 == 0
         self.application.remove()
         began = time.monotonic()
-        browser.follow(PORTAL, f"{MANIFEST}?round={number}")
+        browser.open(PORTAL + write_sample(f"?round={number}", has_script))
+        browser.click()
         browser.home.wait_for_code(number % ROUNDS_OF_A_BROWSER + 1)
         self.assertEqual({0}, set(browser.home.codes()))
         self.assert_in_place()
+        self.assertEqual(has_script, browser.state().startswith("Stockroom will open in a moment."))
         print(f"round {number}: {time.monotonic() - began:.1f} s", flush=True)
 
-    def assert_asks(self, origin, policies):
+    def assert_asks(self, origin, policy):
         """The page is dimmed by a question, and nothing starts."""
         requests = Requests()
-        with self.browser_class(policies, is_headless=False) as browser:
+        with self.browser_class(policy, is_headless=False) as browser:
             browser.prepare(origin, MANIFEST)
             self.assertLess(DIMMED, screen.brightness_at(*PLACE))
             browser.click()
@@ -95,21 +106,21 @@ class LinkCases:
         self.assertEqual([], requests.of_programs())
 
     def test_an_origin_that_is_not_listed_asks_first(self):
-        self.assert_asks(STRANGER, listed(PORTAL))
+        self.assert_asks(STRANGER, self.listed(PORTAL))
 
     def test_without_a_policy_the_browser_asks_first(self):
-        self.assert_asks(PORTAL, {})
+        self.assert_asks(PORTAL, self.browser_class.no_policy)
 
     def test_where_nobody_can_be_asked_nothing_starts(self):
         requests = Requests()
-        with self.browser_class({}, is_headless=True) as browser:
+        with self.browser_class(self.browser_class.no_policy, is_headless=True) as browser:
             browser.follow(PORTAL, MANIFEST)
             time.sleep(NEVER_SECONDS)
             self.assertEqual([], browser.home.links())
         self.assertEqual([], requests.of_programs())
 
     def test_a_refused_manifest_is_told(self):
-        with self.browser_class(listed(PORTAL), is_headless=False) as browser:
+        with self.browser_class(self.listed(PORTAL), is_headless=False) as browser:
             browser.follow(PORTAL, f"norvik:{PORTAL}{REFUSED}")
             screen.wait_for_text("Static: 4 of 5 steps failed.")
             screen.press("Close")
@@ -117,7 +128,7 @@ class LinkCases:
 
     def test_hostile_links_fetch_nothing(self):
         requests = Requests()
-        with self.browser_class(listed(PORTAL), is_headless=True, command=QUIETLY) as browser:
+        with self.browser_class(self.listed(PORTAL), is_headless=True, command=QUIETLY) as browser:
             for number, (name, (link, code)) in enumerate(HOSTILE.items()):
                 with self.subTest(name):
                     browser.follow(PORTAL, link)
@@ -127,7 +138,7 @@ class LinkCases:
         self.assertEqual({}, self.application.files())
 
     def test_what_arrives_is_what_is_fetched(self):
-        with self.browser_class(listed(PORTAL), is_headless=True, command=QUIETLY) as browser:
+        with self.browser_class(self.listed(PORTAL), is_headless=True, command=QUIETLY) as browser:
             for number, (text, asked) in enumerate(ODD.items()):
                 with self.subTest(text):
                     requests = Requests()
@@ -138,19 +149,19 @@ class LinkCases:
                     self.assertEqual(0, browser.home.last_code())
 
     def test_a_site_with_a_private_authority_is_trusted_as_others_are(self):
-        with self.browser_class({**listed(SECURE), **self.browser_class.private_authority()}, is_headless=True) as browser:
+        with self.browser_class(self.browser_class.with_authority(self.listed(SECURE)), is_headless=True) as browser:
             browser.follow(SECURE, f"norvik:{SECURE}{SAMPLE}")
             self.assertEqual([0], browser.home.wait_for_code())
             self.assert_in_place()
 
     def test_what_is_registered_is_what_starts(self):
-        self.assertEqual((0, 0), (self.tell_norvik("on"), self.tell_norvik("status")))
-        self.addCleanup(self.tell_norvik, "off")
-        with self.browser_class(listed(PORTAL), is_headless=True, command=REGISTERED) as browser:
+        self.addCleanup(self.switch, "off")
+        self.assertEqual(0, self.switch("on"))
+        with self.browser_class(self.listed(PORTAL), is_headless=True, command=REGISTERED) as browser:
             browser.follow(PORTAL, MANIFEST)
             self.assertEqual([0], browser.home.wait_for_code())
             self.assert_in_place()
-            self.assertEqual((0, 1), (self.tell_norvik("off"), self.tell_norvik("status")))
+            self.assertEqual(1, self.switch("off"))
             requests = Requests()
             browser.follow(PORTAL, f"{MANIFEST}?again")
             browser.home.wait_for_code(2)
@@ -158,8 +169,11 @@ class LinkCases:
             self.assertEqual(2, len(browser.home.links()))
             self.assertEqual([], requests.of_programs())
 
-    def tell_norvik(self, word):
-        return run_windows(str(INSTALLED / "norvik.exe"), "browser", word)[0]
+    def switch(self, word):
+        """What `status` answers then."""
+        code, text = self.run_norvik(word)
+        self.assertEqual(0, code, text)
+        return self.run_norvik("status")[0]
 
     def test_a_second_click_does_not_run_it_twice(self):
         server = ScriptedServer()
@@ -167,7 +181,7 @@ class LinkCases:
         install(server.address + "/apps/")
         server.answer("/apps/start.xml", copy_of(server.address + "/apps/slow.csv").encode())
         server.answer("/apps/slow.csv", b"slow", held=True)
-        with self.browser_class(listed(PORTAL), is_headless=True) as browser:
+        with self.browser_class(self.listed(PORTAL), is_headless=True) as browser:
             browser.follow(PORTAL, f"norvik:{server.address}/apps/start.xml")
             server.wait_until_held("/apps/slow.csv")
             browser.click()
