@@ -1,6 +1,6 @@
-// dialogs: reads the windows that norvikopen.exe shows, as a screen reader would: one line for the window's title and for each
-// text in it, with the kind of window in front, and a line break as \n.
-// dialogs press TEXT: presses the button with this text. The exit code is 1 when there is none.
+// dialogs: reads the windows that norvikopen.exe shows, as a screen reader would: one line for the window's title and for
+// each text in it, with the kind of window in front, and a line break as \n. dialogs press TEXT: presses the button with
+// this text. The exit code is 1 when there is none.
 
 #include "common/Windows.h"
 
@@ -55,8 +55,8 @@ std::wstring WithoutMark(std::wstring text) {
 std::string Utf8(const std::wstring& text) {
   const int length = static_cast<int>(text.size());
   std::string bytes(static_cast<std::size_t>(length) * 3, '\0');
-  bytes.resize(static_cast<std::size_t>(
-      WideCharToMultiByte(CP_UTF8, 0, text.c_str(), length, bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr)));
+  bytes.resize(static_cast<std::size_t>(WideCharToMultiByte(
+      CP_UTF8, 0, text.c_str(), length, bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr)));
   return bytes;
 }
 

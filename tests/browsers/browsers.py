@@ -81,6 +81,7 @@ class Home:
     def __init__(self, command):
         self.folder = PART / str(next(numbers))
         self.calls = self.folder / "calls"
+        self.codes_told = 0
         self.profile = self.folder / "profile"
         self.temporary = self.folder / "tmp"
         for folder in (self.calls, self.profile, self.temporary):
@@ -104,17 +105,14 @@ class Home:
         """The links that arrived."""
         return [file.read_text() for file in sorted(self.calls.glob("*/link"), key=age)]
 
+    def wait_for_code(self):
+        """The exit code of the program that ended first of those that nobody has asked for yet."""
+        wait_until(lambda: len(self.codes()) > self.codes_told, "no program was started for the link, or it did not end")
+        self.codes_told += 1
+        return int(self.codes()[self.codes_told - 1].read_text())
+
     def codes(self):
-        """The exit codes of the programs that have ended, the last one last."""
-        return [int(file.read_text()) for file in sorted(self.calls.glob("*/code"), key=age)]
-
-    def last_code(self):
-        return self.codes()[-1]
-
-    def wait_for_code(self, count=1):
-        """The exit codes, once so many programs have ended."""
-        wait_until(lambda: len(self.codes()) >= count, "no program was started for the link, or it did not end")
-        return self.codes()
+        return sorted(self.calls.glob("*/code"), key=age)
 
 
 class Browser:

@@ -47,4 +47,4 @@ def keep_picture(name, window="root"):
     if os.environ.get("NORVIK_WRITE_PICTURES"):
         (ROOT / "docs" / "pictures").mkdir(exist_ok=True)
         kept = ROOT / "docs" / "pictures" / f"{name}.png"
-        subprocess.run(["convert", str(shown), "-crop", "x400+0+0", "+repage", "-strip", "-colors", "64", str(kept)], check=True)
+        subprocess.run(["convert", str(shown), "-crop", "x400+0+0", "+repage", "-strip", "+dither", "-colors", "64", str(kept)], check=True)
