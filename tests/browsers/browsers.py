@@ -1,7 +1,6 @@
 """Real browsers, each start with a profile, a home and policies of its own, in which one program stands for links.
 
-A browser here opens a page, clicks on its link and ends. What the system would hand to norvikopen.exe goes to a script, which
-notes it, starts the program and notes its exit code (`Calls`).
+What the system would hand to norvikopen.exe goes to a script, which notes it, starts the program and notes its exit code.
 """
 
 import html
@@ -98,8 +97,8 @@ class Home:
         file.write_text(text)
 
     def environment(self):
-        return {**os.environ, "HOME": str(self.folder), "TMPDIR": str(self.temporary), "XDG_CONFIG_HOME": str(self.folder / ".config"),
-                "XDG_DATA_HOME": str(self.folder / ".local/share"), "LANG": "C.UTF-8"}
+        return {**os.environ, "LANG": "C.UTF-8", "HOME": str(self.folder), "TMPDIR": str(self.temporary),
+                "XDG_CONFIG_HOME": str(self.folder / ".config"), "XDG_DATA_HOME": str(self.folder / ".local/share")}
 
     def links(self):
         """The links that arrived."""

@@ -19,7 +19,7 @@ HOSTILE = {
     "2,001 characters": (f"{MANIFEST}?{'x' * (2001 - len(PORTAL + SAMPLE) - 1)}", 2),
     "a local file": ("norvik:file:///C:/windows/win.ini", 2),
     "a path": (r"norvik:C:\windows\start.xml", 2),
-    "a share": (r"norvik:\\\\server\share\start.xml", 2),
+    "a share": (r"norvik:\\server\share\start.xml", 2),
     "a share as a URL": ("norvik:file://server/share/start.xml", 2),
     "a host of the scheme's own": (f"norvik://{PORTAL[7:]}{SAMPLE}", 2),
     "the scheme twice": (f"norvik:{MANIFEST}", 2),

@@ -47,4 +47,5 @@ def keep_picture(name, window="root"):
     if os.environ.get("NORVIK_WRITE_PICTURES"):
         (ROOT / "docs" / "pictures").mkdir(exist_ok=True)
         kept = ROOT / "docs" / "pictures" / f"{name}.png"
-        subprocess.run(["convert", str(shown), "-crop", "x400+0+0", "+repage", "-strip", "+dither", "-colors", "64", str(kept)], check=True)
+        small = ["-crop", "x400+0+0", "+repage", "-strip", "+dither", "-colors", "64"]
+        subprocess.run(["convert", str(shown), *small, str(kept)], check=True)
