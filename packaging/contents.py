@@ -21,7 +21,7 @@ ONLY_BY_NAME = {"BrowserLaunch"}
 ALSO_IN = {"norvikopen.exe": ["BrowserLaunch"]}
 
 # Where documents come from, below the project's folder. What concerns only those who change the module is left out.
-DOCUMENTS = ("README.md", "CHANGELOG.md", "docs/*.md", "docs/*.json", "samples/**/*", "share/dtd/*",
+DOCUMENTS = ("README.md", "CHANGELOG.md", "docs/*.md", "docs/*.json", "docs/pictures/*", "samples/**/*", "share/dtd/*",
              "share/page/*")
 FOR_DEVELOPERS = {"docs/performance.md", "docs/release.md"}
 

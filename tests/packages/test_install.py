@@ -63,7 +63,7 @@ class FolderTest(Case):
     FOLDERS = ("INSTALLDIR=C:\\Tools\\Wide", "INSTALLDIR32=C:\\Tools\\Narrow")
 
     def chosen(self):
-        return sorted(path.relative_to(self.machine.drive).as_posix() for path in self.machine.path("Tools").rglob("norvik.*"))
+        return sorted(path.relative_to(self.machine.drive).as_posix() for path in self.machine.path("Tools").glob("*/norvik.*"))
 
     def folders(self):
         return {"x64": PROGRAM_FILES.parent / "Tools/Wide", "x86": PROGRAM_FILES_X86.parent / "Tools/Narrow"}
