@@ -9,6 +9,7 @@ import functools
 import json
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -226,9 +227,10 @@ class ZipFileTest(unittest.TestCase):
         self.assertEqual({}, {name: time for name, time in times.items() if time})
 
     def test_every_program_of_ctest_is_a_suite_in_it(self):
-        listing = subprocess.run(["ctest", "--show-only=json-v1"], cwd=BUILD / "x64", stdout=subprocess.PIPE, check=True)
-        programs = {pathlib.PurePath(word).stem for test in json.loads(listing.stdout)["tests"]
-                    for word in test["command"] if word.endswith("_tests.exe")}
+        # CTest itself is not asked: a second one takes the log of the one that is running.
+        files = (BUILD / "x64/tests").rglob("CTestTestfile.cmake")
+        programs = {name for file in files for name in re.findall(r'/(\w+_tests)\.exe"', file.read_text(encoding="utf-8"))}
+        self.assertLess(10, len(programs))
         with zipfile.ZipFile(self.zip) as archive:
             suites = json.loads(archive.read("suites.json"))["suites"]
         self.assertEqual({"x64": sorted(programs), "x86": sorted(programs)}, suites)
