@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "hostile/HostileFixture.h"
 
 namespace {
@@ -19,10 +21,25 @@ double SecondsOfThisThread() {
   return Seconds(kernel) + Seconds(user);
 }
 
-// Ten times as much may cost at the most so many times as much.
-void ExpectTimesAsMuch(double most, double few, double many) {
-  EXPECT_LT(0, few) << "too little to measure";
-  EXPECT_GT(most, many / few) << few << " and " << many << " seconds";
+// The seconds for little and for ten times as much.
+struct Costs {
+  double few, many;
+};
+
+// Ten times as much costs at the most so many times as much in one of a few rounds: what else the machine does makes some of
+// them dear (its caches are everybody's), a cost that grows faster makes all of them so. Gives the number of rounds it took.
+template <class Measure>
+int ExpectTimesAsMuch(double most, Measure measure) {
+  constexpr int kRounds = 4;
+  std::ostringstream seen;
+  for (int round = 1; round <= kRounds; ++round) {
+    const Costs costs = measure();
+    if (costs.few > 0 && costs.many / costs.few < most)
+      return round;
+    seen << ' ' << costs.few << " and " << costs.many << " seconds;";
+  }
+  ADD_FAILURE() << "more than " << most << " times as much:" << seen.str();
+  return kRounds;
 }
 
 std::string Repeated(const std::string& text, int count) {
@@ -65,21 +82,23 @@ class AttackingSizeTest : public HostileTest {
 
 TEST_F(AttackingSizeTest, FortyThousandCommandsCostWhatFourThousandExplain) {
   WriteWholeFile(destination.File("a.txt"), "old");
-  const double few = SecondsOfCommands(4000);
-  const double many = SecondsOfCommands(40000);
-  ExpectTimesAsMuch(13, few, many);
+  ExpectTimesAsMuch(13, [&] {
+    const double few = SecondsOfCommands(4000);
+    return Costs{few, SecondsOfCommands(40000)};
+  });
   EXPECT_EQ("old", Written("a.txt"));
   EXPECT_EQ(Lines{}, server.Asked());
 }
 
 TEST_F(AttackingSizeTest, AHundredThousandPermittedURLsCostWhatTenThousandExplain) {
   constexpr int kTimes = 5;  // the clock is a coarse one
-  double few = 0;
-  for (int i = 0; i < kTimes; ++i)
-    few += SecondsOfURLs(10000) / kTimes;
-  const double many = SecondsOfURLs(100000);
-  ExpectTimesAsMuch(20, few, many);
-  EXPECT_EQ(Lines(kTimes + 1, "GET /control-run.xml"), server.Asked());
+  const int rounds = ExpectTimesAsMuch(20, [&] {
+    double few = 0;
+    for (int i = 0; i < kTimes; ++i)
+      few += SecondsOfURLs(10000) / kTimes;
+    return Costs{few, SecondsOfURLs(100000)};
+  });
+  EXPECT_EQ(Lines(rounds * (kTimes + 1), "GET /control-run.xml"), server.Asked());
 }
 
 TEST_F(AttackingSizeTest, ASourceOfMegabytesIsAFailedCommand) {
