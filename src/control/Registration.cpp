@@ -2,6 +2,7 @@
 
 #include <wrl/client.h>
 
+#include "common/Apartment.h"
 #include "common/ModulePath.h"
 #include "common/Text.h"
 #include "control/Module.h"
@@ -19,21 +20,6 @@ constexpr wchar_t kScriptType[] = L"REGISTRY";
 constexpr WORD kLibraryMajor = 1;
 constexpr WORD kLibraryMinor = 0;
 constexpr SYSKIND kSystem = sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32;
-
-// The registrar is a COM object, and an installer that calls the entry points may not have initialised COM.
-class ComApartment {
- public:
-  ComApartment() : initialized(CoInitialize(nullptr)) {}
-  ~ComApartment() {
-    if (SUCCEEDED(initialized))
-      CoUninitialize();
-  }
-  ComApartment(const ComApartment&) = delete;
-  ComApartment& operator=(const ComApartment&) = delete;
-
- private:
-  HRESULT initialized;
-};
 
 // Scripts put their texts in single quotes; one inside a path is written twice.
 bool DoubleQuotes(const wchar_t* path, wchar_t (&quoted)[kQuotedPathSize]) {
@@ -93,7 +79,7 @@ HRESULT RegisterFromTable() {
 }  // namespace
 
 HRESULT RegisterServer() {
-  const ComApartment apartment;
+  const Apartment apartment;  // the registrar is a COM object, and an installer may not have initialised COM
   wchar_t path[MAX_PATH];
   if (GetModuleWidePath(path)) {
     HRESULT hr = RunScript(path, &IRegistrar::ResourceRegister);
@@ -106,7 +92,7 @@ HRESULT RegisterServer() {
 }
 
 HRESULT UnregisterServer() {
-  const ComApartment apartment;
+  const Apartment apartment;
   wchar_t path[MAX_PATH];
   if (GetModuleWidePath(path)) {
     HRESULT hr = RunScript(path, &IRegistrar::ResourceUnregister);

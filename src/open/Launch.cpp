@@ -6,13 +6,13 @@
 #include <new>
 #include <utility>
 
-#include "advice/Apartment.h"
 #include "advice/Document.h"
 #include "advice/ExitCode.h"
 #include "advice/FailureReport.h"
 #include "advice/Link.h"
 #include "advice/Outcome.h"
 #include "advice/Words.h"
+#include "common/Apartment.h"
 #include "common/Handles.h"
 #include "common/ModulePath.h"
 #include "open/Browser.h"

@@ -2,10 +2,10 @@
 
 #include <new>
 
-#include "advice/Apartment.h"
 #include "advice/Document.h"
 #include "advice/ExitCode.h"
 #include "advice/Words.h"
+#include "common/Apartment.h"
 #include "common/ModulePath.h"
 #include "tool/Commands.h"
 #include "tool/Console.h"

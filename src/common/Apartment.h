@@ -2,7 +2,8 @@
 
 #include "common/Windows.h"
 
-// Puts the thread into a single-threaded apartment of COM for as long as the object lives, unless it is in one already.
+// Puts the thread into a single-threaded apartment of COM for as long as the object lives; one that is in the multithreaded
+// apartment stays there.
 class Apartment {
  public:
   Apartment() : initialized(CoInitialize(nullptr)) {}
