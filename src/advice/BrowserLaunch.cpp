@@ -31,13 +31,15 @@ std::wstring UsersChoice() {
   return choice.empty() ? ReadText(OpenKey(HKEY_CURRENT_USER, kCommandKey, kBits), nullptr) : choice;
 }
 
-LONG WriteText(const wchar_t* keyName, const wchar_t* valueName, const std::wstring& text) {
+LONG CreateKey(const wchar_t* name, RegistryKey& key) {
   HKEY created = nullptr;
-  const LONG error = RegCreateKeyExW(
-      HKEY_LOCAL_MACHINE, keyName, 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_WRITE, nullptr, &created, nullptr);
-  if (error != ERROR_SUCCESS)
-    return error;
-  const RegistryKey key(created);
+  const LONG error =
+      RegCreateKeyExW(HKEY_LOCAL_MACHINE, name, 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_WRITE, nullptr, &created, nullptr);
+  key = RegistryKey(created);
+  return error;
+}
+
+LONG WriteText(const RegistryKey& key, const wchar_t* valueName, const std::wstring& text) {
   return RegSetValueExW(key.Get(), valueName, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
                         static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
 }
@@ -57,14 +59,19 @@ BrowserLaunch ReadBrowserLaunch() {
   return launch;
 }
 
-// The command comes last: without it the system starts nothing.
+// Nothing is written before both keys are open for it, and the command, from which alone a program is started, comes last.
 LONG SwitchBrowserLaunchOn(const std::wstring& program) {
   const bool wasThere = static_cast<bool>(OpenKey(HKEY_LOCAL_MACHINE, kSchemeKey, kBits));
-  LONG error = WriteText(kSchemeKey, nullptr, L"URL:Norvik");
+  RegistryKey scheme, command;
+  LONG error = CreateKey(kSchemeKey, scheme);
   if (error == ERROR_SUCCESS)
-    error = WriteText(kSchemeKey, L"URL Protocol", L"");
+    error = CreateKey(kCommandKey, command);
   if (error == ERROR_SUCCESS)
-    error = WriteText(kCommandKey, nullptr, CommandFor(program));
+    error = WriteText(scheme, nullptr, L"URL:Norvik");
+  if (error == ERROR_SUCCESS)
+    error = WriteText(scheme, L"URL Protocol", L"");
+  if (error == ERROR_SUCCESS)
+    error = WriteText(command, nullptr, CommandFor(program));
   if (error != ERROR_SUCCESS && !wasThere)
     SHDeleteKeyW(HKEY_LOCAL_MACHINE, kSchemeKey);
   return error;

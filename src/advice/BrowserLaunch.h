@@ -20,7 +20,7 @@ struct BrowserLaunch {
 BrowserLaunch ReadBrowserLaunch();
 
 // Registers the program (a full path) for links, for all users. Gives an error of the system: ERROR_ACCESS_DENIED when the
-// caller is no administrator. After an error nothing has changed.
+// caller is no administrator. After an error links start what they started before.
 LONG SwitchBrowserLaunchOn(const std::wstring& program);
 
 // Takes the registration away, whoever made it. ERROR_SUCCESS also when there was none; else as above.

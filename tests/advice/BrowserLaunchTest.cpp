@@ -75,16 +75,19 @@ TEST_F(BrowserLaunchTest, TheUsersEntriesAndChoiceAreRead) {
   EXPECT_EQ(L"Mine.Links", ReadBrowserLaunch().usersChoice);
 }
 
-// The three texts that make the registration: what becomes of it when the system refuses one.
+// The two keys and the three texts that make the registration: what becomes of it when the system refuses one.
+constexpr int kKeys = 2;
+constexpr int kTexts = 3;
+
 class RefusedStepTest : public BrowserLaunchTest, public testing::WithParamInterface<int> {
  protected:
   static LONG SwitchOnWithoutRights() {
     const auto denied = static_cast<LONG>(ERROR_ACCESS_DENIED);
-    if (GetParam() < 3) {
+    if (GetParam() < kKeys) {
       PATCH_IMPORT(noKey, RegCreateKeyExW, FailCall(GetParam() + 1, denied, ERROR_ACCESS_DENIED));
       return SwitchBrowserLaunchOn(kProgram);
     }
-    PATCH_IMPORT(noValue, RegSetValueExW, FailCall(GetParam() - 2, denied, ERROR_ACCESS_DENIED));
+    PATCH_IMPORT(noValue, RegSetValueExW, FailCall(GetParam() - kKeys + 1, denied, ERROR_ACCESS_DENIED));
     return SwitchBrowserLaunchOn(kProgram);
   }
 };
@@ -96,7 +99,7 @@ TEST_P(RefusedStepTest, LeavesNothingBehind) {
   EXPECT_EQ("none", MachineText(kSchemeCommand, nullptr));
 }
 
-TEST_P(RefusedStepTest, LeavesAnEarlierRegistrationAsItWas) {
+TEST_P(RefusedStepTest, LeavesWhatAnEarlierRegistrationStarts) {
   EXPECT_EQ(ERROR_SUCCESS, SwitchBrowserLaunchOn(L"C:\\Earlier\\norvikopen.exe"));
   EXPECT_EQ(ERROR_ACCESS_DENIED, SwitchOnWithoutRights());
   EXPECT_EQ("URL:Norvik", MachineText(kScheme, nullptr));
@@ -104,9 +107,18 @@ TEST_P(RefusedStepTest, LeavesAnEarlierRegistrationAsItWas) {
   EXPECT_EQ(kEarlierCommand, MachineText(kSchemeCommand, nullptr));
 }
 
-INSTANTIATE_TEST_SUITE_P(, RefusedStepTest, testing::Range(0, 6), [](const testing::TestParamInfo<int>& step) {
-  return (step.param < 3 ? "Key" : "Value") + std::to_string(step.param % 3 + 1);
+INSTANTIATE_TEST_SUITE_P(, RefusedStepTest, testing::Range(0, kKeys + kTexts), [](const auto& step) {
+  return step.param < kKeys ? "Key" + std::to_string(step.param + 1) : "Text" + std::to_string(step.param - kKeys + 1);
 });
+
+TEST_F(BrowserLaunchTest, ARefusedKeyChangesNothingOfSomebodyElses) {
+  WriteRegistryText(HKEY_LOCAL_MACHINE, kScheme, nullptr, "URL:Other");
+  const auto denied = static_cast<LONG>(ERROR_ACCESS_DENIED);
+  PATCH_IMPORT(noKey, RegCreateKeyExW, FailCall(kKeys, denied, ERROR_ACCESS_DENIED));
+  EXPECT_EQ(ERROR_ACCESS_DENIED, SwitchBrowserLaunchOn(kProgram));
+  EXPECT_EQ("URL:Other", MachineText(kScheme, nullptr));
+  EXPECT_EQ("none", MachineText(kScheme, "URL Protocol"));
+}
 
 TEST_F(BrowserLaunchTest, OffWithoutRightsChangesNothing) {
   EXPECT_EQ(ERROR_SUCCESS, SwitchBrowserLaunchOn(kProgram));
