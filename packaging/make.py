@@ -1,6 +1,6 @@
 """Makes all packages of a release from what was built. scripts/package calls it.
 
-Usage: make.py [--output FOLDER] [--minor-upgrade-of VERSION] [--sign CERTIFICATE --key KEY [--authority FILE]
+Usage: make.py [--check] [--output FOLDER] [--minor-upgrade-of VERSION] [--sign CERTIFICATE --key KEY [--authority FILE]
 [--pkcs11-module FILE] [--timestamp URL]]
 """
 
@@ -28,6 +28,7 @@ BESIDE = (*(f"{name}.map" for name in CODE), "src/control/generated/norvik.rgs",
 
 def arguments():
     parser = argparse.ArgumentParser(prog="package", description="Makes all packages of a release below build/packages.")
+    parser.add_argument("--check", action="store_true", help="make nothing, only tell what stands against it")
     parser.add_argument("--output", type=pathlib.Path, default=ROOT / "build/packages", metavar="FOLDER")
     parser.add_argument("--minor-upgrade-of", metavar="VERSION", help="keep that version's product code")
     parser.add_argument("--sign", metavar="CERTIFICATE", help="sign code and packages; the file has the chain, too")
@@ -48,6 +49,14 @@ def check_version(version, root=ROOT):
     log = root / "CHANGELOG.md"
     if not log.is_file() or not re.search(rf"^## {re.escape(version)}(\s|$)", log.read_text(encoding="utf-8"), re.MULTILINE):
         raise Failure(f"CHANGELOG.md has no entry for the version {version}.")
+
+
+def check_files(options):
+    """What a signature needs is looked for before time is spent on what it would sign."""
+    key_file = None if options.key and options.key.startswith("pkcs11:") else options.key
+    for name in (options.sign, key_file, options.authority, options.pkcs11_module):
+        if name and not pathlib.Path(name).is_file():
+            raise Failure(f"{name} is no file.")
 
 
 def epoch_of_sources():
@@ -106,6 +115,9 @@ def main():
     options = arguments()
     version = product.project("VERSION")
     check_version(version)
+    check_files(options)
+    if options.check:
+        return
     epoch = epoch_of_sources()
     sign = signer(options, epoch)
     with tempfile.TemporaryDirectory(dir=ROOT / "build") as name:

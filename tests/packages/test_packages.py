@@ -260,6 +260,18 @@ class CommandTest(Folders):
             self.assertEqual(2, done.returncode)
             self.assertFalse((self.folder / "made").exists())
 
+    def test_a_check_makes_nothing(self):
+        sign = signer()
+        words = ["--check", "--sign", sign.certificate, "--key", sign.key]
+        self.assertEqual(0, self.run_make(*words).returncode)
+        self.assertEqual(0, self.run_make(*words[:-1], "pkcs11:token=t;object=o").returncode)
+        missing = str(self.folder / "missing.pem")
+        for wrong in ([*words[:-1], missing], ["--check", "--sign", missing, "--key", sign.key], [*words, "--authority", missing],
+                      [*words, "--pkcs11-module", missing]):
+            done = self.run_make(*wrong)
+            self.assertEqual((1, f"error: {missing} is no file.\n"), (done.returncode, done.stderr))
+        self.assertFalse((self.folder / "made").exists())
+
     def test_a_version_without_an_entry_is_refused(self):
         (self.folder / "CHANGELOG.md").write_text("# Changes\n\n## 2.0.1\n\nText about 3.0.0.\n", encoding="ascii")
         make.check_version("2.0.1", self.folder)
