@@ -34,15 +34,19 @@ class Install32Test(InstallTest):
 
 
 class FeatureTest(Case):
-    def test_one_feature_alone_and_the_others_later(self):
-        self.install(VERSION, "ADDLOCAL=Module64")
-        self.expect_files({"Module64"})
+    def test_some_features_and_the_others_later(self):
+        self.install(VERSION, "ADDLOCAL=Module32,Program")
+        self.expect_files({"Module32", "Program"})
+        self.expect_no_control()
+        self.install(VERSION, "ADDLOCAL=Module64,Documents")
+        self.expect_files({"Module64", "Module32", "Program", "Documents"})
         self.permit_64()
         self.expect_running()
-        self.install(VERSION, "ADDLOCAL=Module32,Documents")
-        self.expect_files({"Module64", "Module32", "Documents"}, and_also=[str(PROGRAM_FILES / "Norvik/permit.xml")])
-        self.install(VERSION, "REMOVE=Module64,Documents")
-        self.expect_files({"Module32"}, and_also=[str(PROGRAM_FILES / "Norvik/permit.xml")])
+        permit = [str(PROGRAM_FILES / "Norvik/permit.xml")]
+        self.install(VERSION, "REMOVE=Documents")
+        self.expect_files({"Module64", "Module32", "Program"}, and_also=permit)
+        self.install(VERSION, "REMOVE=Module64,Program")
+        self.expect_files({"Module32"}, and_also=permit)
         self.expect_no_control()
         keys = self.new_keys()
         self.assertIn("software\\classes\\norvik.axnorvik", keys, "both modules need it")
@@ -60,17 +64,17 @@ class FeatureTest(Case):
 
 
 class FolderTest(Case):
-    FOLDERS = ("INSTALLDIR=C:\\Tools\\Wide", "INSTALLDIR32=C:\\Tools\\Narrow")
+    FOLDERS = ("INSTALLDIR=C:\\Tools\\Wide", 'INSTALLDIR32="C:\\Tools\\Narrow 32"')
 
     def chosen(self):
         return sorted(path.relative_to(self.machine.drive).as_posix() for path in self.machine.path("Tools").glob("*/norvik.*"))
 
     def folders(self):
-        return {"x64": PROGRAM_FILES.parent / "Tools/Wide", "x86": PROGRAM_FILES_X86.parent / "Tools/Narrow"}
+        return {"x64": PROGRAM_FILES.parent / "Tools/Wide", "x86": PROGRAM_FILES_X86.parent / "Tools/Narrow 32"}
 
     def test_chosen_folders_are_remembered_until_nothing_is_left(self):
         self.install(EARLIER, *self.FOLDERS)
-        self.assertEqual(["Tools/Narrow/norvik.dll", "Tools/Wide/norvik.dll", "Tools/Wide/norvik.exe"], self.chosen())
+        self.assertEqual(["Tools/Narrow 32/norvik.dll", "Tools/Wide/norvik.dll", "Tools/Wide/norvik.exe"], self.chosen())
         self.permit()
         self.expect_running()
         self.install(VERSION)
@@ -98,7 +102,7 @@ class FolderTest(Case):
         self.install(VERSION, "INSTALLDIR=C:\\Other", code=1603)
         self.assertIn('It is installed in "C:\\Tools\\Wide"', self.machine.log())
         self.install(VERSION, "INSTALLDIR32=C:\\Other", code=1603)
-        self.assertIn('It is installed in "C:\\Tools\\Narrow"', self.machine.log())
+        self.assertIn('It is installed in "C:\\Tools\\Narrow 32"', self.machine.log())
         self.install(VERSION, *self.FOLDERS)
         self.assertEqual(files, self.chosen())
         self.assertFalse(self.machine.path("Other").exists())
