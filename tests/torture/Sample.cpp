@@ -20,9 +20,9 @@ std::uint32_t Mix(std::size_t scenario, std::size_t number) {
   return mixed ^ (mixed >> 16);
 }
 
-// Of two scenarios that stand side by side, a kind has its turn in one.
+// Of four scenarios that stand side by side, a kind has its turn in one.
 bool IsTurnOf(const std::string& kind, std::size_t scenario) {
-  return (Mix(std::hash<std::string>()(kind), 0) + scenario) % 2 == 0;
+  return (Mix(std::hash<std::string>()(kind), 0) + scenario) % 4 == 0;
 }
 
 std::set<std::size_t> ChooseSample(const std::vector<FallibleCall>& calls, std::size_t scenario, std::uint32_t stride) {
