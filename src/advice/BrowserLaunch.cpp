@@ -62,7 +62,8 @@ BrowserLaunch ReadBrowserLaunch() {
 // Nothing is written before both keys are open for it, and the command, from which alone a program is started, comes last.
 LONG SwitchBrowserLaunchOn(const std::wstring& program) {
   const bool wasThere = static_cast<bool>(OpenKey(HKEY_LOCAL_MACHINE, kSchemeKey, kBits));
-  RegistryKey scheme, command;
+  RegistryKey scheme;
+  RegistryKey command;
   LONG error = CreateKey(kSchemeKey, scheme);
   if (error == ERROR_SUCCESS)
     error = CreateKey(kCommandKey, command);
