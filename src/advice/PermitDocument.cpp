@@ -1,5 +1,6 @@
 #include "advice/PermitDocument.h"
 
+#include <algorithm>
 #include <map>
 #include <new>
 
@@ -81,16 +82,15 @@ void PermitDocument::PairEntries() {
       else if (element.name != "URL")
         continue;
       entry.item = pairs.Next(element.name);
-      if (entry.item)
-        numbers[entry.item] = entries.size();
       entries.push_back(std::move(entry));
     }
   }
 }
 
 const PermitEntry* PermitDocument::EntryOf(const CListItem* item) const {
-  const auto found = numbers.find(item);
-  return found == numbers.end() ? nullptr : &entries[found->second];
+  const auto found =
+      std::find_if(entries.begin(), entries.end(), [&](const PermitEntry& entry) { return item && entry.item == item; });
+  return found == entries.end() ? nullptr : &*found;
 }
 
 std::wstring DefaultPermitPath() {

@@ -4,7 +4,6 @@
 
 #include <memory>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "advice/LocalDocument.h"
@@ -66,7 +65,6 @@ class PermitDocument {
   HRESULT code = S_OK;
   std::string complaint;
   std::vector<PermitEntry> entries;
-  std::unordered_map<const CListItem*, std::size_t> numbers;  // of the entries
 };
 
 // The permission file beside the program.
