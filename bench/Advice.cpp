@@ -8,6 +8,7 @@
 #include "advice/PermitFindings.h"
 #include "advice/Words.h"
 #include "support/Files.h"
+#include "support/Program.h"
 #include "support/Stopwatch.h"
 #include "xml/XMLUtilities.h"
 
@@ -38,6 +39,21 @@ void LoadWithParser(const std::string& path) {
           "the parser did not load " + path);
 }
 
+constexpr wchar_t kRefused[] = L"https://apps.example.com/other/a.txt";
+
+void ExplainAsLibrary(const std::wstring& permitFile) {
+  const PermitDocument permit(permitFile);
+  const Answer answer = Explain(permit, {QuestionKind::Source, kRefused, FolderKind::Path});
+  Require(answer.nearest.has_value(), "no entry is nearest");
+}
+
+// From the start of its process to the end of it.
+void ExplainAsProgram(const Host& host, const std::wstring& permitFile) {
+  const ProgramResult result = RunProgram(
+      host.Folder().File("norvik.exe"), {L"explain", L"--permit", permitFile, L"--source", kRefused}, host.Folder().Path());
+  Require(result.code == 1 && result.output.find("line ") != std::string::npos, "norvik.exe did not explain the refusal");
+}
+
 void MeasureAdviceOn(int entries) {
   Host host;
   AddEntries(host.Permit(), entries);
@@ -46,11 +62,9 @@ void MeasureAdviceOn(int entries) {
   const std::wstring path = WideFromAnsi(host.Permit().Path().c_str());
   const std::string number = std::to_string(entries);
   ReportFastest(number + " control", [&] { Require(host.MakeControl() != nullptr, "no control was made"); });
-  ReportFastest(number + " explain", [&] {
-    const PermitDocument permit(path);
-    const Answer answer = Explain(permit, {QuestionKind::Source, L"https://apps.example.com/other/a.txt", FolderKind::Path});
-    Require(answer.nearest.has_value(), "no entry is nearest");
-  });
+  ReportFastest(number + " explain", [&] { ExplainAsLibrary(path); });
+  CopyBuilt("norvik.exe", host.Folder().Path());
+  ReportFastest(number + " program", [&] { ExplainAsProgram(host, path); });
   const std::string text = WriteTextOf(host.Folder(), ReadWholeFile(host.Permit().Path()).size());
   ReportFastest(number + " reading", [&] { LoadWithParser(text); });
   ReportFastest(number + " check", [&] { Require(!FindingsOf(PermitDocument(path)).empty(), "nothing was found"); });
