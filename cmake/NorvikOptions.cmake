@@ -29,6 +29,11 @@ target_link_options(norvik_link INTERFACE
   -Wl,--dynamicbase -Wl,--nxcompat
   $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},8>:-Wl,--high-entropy-va>)
 
+# Test programs have a linker that is ten times as fast.
+add_library(norvik_test_link INTERFACE)
+target_link_libraries(norvik_test_link INTERFACE norvik_link)
+target_link_options(norvik_test_link INTERFACE "SHELL:-wrapper ${CMAKE_SOURCE_DIR}/cmake/link")
+
 # The programs beside the module are processes of their own, and use the standard library as it is meant.
 add_library(norvik_program_compile INTERFACE)
 target_link_libraries(norvik_program_compile INTERFACE norvik_compile)
@@ -39,16 +44,25 @@ function(norvik_map name)
   target_link_options(${name} PRIVATE -Wl,-Map=${CMAKE_BINARY_DIR}/$<TARGET_FILE_NAME:${name}>.map)
 endfunction()
 
-# norvik_folder(NAME [PROGRAM] SOURCES ... USES ...): the static library of one folder below src/, of the module or, with
-# PROGRAM, of what stands beside it. USES names the folders and the system libraries that it builds on.
+# norvik_folder(NAME [PROGRAM] SOURCES ... USES ... [HEADERS ...]): the static library of one folder below src/, of the module
+# or, with PROGRAM, of what stands beside it. USES names the folders and the system libraries that it builds on. HEADERS are
+# compiled once for all files of the folder, and stand before each; a folder that names none has those of common or, with
+# PROGRAM, of advice. A file includes all the same what it needs: clang-tidy compiles it without them.
 function(norvik_folder name)
-  cmake_parse_arguments(ARG "PROGRAM" "" "SOURCES;USES" ${ARGN})
+  cmake_parse_arguments(ARG "PROGRAM" "" "SOURCES;USES;HEADERS" ${ARGN})
   set(compile norvik_module_compile)
+  set(headers_of common)
   if(ARG_PROGRAM)
     set(compile norvik_program_compile)
+    set(headers_of advice)
   endif()
   add_library(${name} STATIC ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${compile} PUBLIC ${ARG_USES})
+  if(ARG_HEADERS)
+    target_precompile_headers(${name} PRIVATE ${ARG_HEADERS})
+  else()
+    target_precompile_headers(${name} REUSE_FROM ${headers_of})
+  endif()
 endfunction()
 
 # norvik_program(TARGET NAME DESCRIPTION SUBSYSTEM LIBRARY): the program build/<width>/NAME.exe from Main.cpp and the folder's

@@ -8,17 +8,21 @@ from cached_jobs import ROOT
 
 
 class Compilation:
-    """The compiler and the arguments that matter to a reader of the file: macros, include folders, language, warnings."""
+    """The compiler and the arguments that matter to a reader of the file: macros, include folders, language, warnings. What
+    makes the compiler take the headers that were compiled beforehand stands apart."""
 
     def __init__(self, entry):
         words = shlex.split(entry["command"])
         self.file = pathlib.Path(entry["file"]).resolve()
         self.compiler = words[0]
         self.arguments = []
+        self.precompiled = []
         words = iter(words[1:])
         for word in words:
             if word in ("-o", "-c"):
                 next(words)
+            elif word == "-include":
+                self.precompiled += [word, next(words)]
             elif not word.startswith("-ffile-prefix-map"):
                 self.arguments.append(word)
 

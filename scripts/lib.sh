@@ -16,14 +16,13 @@ die() {
 readonly build_packages=(cmake ninja-build g++-mingw-w64-x86-64 g++-mingw-w64-i686 mingw-w64-tools libwine-dev python3
   libcli11-dev nlohmann-json3-dev libfmt-dev)
 readonly wine_packages=(wine wine64)
-readonly test_packages=(libgtest-dev openssl rapidjson-dev)
+readonly test_packages=(libgtest-dev lld openssl rapidjson-dev)
 readonly lint_packages=(clang-format clang-tidy cppcheck shellcheck libxml2-utils)
 readonly page_packages=(nodejs node-acorn)
 readonly server_packages=(nginx-light)
 readonly bench_packages=(curl)
 readonly wine32_packages=(debootstrap bubblewrap)
 readonly fuzz_packages=(clang libclang-rt-dev llvm)
-readonly mutate_packages=(lld)
 readonly package_packages=(wixl msitools osslsigncode)
 readonly browser_packages=(chromium chromium-driver firefox-esr xvfb xdg-utils xdotool imagemagick python3-selenium bubblewrap)
 

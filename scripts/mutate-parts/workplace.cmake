@@ -5,9 +5,6 @@ set(mutate_parts ${CMAKE_CURRENT_LIST_DIR})
 # When all targets are there.
 function(norvik_prepare_workplace)
   target_compile_options(norvik_module_compile INTERFACE -w)   # a change may leave a variable unused
-  # Test programs only: the module stays what its own linker makes of it.
-  target_link_options(norvik_link INTERFACE
-    $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-wrapper$<SEMICOLON>${mutate_parts}/link>)
   if(NOT NORVIK_TELL_FUNCTIONS)
     return()
   endif()
