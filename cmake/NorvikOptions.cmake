@@ -32,7 +32,7 @@ target_link_options(norvik_link INTERFACE
 # Test programs have a linker that is ten times as fast.
 add_library(norvik_test_link INTERFACE)
 target_link_libraries(norvik_test_link INTERFACE norvik_link)
-target_link_options(norvik_test_link INTERFACE "SHELL:-wrapper ${CMAKE_SOURCE_DIR}/cmake/link")
+target_link_options(norvik_test_link INTERFACE "SHELL:-wrapper ${CMAKE_SOURCE_DIR}/scripts/link-test-program")
 
 # The programs beside the module are processes of their own, and use the standard library as it is meant.
 add_library(norvik_program_compile INTERFACE)

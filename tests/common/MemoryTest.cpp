@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr DWORD kErrorBefore = 4711;
+constexpr DWORD kEarlierError = 4711;
 
 TEST(MemoryTest, MemoryComesFromTheProcessHeapAsItIsAskedFor) {
   std::vector<SIZE_T> sizes;
@@ -54,9 +54,9 @@ TEST(MemoryTest, GivingMemoryBackKeepsTheLastError) {
     return isFreed;
   });
   void* const memory = ::operator new(8, std::nothrow);
-  SetLastError(kErrorBefore);
+  SetLastError(kEarlierError);
   ::operator delete(memory);
-  EXPECT_EQ(kErrorBefore, GetLastError());
+  EXPECT_EQ(kEarlierError, GetLastError());
 }
 
 }  // namespace

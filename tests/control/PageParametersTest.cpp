@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr char kCommandFailed[] = "ERROR At least one command failed executing <PARAM> manifest failed on ActiveX startup.";
+constexpr char kStartFailed[] = "ERROR At least one command failed executing <PARAM> manifest failed on ActiveX startup.";
 
 class PageParametersTest : public ControlTest {
  protected:
@@ -50,7 +50,7 @@ TEST_F(PageParametersTest, AManifestSetByScriptRunsWhenParametersWithoutOneAreLo
 TEST_F(PageParametersTest, AFailedCommandIsLoggedAsAnErrorOfTheStart) {
   EXPECT_HRESULT(S_FALSE, LoadManifest(CopyRefused() + Copy("b.txt")));
   EXPECT_EQ("b.txt", NamesIn(destination.Path()));
-  EXPECT_EQ(kCommandFailed, LastMessage(kRunLog));
+  EXPECT_EQ(kStartFailed, LastMessage(kRunLog));
   EXPECT_EQ("axNorvik", LastEntry(kRunLog).file);
 }
 
@@ -177,7 +177,7 @@ TEST_F(PageParametersTest, AControlMayGoAwayWithSomethingPending) {
 TEST_F(PageParametersTest, DebugLoggingIsSwitchedOffBeforeTheManifestRuns) {
   bag.properties[L"LogDebug"] = Variant::Text("false");
   EXPECT_HRESULT(S_FALSE, LoadManifest(CopyRefused()));
-  EXPECT_EQ(kCommandFailed, LastMessage(kRunLog));
+  EXPECT_EQ(kStartFailed, LastMessage(kRunLog));
   EXPECT_EQ(Codes{}, ErrorTraces(kRunLog));
   for (const LogEntry& entry : Entries(kRunLog))
     EXPECT_EQ(0, entry.line);

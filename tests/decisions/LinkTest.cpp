@@ -21,7 +21,7 @@
 namespace {
 
 constexpr char kManifest[] = "/decisions.xml";
-constexpr char kSource[] = "source.txt";
+constexpr char kSourceName[] = "source.txt";
 
 std::string ManifestOf(const std::string& commands) {
   return "<?xml version=\"1.0\"?>\r\n<!DOCTYPE VantorManifest SYSTEM \"manifest.dtd\">\r\n<VantorManifest "
@@ -106,7 +106,7 @@ class LinkPermissionTest : public testing::TestWithParam<PermissionGroup> {
       destination = Target("permitted.txt");
     } else if (vector.kind == "extension") {
       const std::string extension = places.Fill(vector.asked);
-      source = runFolder + kSource;
+      source = runFolder + kSourceName;
       destination = Target(vector.fileName ? *vector.fileName : extension.empty() ? "name" : "name." + extension);
     } else {
       destination = "<Destination>" + XmlElement(vector.folder.first, places.Fill(vector.folder.second)) + "</Destination>";

@@ -15,8 +15,6 @@
 
 namespace {
 
-constexpr HRESULT kAnyFailure = static_cast<HRESULT>(0x80041234);
-
 struct Collector {
   const char* element;
   HRESULT (*collect)(IXMLDOMDocument2*, std::unique_ptr<CListItem>*);

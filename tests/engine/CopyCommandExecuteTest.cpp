@@ -24,10 +24,6 @@ using Texts = std::vector<std::string>;
 
 const std::string kFailed = "'Copy' command failed.";
 
-std::string Text(const char* text) {
-  return text ? text : "(null)";
-}
-
 class CopyCommandExecuteTest : public testing::Test {
  protected:
   CopyCommandExecuteTest() { fixture.WriteSource("a.txt", "new"); }
@@ -59,9 +55,9 @@ TEST_F(CopyCommandExecuteTest, CopiesAFile) {
 TEST_F(CopyCommandExecuteTest, RecordsTheFileThatWasWritten) {
   const auto command = Read("a.txt");
   ASSERT_HRESULT(S_OK, Run(*command));
-  EXPECT_EQ("file://" + fixture.Source("a.txt"), Text(command->GetSourceText()));
-  EXPECT_EQ("a.txt", Text(command->GetFileName()));
-  EXPECT_EQ(fixture.destination.Path(), Text(command->GetFolder()));
+  EXPECT_EQ("file://" + fixture.Source("a.txt"), TextOf(command->GetSourceText()));
+  EXPECT_EQ("a.txt", TextOf(command->GetFileName()));
+  EXPECT_EQ(fixture.destination.Path(), TextOf(command->GetFolder()));
 }
 
 TEST_F(CopyCommandExecuteTest, UsesNeitherContextNorNavigateURL) {
@@ -131,7 +127,7 @@ TEST_F(CopyCommandExecuteTest, NeedsPermissions) {
   const LogCapture log;
   EXPECT_HRESULT(E_INVALIDARG, command->Execute(0, nullptr, nullptr));
   EXPECT_EQ(Texts{"ERROR 0x80070057 'Copy' command missing 'Permissions' parameter."}, log.Messages());
-  EXPECT_EQ("a.txt", Text(command->GetFileName()));
+  EXPECT_EQ("a.txt", TextOf(command->GetFileName()));
   EXPECT_EQ("", Names());
 }
 
@@ -145,8 +141,8 @@ TEST_F(CopyCommandExecuteTest, ARefusedSourceIsNotRead) {
       (Texts{"ERROR 0x80070005 URL '" + elsewhere.File("a.txt") + "' is not permitted.", "ERROR 0x80070005 " + kFailed}),
       FirstLines(log.Messages()));
   EXPECT_EQ("", Names());
-  EXPECT_EQ("(null)", Text(command->GetSourceText()));
-  EXPECT_EQ("(null)", Text(command->GetFolder()));
+  EXPECT_EQ("(null)", TextOf(command->GetSourceText()));
+  EXPECT_EQ("(null)", TextOf(command->GetFolder()));
 }
 
 TEST_F(CopyCommandExecuteTest, ARefusedDestinationIsNotMade) {
@@ -225,10 +221,10 @@ TEST_F(CopyCommandExecuteTest, TheFileNameElementDoesNotNameTheFile) {
   fixture.WriteSource("setup.exe", "x");
   const auto command =
       ReadElement(CopyElement(fixture.Source("setup.exe"), "<FileName>other.exe</FileName>" + fixture.PathElement()));
-  EXPECT_EQ("other.exe", Text(command->GetFileName()));
+  EXPECT_EQ("other.exe", TextOf(command->GetFileName()));
   EXPECT_HRESULT(S_OK, Run(*command));
   EXPECT_EQ("setup.exe", Names());
-  EXPECT_EQ("setup.exe", Text(command->GetFileName()));
+  EXPECT_EQ("setup.exe", TextOf(command->GetFileName()));
 }
 
 TEST_F(CopyCommandExecuteTest, TheSecondRunChecksTheExtensionOfTheFileThatWasWritten) {
@@ -239,8 +235,8 @@ TEST_F(CopyCommandExecuteTest, TheSecondRunChecksTheExtensionOfTheFileThatWasWri
   const LogCapture log(false);
   EXPECT_HRESULT(E_ACCESSDENIED, Run(*command));
   EXPECT_EQ("ERROR 0x80070005 Extension 'bin' is not permitted.", FirstLines(log.Messages()).at(0));
-  EXPECT_EQ("(null)", Text(command->GetSourceText()));
-  EXPECT_EQ("(null)", Text(command->GetFolder()));
+  EXPECT_EQ("(null)", TextOf(command->GetSourceText()));
+  EXPECT_EQ("(null)", TextOf(command->GetFolder()));
 }
 
 TEST_F(CopyCommandExecuteTest, ASecondRunCopiesAgain) {
@@ -249,7 +245,7 @@ TEST_F(CopyCommandExecuteTest, ASecondRunCopiesAgain) {
   fixture.WriteSource("a.txt", "newer");
   EXPECT_HRESULT(S_OK, Run(*command));
   EXPECT_EQ("newer", ReadWholeFile(fixture.Destination("a.txt")));
-  EXPECT_EQ(fixture.destination.Path(), Text(command->GetFolder()));
+  EXPECT_EQ(fixture.destination.Path(), TextOf(command->GetFolder()));
 }
 
 TEST_F(CopyCommandExecuteTest, MakesTheFoldersOfItsDestination) {
@@ -257,7 +253,7 @@ TEST_F(CopyCommandExecuteTest, MakesTheFoldersOfItsDestination) {
   const auto command = ReadElement(CopyElement(fixture.Source("a.txt"), "<Path>" + folder + "</Path>"));
   EXPECT_HRESULT(S_OK, Run(*command));
   EXPECT_EQ("new", ReadWholeFile(folder + "\\a.txt"));
-  EXPECT_EQ(folder, Text(command->GetFolder()));
+  EXPECT_EQ(folder, TextOf(command->GetFolder()));
 }
 
 TEST_F(CopyCommandExecuteTest, AFolderThatCannotBeMadeIsAFailure) {
@@ -268,7 +264,7 @@ TEST_F(CopyCommandExecuteTest, AFolderThatCannotBeMadeIsAFailure) {
   EXPECT_HRESULT(static_cast<HRESULT>(0x80070070), Run(*command));
   EXPECT_EQ(
       (Texts{"ERROR 0x80070070 Failed to create path '" + folder + "'.", "ERROR 0x80070070 " + kFailed}), log.Messages());
-  EXPECT_EQ("(null)", Text(command->GetFolder()));
+  EXPECT_EQ("(null)", TextOf(command->GetFolder()));
 }
 
 TEST_F(CopyCommandExecuteTest, AFileInTheWayOfTheFolderIsAFailure) {
@@ -290,9 +286,9 @@ TEST_F(CopyCommandExecuteTest, AMissingSourceIsAFailureThatStillNamesTheFile) {
       (Texts{"ERROR 0x80070002 Opening '" + fixture.Source("missing.txt") + "' failed.", "ERROR 0x80070002 " + kFailed}),
       log.Messages());
   EXPECT_EQ("", Names());
-  EXPECT_EQ("file://" + fixture.Source("missing.txt"), Text(command->GetSourceText()));
-  EXPECT_EQ("missing.txt", Text(command->GetFileName()));
-  EXPECT_EQ(fixture.destination.Path(), Text(command->GetFolder()));
+  EXPECT_EQ("file://" + fixture.Source("missing.txt"), TextOf(command->GetSourceText()));
+  EXPECT_EQ("missing.txt", TextOf(command->GetFileName()));
+  EXPECT_EQ(fixture.destination.Path(), TextOf(command->GetFolder()));
 }
 
 TEST_F(CopyCommandExecuteTest, ASourceWithoutAFileNameCopiesNothing) {

@@ -11,9 +11,6 @@
 
 namespace {
 
-constexpr HRESULT kAnyFailure = static_cast<HRESULT>(0x80041234);
-constexpr char kWebSource[] = "http://server/d/setup.exe";
-
 // A command whose destination is read from `destination`.
 std::unique_ptr<CCopyCommand> ReadFrom(const std::string& destination, const std::string& source = kWebSource) {
   HRESULT hr = E_UNEXPECTED;

@@ -21,9 +21,6 @@
 
 namespace {
 
-constexpr HRESULT kAnyFailure = static_cast<HRESULT>(0x80041234);
-constexpr char kWebSource[] = "http://server/d/setup.exe";
-
 // A command with the code of its construction.
 struct ReadCommand {
   explicit ReadCommand(IXMLDOMNode* node) : command(node, &result) {}
@@ -34,10 +31,6 @@ struct ReadCommand {
 };
 
 // What a text field holds; "(null)" without one.
-std::string Text(const char* text) {
-  return text ? text : "(null)";
-}
-
 TEST(CopyCommandReadTest, NeedsAnElement) {
   const LogCapture log;
   const ReadCommand read(nullptr);
@@ -65,7 +58,7 @@ TEST(CopyCommandReadTest, ACommandWithoutAnElementHasTheDefaults) {
 TEST(CopyCommandReadTest, ThePlaceForTheResultMayBeMissing) {
   const CCopyCommand command(ParseElement(CopyElement(kWebSource, "<Temp/>")).Get(), nullptr);
   EXPECT_HRESULT(S_OK, command.GetReadingCode());
-  EXPECT_EQ("setup.exe", Text(command.GetFileName()));
+  EXPECT_EQ("setup.exe", TextOf(command.GetFileName()));
 }
 
 TEST(CopyCommandReadTest, ASmallElementIsReadWithoutALogLine) {
@@ -104,7 +97,7 @@ TEST(CopyCommandReadTest, AnEmptySourceIsALocalNameThatIsNone) {
   const ReadCommand read(CopyElement("", "<Temp/>"));
   EXPECT_HRESULT(S_OK, read.result);
   EXPECT_STREQ("file://", read.command.GetSource()->GetURL());
-  EXPECT_EQ("", Text(read.command.GetFileName()));
+  EXPECT_EQ("", TextOf(read.command.GetFileName()));
 }
 
 TEST(CopyCommandReadTest, ASourceThatCannotBeAllocatedIsABadPointer) {
@@ -262,7 +255,7 @@ TEST(CopyCommandReadTest, TheReadingHasTheCodeOfTheDestination) {
   const ReadCommand read(CopyElement(kWebSource, "<Personal/>", "<NotFoundHTML>x</NotFoundHTML>"));
   EXPECT_HRESULT(S_FALSE, read.result);
   EXPECT_STREQ("C:\\", read.command.GetDestination()->GetPath());
-  EXPECT_EQ("x", Text(read.command.GetNotFoundText()));
+  EXPECT_EQ("x", TextOf(read.command.GetNotFoundText()));
 }
 
 // No part of the source is as long as the object is large, in either width.
@@ -292,7 +285,7 @@ class CopyCommandFileNameTest : public testing::TestWithParam<FileNameRow> {};
 TEST_P(CopyCommandFileNameTest, IsRead) {
   const ReadCommand read(CopyElement(GetParam().source, GetParam().destination));
   EXPECT_HRESULT(S_OK, read.result);
-  EXPECT_EQ(GetParam().fileName, Text(read.command.GetFileName()));
+  EXPECT_EQ(GetParam().fileName, TextOf(read.command.GetFileName()));
   EXPECT_EQ(GetParam().transferFlags, read.command.GetTransferFlags());
 }
 
@@ -317,15 +310,15 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(CopyCommandReadTest, ANotFoundTextIsKeptAsItStands) {
   const ReadCommand read(CopyElement(kWebSource, "<Temp/>", "<NotFoundHTML>Not &lt;b&gt;found %s</NotFoundHTML>"));
-  EXPECT_EQ("Not <b>found %s", Text(read.command.GetNotFoundText()));
+  EXPECT_EQ("Not <b>found %s", TextOf(read.command.GetNotFoundText()));
 }
 
 TEST(CopyCommandReadTest, AnAbsentNotFoundTextIsNull) {
-  EXPECT_EQ("(null)", Text(ReadCommand(CopyElement(kWebSource, "<Temp/>")).command.GetNotFoundText()));
+  EXPECT_EQ("(null)", TextOf(ReadCommand(CopyElement(kWebSource, "<Temp/>")).command.GetNotFoundText()));
 }
 
 TEST(CopyCommandReadTest, AnEmptyNotFoundTextIsEmpty) {
-  EXPECT_EQ("", Text(ReadCommand(CopyElement(kWebSource, "<Temp/>", "<NotFoundHTML/>")).command.GetNotFoundText()));
+  EXPECT_EQ("", TextOf(ReadCommand(CopyElement(kWebSource, "<Temp/>", "<NotFoundHTML/>")).command.GetNotFoundText()));
 }
 
 TEST(CopyCommandReadTest, UnreadableOptionalElementsCountAsAbsent) {
@@ -344,9 +337,9 @@ TEST(CopyCommandReadTest, UnreadableOptionalElementsCountAsAbsent) {
   const ReadCommand read(&copy);
   EXPECT_HRESULT(S_OK, read.result);
   EXPECT_EQ(FolderKind::Temp, read.command.GetDestinationKind());
-  EXPECT_EQ("setup.exe", Text(read.command.GetFileName()));
+  EXPECT_EQ("setup.exe", TextOf(read.command.GetFileName()));
   EXPECT_TRUE(read.command.GetTime().IsEmpty());
-  EXPECT_EQ("(null)", Text(read.command.GetNotFoundText()));
+  EXPECT_EQ("(null)", TextOf(read.command.GetNotFoundText()));
 }
 
 TEST(CopyCommandReadTest, EveryAllocationThatFailsIsAFailureOrACommandWithSourceAndDestination) {
@@ -364,8 +357,8 @@ TEST(CopyCommandReadTest, EveryAllocationThatFailsIsAFailureOrACommandWithSource
     EXPECT_EQ(hr == S_OK, command->GetSource() && command->GetDestination());
     if (hr == S_OK) {
       EXPECT_STREQ(kWebSource, command->GetSource()->GetURL());
-      names.insert(Text(command->GetFileName()));
-      notFoundTexts.insert(Text(command->GetNotFoundText()));
+      names.insert(TextOf(command->GetFileName()));
+      notFoundTexts.insert(TextOf(command->GetNotFoundText()));
     }
   });
   EXPECT_LT(8, failures);

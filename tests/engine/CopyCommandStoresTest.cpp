@@ -21,10 +21,6 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-std::string Text(const char* text) {
-  return text ? text : "(null)";
-}
-
 class CopyCommandCacheTest : public testing::Test {
  protected:
   CopyCommandCacheTest() : source(fixture.WriteSource("a.txt", "new")) { Read("<InternetCache/>"); }
@@ -34,7 +30,7 @@ class CopyCommandCacheTest : public testing::Test {
     command = std::make_unique<CCopyCommand>(ParseElement(CopyElement(source, destination)).Get(), nullptr);
   }
   HRESULT Run() { return command->Execute(0, fixture.permissions.get(), nullptr); }
-  std::string WrittenFile() const { return Text(command->GetFolder()) + "\\" + Text(command->GetFileName()); }
+  std::string WrittenFile() const { return TextOf(command->GetFolder()) + "\\" + TextOf(command->GetFileName()); }
 
   const CopyFixture fixture;
   const std::string source;
@@ -47,7 +43,7 @@ TEST_F(CopyCommandCacheTest, TheFileIsAnEntryOfTheCache) {
   EXPECT_EQ("", log.Text());
   EXPECT_EQ(WrittenFile(), CachedFile(source));
   EXPECT_EQ("new", ReadWholeFile(WrittenFile()));
-  EXPECT_EQ("file://" + source, Text(command->GetSourceText()));
+  EXPECT_EQ("file://" + source, TextOf(command->GetSourceText()));
 }
 
 TEST_F(CopyCommandCacheTest, AnEntryOfTheRunBeforeIsReplacedWhateverThePolicy) {
@@ -157,7 +153,7 @@ TEST_F(CopyCommandCacheTest, ANameOfTheCacheThatCannotBeKeptIsAFailure) {
   EXPECT_EQ(1, refusals);
   EXPECT_HRESULT(E_INVALIDARG, hr);
   EXPECT_EQ("ERROR 0x80070057 'Copy' command failed.", log.Messages().back());
-  EXPECT_EQ("(null)", Text(command->GetFolder()));
+  EXPECT_EQ("(null)", TextOf(command->GetFolder()));
   EXPECT_FALSE(FileExistsAt(made.path));
   EXPECT_EQ("", CachedFile(source));
 }
@@ -243,9 +239,9 @@ TEST_F(CopyCommandCookieTest, TheCookieExpiresWhenItsTimeSaysSo) {
 TEST_F(CopyCommandCookieTest, NoFileIsRecorded) {
   Read("<Cookie/>");
   ASSERT_HRESULT(S_OK, Run());
-  EXPECT_EQ("file://" + source, Text(command->GetSourceText()));
-  EXPECT_EQ("(null)", Text(command->GetFileName()));
-  EXPECT_EQ("(null)", Text(command->GetFolder()));
+  EXPECT_EQ("file://" + source, TextOf(command->GetSourceText()));
+  EXPECT_EQ("(null)", TextOf(command->GetFileName()));
+  EXPECT_EQ("(null)", TextOf(command->GetFolder()));
 }
 
 // The name whose extension is checked went with the first run.

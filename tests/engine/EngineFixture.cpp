@@ -37,6 +37,10 @@ std::string CopyFixture::WriteDestination(const std::string& name, const std::st
   return Destination(name);
 }
 
+std::string TextOf(const char* text) {
+  return text ? text : "(null)";
+}
+
 std::vector<std::string> DumpChain(const CListItem* chain) {
   std::vector<std::string> texts;
   for (const CListItem* item = chain; item; item = item->Next()) {

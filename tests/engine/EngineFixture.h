@@ -14,6 +14,8 @@
 
 // What the tests of commands share: elements of a manifest, and a source and a destination that are permitted.
 
+constexpr char kWebSource[] = "http://server/d/setup.exe";
+
 // The text of a `Copy` element; `destination` is what stands inside its `Destination`, `rest` what follows that.
 std::string CopyElement(const std::string& source, const std::string& destination, const std::string& rest = std::string());
 
@@ -42,6 +44,9 @@ class CopyFixture {
   TemporaryFolder destination;
   std::unique_ptr<CPermissions> permissions;
 };
+
+// The text, or "(null)" for none.
+std::string TextOf(const char* text);
 
 // What the chain's items write into the log, one text each. Not for use beside another LogCapture.
 std::vector<std::string> DumpChain(const CListItem* chain);

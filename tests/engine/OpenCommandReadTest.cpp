@@ -13,8 +13,7 @@ namespace {
 using Texts = std::vector<std::string>;
 using Codes = std::vector<HRESULT>;
 
-constexpr HRESULT kAnyFailure = static_cast<HRESULT>(0x80041234);
-constexpr char kWebSource[] = "http://server/d/a.htm";
+constexpr char kWebPage[] = "http://server/d/a.htm";
 
 TEST(OpenCommandReadTest, NeedsAnElement) {
   HRESULT hr = S_OK;
@@ -30,7 +29,7 @@ TEST(OpenCommandReadTest, NeedsAnElement) {
 }
 
 TEST(OpenCommandReadTest, ThePlaceForTheResultMayBeMissing) {
-  const COpenCommand command(ParseElement(OpenElement("browser='true'", kWebSource, "<Temp/>")).Get(), nullptr);
+  const COpenCommand command(ParseElement(OpenElement("browser='true'", kWebPage, "<Temp/>")).Get(), nullptr);
   EXPECT_TRUE(command.IsForBrowser());
   EXPECT_FALSE(COpenCommand(nullptr, nullptr).IsForBrowser());
 }
@@ -39,13 +38,13 @@ TEST(OpenCommandReadTest, ItsCopyPortionIsReadAsThatOfACopyElement) {
   HRESULT hr = E_UNEXPECTED;
   const LogCapture log;
   const COpenCommand command(
-      ParseElement(OpenElement("browser='false'", kWebSource,
+      ParseElement(OpenElement("browser='false'", kWebPage,
                                "<FileName>x.htm</FileName><Temp/><Attributes><Hidden/></Attributes>"
                                "<IfFileExists><Skip/></IfFileExists>"))
           .Get(),
       &hr);
   EXPECT_HRESULT(S_OK, hr);
-  EXPECT_STREQ(kWebSource, command.GetSource()->GetURL());
+  EXPECT_STREQ(kWebPage, command.GetSource()->GetURL());
   EXPECT_STREQ("x.htm", command.GetFileName());
   EXPECT_EQ(FolderKind::Temp, command.GetDestinationKind());
   EXPECT_EQ(130u, command.GetFileAttributes());
@@ -64,7 +63,7 @@ class OpenCommandBrowserTest : public testing::TestWithParam<BrowserRow> {};
 TEST_P(OpenCommandBrowserTest, IsTrueForOneWordOnly) {
   HRESULT hr = E_UNEXPECTED;
   const std::string attribute = std::string("browser='") + GetParam().text + "'";
-  const COpenCommand command(ParseElement(OpenElement(attribute, kWebSource, "<Temp/>")).Get(), &hr);
+  const COpenCommand command(ParseElement(OpenElement(attribute, kWebPage, "<Temp/>")).Get(), &hr);
   EXPECT_HRESULT(S_OK, hr);
   EXPECT_EQ(GetParam().isForBrowser, command.IsForBrowser());
 }
@@ -81,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(OpenCommandReadTest, AMissingAttributeIsAFailureThatIsTraced) {
   HRESULT hr = S_OK;
   const LogCapture log;
-  const COpenCommand command(ParseElement(OpenElement("", kWebSource, "<Temp/>")).Get(), &hr);
+  const COpenCommand command(ParseElement(OpenElement("", kWebPage, "<Temp/>")).Get(), &hr);
   EXPECT_HRESULT(E_FAIL, hr);
   EXPECT_FALSE(command.IsForBrowser());
   EXPECT_EQ(Codes{E_FAIL}, log.ErrorTraces());
@@ -93,7 +92,7 @@ TEST(OpenCommandReadTest, AnAttributeHasTheDefaultOfItsDocumentType) {
   for (const char* value : {"false", "true"}) {
     HRESULT hr = E_UNEXPECTED;
     const std::string type = std::string("<!DOCTYPE Open [<!ATTLIST Open browser CDATA \"") + value + "\">]>";
-    const COpenCommand command(ParseElement(type + OpenElement("", kWebSource, "<Temp/>")).Get(), &hr);
+    const COpenCommand command(ParseElement(type + OpenElement("", kWebPage, "<Temp/>")).Get(), &hr);
     EXPECT_HRESULT(S_OK, hr);
     EXPECT_EQ(std::string(value) == "true", command.IsForBrowser());
   }

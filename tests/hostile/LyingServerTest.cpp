@@ -254,7 +254,7 @@ TEST_P(CutChunksTest, AreNoManifest) {
 }
 
 constexpr char kNoXML[] = "ERROR 0x80004005 Not an XML document ('        ').";
-constexpr char kNoItem[] = "ERROR 0x80004005 Invalid XML document ('        ').";
+constexpr char kNoFile[] = "ERROR 0x80004005 Invalid XML document ('        ').";
 
 Response Chunked(const std::string& body) {
   return Response().NoLength().Header("Transfer-Encoding", "chunked").Body(body);
@@ -262,10 +262,10 @@ Response Chunked(const std::string& body) {
 
 INSTANTIATE_TEST_SUITE_P(
     , CutChunksTest,
-    testing::Values(CutRow{"ALengthThatIsNoNumber", Chunked("zz\r\n" + kGood + "\r\n0\r\n\r\n"), "", {kNoXML, kNoItem}},
-                    CutRow{"NoLastChunk", Chunked("a\r\n" + kGood.substr(0, 10) + "\r\n"), kGood.substr(0, 10), {kNoItem}},
+    testing::Values(CutRow{"ALengthThatIsNoNumber", Chunked("zz\r\n" + kGood + "\r\n0\r\n\r\n"), "", {kNoXML, kNoFile}},
+                    CutRow{"NoLastChunk", Chunked("a\r\n" + kGood.substr(0, 10) + "\r\n"), kGood.substr(0, 10), {kNoFile}},
                     CutRow{"ChunkCutShort", Chunked("ff\r\n" + kGood.substr(0, 40)), kGood.substr(0, 40)},
-                    CutRow{"NoChunk", Chunked(""), "", {kNoXML, kNoItem}}),
+                    CutRow{"NoChunk", Chunked(""), "", {kNoXML, kNoFile}}),
     [](const testing::TestParamInfo<CutRow>& row) { return std::string(row.param.name); });
 
 struct StallRow {

@@ -19,7 +19,7 @@ class LogLinesTest : public NamesTest, public testing::WithParamInterface<NameRo
 };
 
 const std::string kHere = "<Path>{folder}</Path>";
-const std::string kEntry = kForgedEntry;
+const std::string kForged = kForgedEntry;
 
 class SourceLinesTest : public LogLinesTest {};
 
@@ -30,12 +30,12 @@ TEST_P(SourceLinesTest, BeginNoEntry) {
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, SourceLinesTest,
-    testing::Values(NameRow{"Refused", "http://x/&#13;&#10;" + kEntry + "/a.txt", kHere},
-                    NameRow{"LineFeed", "http://x/&#10;" + kEntry + "/a.txt", kHere},
-                    NameRow{"CarriageReturn", "http://x/&#13;" + kEntry + "/a.txt", kHere},
-                    NameRow{"Local", "C:\\&#13;&#10;" + kEntry + "\\a.txt", kHere},
-                    NameRow{"Permitted", "{documents}\\&#13;&#10;" + kEntry + "\\a.txt", kHere},
-                    NameRow{"Extension", "{documents}\\a.&#13;&#10;" + Replaced(kEntry, ":", "-"), kHere}),
+    testing::Values(NameRow{"Refused", "http://x/&#13;&#10;" + kForged + "/a.txt", kHere},
+                    NameRow{"LineFeed", "http://x/&#10;" + kForged + "/a.txt", kHere},
+                    NameRow{"CarriageReturn", "http://x/&#13;" + kForged + "/a.txt", kHere},
+                    NameRow{"Local", "C:\\&#13;&#10;" + kForged + "\\a.txt", kHere},
+                    NameRow{"Permitted", "{documents}\\&#13;&#10;" + kForged + "\\a.txt", kHere},
+                    NameRow{"Extension", "{documents}\\a.&#13;&#10;" + Replaced(kForged, ":", "-"), kHere}),
     [](const auto& row) { return row.param.name; });
 
 // With debug logging the folder is also shown as raw text, which is written as it is (docs/log.md).
@@ -47,10 +47,10 @@ TEST_P(FolderLinesTest, BeginNoEntryWithoutDebugLogging) {
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, FolderLinesTest,
-    testing::Values(NameRow{"Refused", "{server}/a.txt", "<Path>C:\\&#13;&#10;" + kEntry + "\\x</Path>"},
-                    NameRow{"LineFeed", "{server}/a.txt", "<Path>C:\\&#10;" + kEntry + "\\x</Path>"},
-                    NameRow{"Permitted", "{server}/a.txt", "<Path>{folder}\\&#13;&#10;" + kEntry + "\\x</Path>"},
-                    NameRow{"Temp", "{server}/a.txt", "<Temp>&#13;&#10;" + kEntry + "\\x</Temp>"}),
+    testing::Values(NameRow{"Refused", "{server}/a.txt", "<Path>C:\\&#13;&#10;" + kForged + "\\x</Path>"},
+                    NameRow{"LineFeed", "{server}/a.txt", "<Path>C:\\&#10;" + kForged + "\\x</Path>"},
+                    NameRow{"Permitted", "{server}/a.txt", "<Path>{folder}\\&#13;&#10;" + kForged + "\\x</Path>"},
+                    NameRow{"Temp", "{server}/a.txt", "<Temp>&#13;&#10;" + kForged + "\\x</Temp>"}),
     [](const auto& row) { return row.param.name; });
 
 }  // namespace

@@ -27,7 +27,7 @@ TEST_P(ExtensionQuestionRowTest, TheEntryIsTheWholeCandidate) {
   EXPECT_HRESULT(row.isPermitted ? S_OK : E_ACCESSDENIED, permission.IsExtensionPermitted(row.candidate));
 }
 
-const ExtensionRow kRows[] = {
+const ExtensionRow kExtensionRows[] = {
     {"Equal", "exe", "exe", true},
     {"UpperCase", "exe", "EXE", true},
     {"MixedCase", "exe", "Exe", true},
@@ -47,7 +47,7 @@ const ExtensionRow kRows[] = {
     {"CaseOfTheCodePage", "caf\xe9", "CAF\xc9", true},
 };
 
-INSTANTIATE_TEST_SUITE_P(Rows, ExtensionQuestionRowTest, testing::ValuesIn(kRows), [](const auto& row) {
+INSTANTIATE_TEST_SUITE_P(Rows, ExtensionQuestionRowTest, testing::ValuesIn(kExtensionRows), [](const auto& row) {
   return std::string(row.param.name);
 });
 

@@ -31,7 +31,7 @@ TEST_P(FolderQuestionRowTest, ThePathOfTheEntryIsAPrefixOfTheCandidates) {
   EXPECT_HRESULT(row.isPermitted ? S_OK : E_ACCESSDENIED, permission.IsFolderPermitted(&candidate));
 }
 
-const FolderRow kRows[] = {
+const FolderRow kFolderRows[] = {
     {"TemporaryFolder", "Temp", "", FolderKind::Temp, L"", true},
     {"BelowTheTemporaryFolder", "Temp", "", FolderKind::Temp, L"Apps\\Sub", true},
     {"AboveTheEntry", "Temp", "Apps", FolderKind::Temp, L"", false},
@@ -65,7 +65,7 @@ const FolderRow kRows[] = {
     {"DocumentsAreNotPersonal", "Documents", "", FolderKind::Personal, L"", false},
 };
 
-INSTANTIATE_TEST_SUITE_P(Rows, FolderQuestionRowTest, testing::ValuesIn(kRows), [](const auto& row) {
+INSTANTIATE_TEST_SUITE_P(Rows, FolderQuestionRowTest, testing::ValuesIn(kFolderRows), [](const auto& row) {
   return std::string(row.param.name);
 });
 

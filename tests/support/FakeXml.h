@@ -5,6 +5,9 @@
 
 #include "support/FakeXmlBase.h"
 
+// A code that no method gives unless it is told to.
+constexpr HRESULT kAnyFailure = static_cast<HRESULT>(0x80041234);
+
 // Stand-ins for the objects of the platform's XML parser, for the failures that only a parser can produce. A test makes them
 // as local variables, connects them through their fields (real nodes fit in as well), and tells methods to fail:
 //

@@ -31,6 +31,10 @@ std::string ProjectFile(const std::string& name);
 void WriteWholeFile(const std::string& path, const std::string& content);
 std::string ReadWholeFile(const std::string& path);
 std::string ReadWholeFile(const std::wstring& path);
+
+// Some moment in June 2002.
+constexpr FILETIME kAnyTime = {0xB1A8C200, 0x01C21C87};
+
 void SetFileWriteTime(const std::string& path, const FILETIME& time);
 FILETIME GetFileWriteTimeOf(const std::string& path);
 DWORD AttributesOf(const std::string& path);  // also when there is nothing at `path`

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr DWORD kPatienceMilliseconds = 120000;
+constexpr DWORD kPatienceMilliseconds = 300000;
 
 // An argument as CommandLineToArgvW reads it back.
 std::wstring Quoted(const std::wstring& argument) {

@@ -21,5 +21,5 @@ struct ProgramResult {
 ProgramResult RunCommandLine(std::wstring commandLine, const std::string& folder);
 
 // Runs a program to its end, in a folder, without standard input. The arguments reach it as they are. One that does not end
-// within two minutes is ended, and fails the test.
+// within five minutes is ended, and fails the test.
 ProgramResult RunProgram(const std::string& path, const std::vector<std::wstring>& arguments, const std::string& folder);

@@ -263,7 +263,7 @@ constexpr ToldRow kToldRows[] = {
     {"CommitUrlCacheEntryA", "source copy", nullptr, kCommand, kItsOwn},
 };
 
-constexpr char kNoControl[] = "there is no control that could tell, and the host gets the code";
+constexpr char kNobodyToTell[] = "there is no control that could tell, and the host gets the code";
 constexpr char kLogName[] = "a log whose name cannot be converted goes by the default name";
 constexpr char kAnyThread[] = "a thread of another apartment kind serves as well";
 constexpr char kUrlPart[] = "a part of a URL that cannot be copied is not there, and this one is not needed";
@@ -278,9 +278,9 @@ constexpr char kSameRefusal[] = "a parser that refuses a document says no more t
 constexpr char kReason[] = "the document is refused without its line or its reason";
 
 constexpr UntoldRow kUntoldRows[] = {
-    {"HeapAlloc", "control", "factory", kNotMade, kNoControl},
-    {"HeapAlloc", "control", "control", kNotMade, kNoControl},
-    {"SysAllocString", "control", nullptr, kNotMade, kNoControl},
+    {"HeapAlloc", "control", "factory", kNotMade, kNobodyToTell},
+    {"HeapAlloc", "control", "control", kNotMade, kNobodyToTell},
+    {"SysAllocString", "control", nullptr, kNotMade, kNobodyToTell},
     {"WideCharToMultiByte", nullptr, "log name", kUsual, kLogName},
     {"CoInitialize", nullptr, nullptr, kUsual, kAnyThread},
     {"HeapAlloc", "permissions", "folder", kUsual, kUrlPart},

@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr HRESULT kAnyFailure = static_cast<HRESULT>(0x80041234);
-
 struct ContentRow {
   const char* name;
   const char* content;

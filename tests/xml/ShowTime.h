@@ -5,6 +5,9 @@
 
 #include "xml/XMLFileTime.h"
 
+constexpr char kMidnight[] = "2002-06-25T00:00:00.000";
+constexpr char kLocal[] = "2002-06-25T15:45:00.000";
+
 // "2002-06-25T23:45:00.000", or "empty".
 inline std::string Show(const CXMLFileTime& time) {
   const SYSTEMTIME* const s = time.AsSystemTime();

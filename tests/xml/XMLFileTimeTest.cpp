@@ -17,8 +17,6 @@ ULONGLONG TicksOf(const CXMLFileTime& time) {
   return t ? (static_cast<ULONGLONG>(t->dwHighDateTime) << 32) | t->dwLowDateTime : 0;
 }
 
-constexpr char kMidnight[] = "2002-06-25T00:00:00.000";
-constexpr char kLocal[] = "2002-06-25T15:45:00.000";
 TEST(XMLFileTimeTest, ANullTextIsEmptyAndNotLogged) {
   const LogCapture log;
   const CXMLFileTime time(static_cast<const char*>(nullptr));

@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr char kMidnight[] = "2002-06-25T00:00:00.000";
-constexpr char kLocal[] = "2002-06-25T15:45:00.000";
 constexpr char kInvalid[] = "ERROR 0x80070057 ";
 
 struct Row {

@@ -60,7 +60,7 @@ std::string TextOf(const Local& l, bool east, int hours, int minutes, bool compa
   return text;
 }
 
-std::int64_t TicksOf(const CXMLFileTime& time) {
+std::int64_t UnitsOf(const CXMLFileTime& time) {
   const FILETIME* const t = time.AsFileTime();
   return t ? static_cast<std::int64_t>((static_cast<std::uint64_t>(t->dwHighDateTime) << 32) | t->dwLowDateTime) : 0;
 }
@@ -85,7 +85,7 @@ TEST(XMLFileTimeZoneTest, EveryZoneShiftsEveryTimeOfDayAsItAlwaysDid) {
       for (const bool east : {false, true}) {
         const std::string text = TextOf(local, east, quarter / 4, quarter % 4 * 15, step % 2 != 0);
         const CXMLFileTime time(text.c_str());
-        ASSERT_EQ(Expected(local, east, offset), TicksOf(time)) << text;
+        ASSERT_EQ(Expected(local, east, offset), UnitsOf(time)) << text;
         ASSERT_EQ(offset, time.GetZoneOffset()) << text;
         const std::int64_t fault = Fault(UnitsOf(local), east, offset);
         ++(fault == 0 ? exact : fault < 0 ? early : late);
@@ -105,7 +105,7 @@ TEST(XMLFileTimeZoneTest, TheYearsFromTheFirstToTheLastAreShifted) {
     for (const bool east : {false, true}) {
       const std::string text = TextOf(local, east, year % 13, year % 60, year % 2 != 0);
       const CXMLFileTime time(text.c_str());
-      ASSERT_EQ(Expected(local, east, (year % 13 * 60 + year % 60) * 60 * kUnitsPerSecond), TicksOf(time)) << text;
+      ASSERT_EQ(Expected(local, east, (year % 13 * 60 + year % 60) * 60 * kUnitsPerSecond), UnitsOf(time)) << text;
     }
   }
 }
@@ -138,7 +138,7 @@ TEST_P(OddZoneTest, IsAppliedAsItIsRead) {
   const Local local = {2002, 6, 25, 15, 45, 0};
   const std::int64_t offset = GetParam().minutes * 60 * kUnitsPerSecond;
   const CXMLFileTime time((std::string("2002-06-25T15:45:00") + GetParam().text).c_str());
-  EXPECT_EQ(Expected(local, GetParam().east, offset), TicksOf(time));
+  EXPECT_EQ(Expected(local, GetParam().east, offset), UnitsOf(time));
   EXPECT_EQ(offset, time.GetZoneOffset());
   EXPECT_EQ("", log.Text());
 }
@@ -160,7 +160,7 @@ TEST(XMLFileTimeZoneTest, AShiftBeforeTheCountLeavesTheTimeAsItIs) {
   for (const char* const zone : {"+01:00", "+00:99999999999999999999"}) {
     const LogCapture log;
     const CXMLFileTime time((std::string("1601-01-01T00:30:00") + zone).c_str());
-    EXPECT_EQ(1800 * kUnitsPerSecond, TicksOf(time)) << zone;
+    EXPECT_EQ(1800 * kUnitsPerSecond, UnitsOf(time)) << zone;
     ExpectOnlyTrace(log, E_INVALIDARG);
   }
 }
@@ -172,7 +172,7 @@ TEST(XMLFileTimeZoneTest, AShiftThatTheSystemRefusesLeavesTheTimeAsItIs) {
     PATCH_IMPORT(refuses, FileTimeToSystemTime, FailWith(FALSE, ERROR_ARITHMETIC_OVERFLOW));
     time.SetText("2002-06-25T15:45:00-08:00");
   }
-  EXPECT_EQ(UnitsOf({2002, 6, 25, 15, 45, 0}), TicksOf(time));
+  EXPECT_EQ(UnitsOf({2002, 6, 25, 15, 45, 0}), UnitsOf(time));
   EXPECT_EQ(8 * 3600 * kUnitsPerSecond, time.GetZoneOffset());
   ExpectOnlyTrace(log, static_cast<HRESULT>(0x80070216));
 }
@@ -181,7 +181,7 @@ TEST(XMLFileTimeZoneTest, AZoneThatIsTooShortIsNotKept) {
   const LogCapture log;
   const CXMLFileTime time("2002-06-25T15:45:00-08");
   EXPECT_EQ(0, time.GetZoneOffset());
-  EXPECT_EQ(UnitsOf({2002, 6, 25, 15, 45, 0}), TicksOf(time));
+  EXPECT_EQ(UnitsOf({2002, 6, 25, 15, 45, 0}), UnitsOf(time));
 }
 
 TEST(XMLFileTimeZoneTest, TheZoneOfAnImpossibleTimeIsKept) {
