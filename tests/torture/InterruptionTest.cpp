@@ -12,7 +12,7 @@
 namespace {
 
 // Of the calls of a scenario, one in so many is the last one of a process, besides those that are chosen for their kind.
-constexpr std::uint32_t kStride = 3;
+constexpr std::uint32_t kStride = 6;
 
 bool ChangesTheSystem(const FallibleCall& call) {
   static const std::vector<std::string> functions = {

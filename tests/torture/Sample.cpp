@@ -1,7 +1,6 @@
 #include "torture/Sample.h"
 
 #include <cstdlib>
-#include <functional>
 #include <map>
 #include <string>
 
@@ -20,9 +19,19 @@ std::uint32_t Mix(std::size_t scenario, std::size_t number) {
   return mixed ^ (mixed >> 16);
 }
 
-// Of four scenarios that stand side by side, a kind has its turn in one.
+// The widths take turns: what one of them tries of a scenario, the other one does not.
+constexpr std::uint32_t kTurn = sizeof(void*) == 8 ? 0 : 1;
+
+bool IsTurn(std::uint32_t mixed, std::uint32_t stride) {
+  return mixed % stride == kTurn * (stride / 2);
+}
+
+// Of eight scenarios that stand side by side, a kind has its turn in one.
 bool IsTurnOf(const std::string& kind, std::size_t scenario) {
-  return (Mix(std::hash<std::string>()(kind), 0) + scenario) % 4 == 0;
+  std::size_t sum = 0;
+  for (const char character : kind)
+    sum = (sum * 31 + static_cast<unsigned char>(character)) % 65521;
+  return IsTurn(Mix(sum, 0) + static_cast<std::uint32_t>(scenario), 8);
 }
 
 std::set<std::size_t> ChooseSample(const std::vector<FallibleCall>& calls, std::size_t scenario, std::uint32_t stride) {
@@ -30,7 +39,7 @@ std::set<std::size_t> ChooseSample(const std::vector<FallibleCall>& calls, std::
   std::map<std::string, std::vector<std::size_t>> kinds;
   for (std::size_t number = 0; number < calls.size(); ++number) {
     kinds[std::string(calls[number].function) + "/" + calls[number].object].push_back(number);
-    if (Mix(scenario, number) % stride == 0)
+    if (IsTurn(Mix(scenario, number), stride))
       chosen.insert(number);
   }
   for (const auto& [kind, numbers] : kinds) {

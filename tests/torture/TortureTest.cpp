@@ -13,7 +13,7 @@
 namespace {
 
 // Of all calls, one in so many fails, besides those that are chosen for their kind.
-constexpr std::uint32_t kStride = 32;
+constexpr std::uint32_t kStride = 64;
 
 // What the system's own caches may come and go by.
 constexpr SIZE_T kToleratedBytes = 64 * 1024;
