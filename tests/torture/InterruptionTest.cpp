@@ -51,6 +51,9 @@ class InterruptionTest : public testing::TestWithParam<std::size_t> {};
 TEST_P(InterruptionTest, TheNextRunComesToItsUsualEnd) {
   const Scenario& played = AllScenarios()[GetParam()];
   Workplace work(played);
+  work.counter.LetAll();
+  work.Prepare();
+  work.Use();  // the log's folder is there from now on: a run that has to make it makes more calls
   work.Prepare();
   work.counter.LetAll();
   const Effects usual = work.Use();
@@ -61,8 +64,9 @@ TEST_P(InterruptionTest, TheNextRunComesToItsUsualEnd) {
   for (const std::size_t number : ChooseCalls(calls, GetParam(), kStride)) {
     if (!ChangesTheSystem(calls[number]) && number + 1 != calls.size())
       continue;
-    const std::string where = std::string(calls[number].function) + " (" + calls[number].object + "), call " +
-                              std::to_string(number) + ", seed " + std::to_string(Seed());
+    const std::string where =
+        std::string(calls[number].function) + " (" + calls[number].object + "), call " + std::to_string(number) + " of " +
+        std::to_string(calls.size()) + ", seed " + std::to_string(Seed());
     work.Prepare();
     ASSERT_EQ(0u, RunInterrupted(work, number)) << where;
     ++interruptions;
