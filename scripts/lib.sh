@@ -16,7 +16,7 @@ die() {
 readonly build_packages=(cmake ninja-build g++-mingw-w64-x86-64 g++-mingw-w64-i686 mingw-w64-tools libwine-dev python3
   libcli11-dev nlohmann-json3-dev libfmt-dev)
 readonly wine_packages=(wine wine64)
-readonly test_packages=(libgtest-dev lld openssl rapidjson-dev)
+readonly test_packages=(clang libgtest-dev lld openssl rapidjson-dev)
 readonly lint_packages=(clang-format clang-tidy cppcheck shellcheck libxml2-utils)
 readonly page_packages=(nodejs node-acorn)
 readonly server_packages=(nginx-light)

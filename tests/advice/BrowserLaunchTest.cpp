@@ -23,7 +23,7 @@ class BrowserLaunchTest : public testing::Test {
     return RegistryTextOf(HKEY_LOCAL_MACHINE, key, value);
   }
 
-  const LinkEntriesAside aside;
+  const LinkEntriesAside aside = {};
 };
 
 TEST_F(BrowserLaunchTest, WithoutEntriesItIsOff) {

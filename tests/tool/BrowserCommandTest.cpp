@@ -15,7 +15,7 @@ class BrowserCommandTest : public ToolTest {
     return RegistryTextOf(HKEY_LOCAL_MACHINE, "Software\\Classes\\norvik\\shell\\open\\command", nullptr);
   }
 
-  const LinkEntriesAside aside;
+  const LinkEntriesAside aside = {};
 };
 
 constexpr char kOff[] = "Links in browsers start no manifests. 'norvik browser on' would switch that on for all users.";

@@ -33,7 +33,7 @@ class DocsExamplesTest : public testing::Test {
 
   static std::string File(const std::string& name) { return std::string(kFolder) + "\\" + name; }
 
-  const LinkEntriesAside aside;
+  const LinkEntriesAside aside = {};
   const std::string page = ReadPage("docs/tool.md");
 };
 

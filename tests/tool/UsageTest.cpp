@@ -93,7 +93,7 @@ struct HelpExample {
 };
 
 TEST_F(UsageTest, TheExampleInEachHelpRuns) {
-  const LinkEntriesAside aside;
+  const LinkEntriesAside aside = {};
   WriteWholeFile(folder.File("norvikopen.exe"), "");
   const HelpExample examples[] = {
       {"check", 0},   {"explain", 0},        {"plan", 0},       {"run", 0},         {"doctor", 1},

@@ -177,7 +177,7 @@ class RegistrationTortureTest : public testing::TestWithParam<RegistrationCase> 
   CallCounter counter;
   Places places;
   FailingSystem system{module.Handle(), counter, places};
-  const Entries none;
+  const Entries none = {};
   Entries script;
   Entries table;
   Entries tableOverScript;
