@@ -158,8 +158,13 @@ bool RehearsedMachine::Delete(const char* path) {
 
 HRESULT RehearsedMachine::GetWriteTime(const char* path, FILETIME& time) const {
   const State* const state = Find(path);
-  if (!state || state->attributes == INVALID_FILE_ATTRIBUTES || IsFolder(state->attributes))
+  if (!state)
     return Machine::GetWriteTime(path, time);
+  const bool isGone = state->attributes == INVALID_FILE_ATTRIBUTES;
+  if (isGone || IsFolder(state->attributes)) {
+    const DWORD error = isGone ? ERROR_FILE_NOT_FOUND : ERROR_ACCESS_DENIED;
+    return Reported(HERE, HRESULT_FROM_WIN32(error), "Unable to read '%s'.", path);
+  }
   time = state->time;
   return S_OK;
 }

@@ -103,6 +103,27 @@ TEST_F(RehearsalTest, AWrittenFileIsThereWithItsTime) {
   EXPECT_FALSE(FileExistsAt(path));
 }
 
+void ExpectNoTimes(Machine& files, const TemporaryFolder& folder) {
+  const LogCapture log;
+  const std::string made = folder.File("made.txt");
+  EXPECT_TRUE(files.CreateFolder(made.c_str()));
+  FILETIME time;
+  EXPECT_HRESULT(E_ACCESSDENIED, files.GetWriteTime(made.c_str(), time));
+  const std::string gone = folder.File("a.txt");
+  EXPECT_TRUE(files.Delete(gone.c_str()));
+  EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), files.GetWriteTime(gone.c_str(), time));
+  EXPECT_EQ((std::vector<std::string>{
+                "ERROR 0x80070005 Unable to read '" + made + "'.", "ERROR 0x80070002 Unable to read '" + gone + "'."}),
+            log.Messages());
+}
+
+TEST_F(RehearsalTest, AFolderThatWasMadeAndAFileThatIsGoneHaveNoTime) {
+  ExpectNoTimes(ThisMachine(), real);
+  ExpectNoTimes(machine, rehearsed);
+  EXPECT_FALSE(FileExistsAt(rehearsed.File("made.txt")));
+  EXPECT_EQ("a", ReadWholeFile(rehearsed.File("a.txt")));
+}
+
 TEST_F(RehearsalTest, WhatCannotBeCreatedFailsAsATransferDoes) {
   const LogCapture log;
   const auto fetch = [&](const std::string& name) {

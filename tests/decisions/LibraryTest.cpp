@@ -93,8 +93,6 @@ class LibraryFileTest : public testing::TestWithParam<FileQuestion> {
     places.Set("folder", folder.Path());
     path = places.Fill(vector.file);
     machine.Put(path.c_str(), vector.Attributes(), TimeOf(vector.fileTime));
-    if (vector.IsFolder())  // the time of a folder is asked of the system
-      CreateDirectoryA(path.c_str(), nullptr);
     for (const std::string& pattern : vector.taken) {
       for (const std::string& name : places.FillAll(pattern))
         PutTaken(name);
