@@ -15,7 +15,7 @@ def write_zip(path, files, epoch):
             entry = zipfile.ZipInfo(name, moment)
             entry.create_system, entry.external_attr = UNIX, ORDINARY_FILE
             entry.compress_type = zipfile.ZIP_DEFLATED
-            archive.writestr(entry, source.read_bytes(), compresslevel=9)
+            archive.writestr(entry, source.read_bytes(), compresslevel=6)  # 9: a hundredth less, for three times the time
 
 
 def write_checksums(folder):

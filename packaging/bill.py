@@ -42,9 +42,11 @@ PUBLIC_DOMAIN = {
 
 
 @functools.cache
-def owner(archive):
-    """The distribution's package that a file belongs to."""
-    return run("dpkg-query", "-S", os.path.realpath(archive)).split(":")[0]
+def owners(archives):
+    """The distribution's packages that these files belong to, by the files."""
+    paths = {os.path.realpath(archive): archive for archive in archives}
+    found = (line.split(": ") for line in run("dpkg-query", "-S", *sorted(paths)).splitlines())
+    return {paths[path]: package.split(":")[0] for package, path in found}
 
 
 @functools.cache
@@ -58,16 +60,16 @@ def archives_in(map_file):
     taken = re.search(r"^Archive member included.*?\n\n(.*?)\n\n", text, re.DOTALL | re.MULTILINE)
     if not taken:
         raise Failure(f"{map_file} does not say what was linked.")
-    return set(re.findall(r"^(/\S+\.a)\(", taken[1], re.MULTILINE))
+    return frozenset(re.findall(r"^(/\S+\.a)\(", taken[1], re.MULTILINE))
 
 
 def libraries_of(map_file):
     """What is linked into the code beside the map."""
     found = set(HEADERS) if map_file.name == "norvik.exe.map" else set()
-    for archive in archives_in(map_file):
+    for archive, package in owners(archives_in(map_file)).items():
         name = pathlib.PurePath(archive).name
         kind, licence = next((kind, licence) for start, kind, licence in KINDS if name.startswith(start))
-        found.add(Library(kind, licence, owner(archive)))
+        found.add(Library(kind, licence, package))
     return found
 
 

@@ -38,9 +38,10 @@ ask_for_root() {
 }
 
 missing_packages() {
-  local package
+  local package installed
+  installed=$(dpkg-query -W -f '${db:Status-Abbrev}${Package}\n' "$@" 2>/dev/null || true)
   for package in "$@"; do
-    [ "$(dpkg-query -W -f '${db:Status-Abbrev}' "$package" 2>/dev/null)" = "ii " ] || printf '%s\n' "$package"
+    grep -qx "ii $package" <<<"$installed" || printf '%s\n' "$package"
   done
 }
 
@@ -156,7 +157,7 @@ if setarch -R true 2>/dev/null; then fixed_addresses=(setarch -R); fi
 # choose_prefix [x64|x86 [NUMBER]]: the environment of every Windows program of that width. A prefix serves one program at a
 # time; the first one is for all, scripts/test has more of them.
 choose_prefix() {
-  export WINEPREFIX=$build/wine WINEARCH=win64 WINEDEBUG=${WINEDEBUG--all} WINEDLLOVERRIDES='mscoree,mshtml='
+  export WINEPREFIX=$build/wine WINEARCH=win64 WINEDEBUG=${WINEDEBUG--all} WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe='
   if [ "${1:-x64}" = x86 ]; then
     export WINEPREFIX=$build/wine-x86 WINEARCH=win32
   fi

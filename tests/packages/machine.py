@@ -1,5 +1,6 @@
 """A machine to install on: a copy of a ready-made Wine prefix, what is done on it, and what is on it afterwards."""
 
+import functools
 import os
 import pathlib
 import re
@@ -109,10 +110,15 @@ def unescape(text):
 
 def read_registry(path):
     """The keys of a file of Wine's registry, in lower case, with their values by name; the default value's name is empty."""
-    keys, values = {}, {}
-    for line in re.sub(r"\\\n *", "", path.read_text(encoding="utf-8")).splitlines():
-        if line.startswith("["):
-            values = keys.setdefault(unescape(line[1:line.rindex("]")]).lower(), {})
-        elif match := re.match(r'(?:@|"((?:[^"\\]|\\.)*)")=(.*)', line):
+    sections = path.read_text(encoding="utf-8").split("\n\n")
+    return dict(read_key(section) for section in sections if section.startswith("["))
+
+
+@functools.cache  # nearly all keys of all machines are those of a new one
+def read_key(section):
+    head, *lines = re.sub(r"\\\n *", "", section).splitlines()
+    values = {}
+    for line in lines:
+        if match := re.match(r'(?:@|"((?:[^"\\]|\\.)*)")=(.*)', line):
             values[unescape(match[1] or "")] = unescape(match[2][1:-1]) if match[2].startswith('"') else match[2]
-    return keys
+    return unescape(head[1:head.rindex("]")]).lower(), values
