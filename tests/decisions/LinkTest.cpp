@@ -13,6 +13,7 @@
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
 #include "support/Program.h"
+#include "support/Turns.h"
 #include "support/WebServer.h"
 
 // A link is asked: what it fetches, what the log says of it, and how it ends. The manifest comes from the test's server, and
@@ -140,6 +141,8 @@ class LinkPermissionTest : public testing::TestWithParam<PermissionGroup> {
   int opens = 0;
 };
 
+const bool kAreLinksShared = ShareCases("LinkPermissionTest", "DecidesAsTheVectorsSay");
+
 TEST_P(LinkPermissionTest, DecidesAsTheVectorsSay) {
   InItsFolder([this] {
     for (const PermissionQuestion& vector : GetParam().questions) {
@@ -159,6 +162,8 @@ TEST_P(LinkPermissionTest, DecidesAsTheVectorsSay) {
 INSTANTIATE_TEST_SUITE_P(Groups, LinkPermissionTest, testing::ValuesIn(PermissionGroups()), TestNameOf<PermissionGroup>);
 
 // All questions in one manifest, and the built program.
+const bool kIsFileLinkShared = ShareCases("LinkFileTest", "LeavesWhatTheVectorsSay");
+
 TEST(LinkFileTest, LeavesWhatTheVectorsSay) {
   WebServer server;
   const TemporaryFolder program;

@@ -10,6 +10,7 @@
 #include "decisions/Existing.h"
 #include "decisions/Vectors.h"
 #include "support/HResult.h"
+#include "support/Turns.h"
 
 // The built program is asked, as a process: what it prints with --json, and how it ends.
 
@@ -117,6 +118,8 @@ class ProgramPermissionTest : public testing::TestWithParam<PermissionGroup> {
   std::unique_ptr<GroupEntries> entries;
 };
 
+const bool kAreExplanationsShared = ShareCases("ProgramPermissionTest", "ExplainsAsTheVectorsSay");
+
 TEST_P(ProgramPermissionTest, ExplainsAsTheVectorsSay) {
   std::vector<const PermissionQuestion*> asked;
   for (const PermissionQuestion& vector : GetParam().questions) {
@@ -169,6 +172,8 @@ class ProgramFileTest : public testing::Test {
   const std::string manifestPath;
   std::vector<std::unique_ptr<ExistingFileOnDisk>> files;
 };
+
+const bool kIsPlanShared = ShareCases("ProgramFileTest", "PlansAsTheVectorsSay");
 
 TEST_F(ProgramFileTest, PlansAsTheVectorsSay) {
   const ProgramResult result = program.Run({"plan", "--json", manifestPath});

@@ -12,6 +12,7 @@
 #include "support/HResult.h"
 #include "support/LogCapture.h"
 #include "support/Stopwatch.h"
+#include "support/Turns.h"
 
 namespace {
 
@@ -72,8 +73,7 @@ class HugeManifestTest : public testing::Test {
 
 // The least that a call takes of a stack, for each command, is more than this one has.
 TEST_F(HugeManifestTest, IsReadAndDeletedWithASmallStack) {
-  constexpr int kCommands = 20000;
-  static_assert(kCommands * 2 * sizeof(void*) > kStackBytes);
+  constexpr int kCommands = kStackBytes / (2 * sizeof(void*)) + 1;
   const std::wstring url = Write(kCommands);
   int count = 0;
   RunInSmallThread([&] { count = Count(url); });
@@ -92,8 +92,9 @@ TEST_F(HugeManifestTest, IsRunWithASmallStack) {
 }
 
 TEST_F(HugeManifestTest, CostsAsMuchForEachCommandAsASmallOne) {
-  const double small = CostPerCommand(2000, 5);
-  const double large = CostPerCommand(20000, 2);
+  const int few = WholeInOneWidth(2000, 500);
+  const double small = CostPerCommand(few, 5);
+  const double large = CostPerCommand(10 * few, 2);
   EXPECT_GT(3.0, large / small) << "a command costs " << small * 1e6 << " and " << large * 1e6 << " microseconds";
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "hostile/HostileFixture.h"
+#include "support/Turns.h"
 
 namespace {
 
@@ -66,6 +67,8 @@ TEST_P(AttackingManifestTest, FromAFileReachesNothing) {
 }
 
 // The plan says what would become of the command.
+const bool kArePlansShared = ShareCases("AttackingManifestTest", "IsCheckedAndPlannedWithoutReachingAnything");
+
 TEST_P(AttackingManifestTest, IsCheckedAndPlannedWithoutReachingAnything) {
   WriteWholeFile(documents.File("attack.xml"), Filled(GetParam().document));
   const ProgramResult checked = RunTool({L"check", L"attack.xml"});

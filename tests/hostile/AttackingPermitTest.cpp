@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "hostile/HostileFixture.h"
+#include "support/Turns.h"
 
 namespace {
 
@@ -61,6 +62,8 @@ TEST_P(AttackingPermitTest, ReachesNothing) {
 }
 
 // A document whose root cannot be read is judged as a manifest.
+const bool kAreExplanationsShared = ShareCases("AttackingPermitTest", "IsCheckedAndExplainedWithoutReachingAnything");
+
 TEST_P(AttackingPermitTest, IsCheckedAndExplainedWithoutReachingAnything) {
   WriteWholeFile(documents.File("attack.xml"), Filled(GetParam().file));
   const ProgramResult checked = RunTool({L"check", L"attack.xml"});

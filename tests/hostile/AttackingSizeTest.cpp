@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "hostile/HostileFixture.h"
+#include "support/Turns.h"
 
 namespace {
 
@@ -81,10 +82,11 @@ class AttackingSizeTest : public HostileTest {
 };
 
 TEST_F(AttackingSizeTest, FortyThousandCommandsCostWhatFourThousandExplain) {
+  const int few = WholeInOneWidth(4000, 400);
   WriteWholeFile(destination.File("a.txt"), "old");
   ExpectTimesAsMuch(13, [&] {
-    const double few = SecondsOfCommands(4000);
-    return Costs{few, SecondsOfCommands(40000)};
+    const double seconds = SecondsOfCommands(few);
+    return Costs{seconds, SecondsOfCommands(10 * few)};
   });
   EXPECT_EQ("old", Written("a.txt"));
   EXPECT_EQ(Lines{}, server.Asked());

@@ -12,6 +12,7 @@
 
 #include "hostile/HostileFixture.h"
 #include "support/ImportPatch.h"
+#include "support/Turns.h"
 
 namespace {
 
@@ -116,13 +117,13 @@ class ReadAhead {
 using LyingContentTest = HostileTest;
 
 TEST_F(LyingContentTest, MoreThanFourGigabytesAreCopiedByteForByte) {
-  constexpr ULONGLONG kBytes = 0x100000000ull + 4097;
+  const ULONGLONG bytes = (ULONGLONG{1} << WholeInOneWidth(32, 28)) + 4097;
   const std::string pattern = Pattern(65521);
-  server.Answer("/big.txt", Response().Repeat(pattern, kBytes));
+  server.Answer("/big.txt", Response().Repeat(pattern, bytes));
   const CheckedFile file(destination.File("big.txt"), pattern, module.Handle());
   const ReadAhead ahead(module.Handle());
   EXPECT_HRESULT(S_OK, Execute(CopyOf("big.txt")));
-  EXPECT_EQ(kBytes, file.Bytes());
+  EXPECT_EQ(bytes, file.Bytes());
   EXPECT_EQ(0u, file.WrongWrites());
 }
 

@@ -7,6 +7,7 @@
 
 #include "host/ControlFixture.h"
 #include "support/Holdings.h"
+#include "support/Turns.h"
 
 namespace {
 
@@ -29,6 +30,7 @@ void ExpectNoMore(const Holdings& first, const Holdings& last) {
 
 constexpr int kFirstRuns = 100;
 constexpr int kRuns = 5000;
+constexpr int kFewerRuns = 1000;
 
 class LongRunTest : public ControlTest {
  protected:
@@ -56,7 +58,7 @@ TEST_F(LongRunTest, ThousandsOfRunsLeaveNothingBehind) {
   const BString url = Automation(manifest);
   RunOften(kFirstRuns, url);
   const Holdings first;
-  RunOften(kRuns - kFirstRuns, url);
+  RunOften(WholeInOneWidth(kRuns, kFewerRuns) - kFirstRuns, url);
   ExpectNoMore(first, Holdings());
 }
 
@@ -64,7 +66,8 @@ TEST_F(LongRunTest, AModuleThatIsLoadedAgainAndAgainLeavesNothingBehind) {
   control.Reset();
   ASSERT_TRUE(module.Free());
   Holdings first;
-  for (int i = 0; i < 200; ++i) {
+  const int times = WholeInOneWidth(200, 100);
+  for (int i = 0; i < times; ++i) {
     LoadedModule again(installed.Path());
     ASSERT_TRUE(again.CreateControl()) << i;
     EXPECT_HRESULT(S_OK, again.CanUnloadNow());

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/Turns.h"
+
 namespace {
 
 // A block of the process heap that was overrun, or a heap that is otherwise damaged, fails the test behind which it is
@@ -16,6 +18,7 @@ class HeapCheck : public testing::EmptyTestEventListener {
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
+  testing::GTEST_FLAG(filter) = WithoutCasesOfTheOtherWidth(testing::GTEST_FLAG(filter));
   testing::UnitTest::GetInstance()->listeners().Append(new HeapCheck);
   const HRESULT initialized = CoInitialize(nullptr);
   const int result = RUN_ALL_TESTS();

@@ -24,3 +24,9 @@ class Dice {
  private:
   std::mt19937 engine{Seed()};
 };
+
+// A number without any order to it for each number, which depends on NORVIK_SEED as well.
+std::uint32_t Drawn(std::uint32_t number);
+
+// The same for a text.
+std::uint32_t Drawn(const std::string& text);
