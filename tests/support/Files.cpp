@@ -35,13 +35,25 @@ std::string ReadAll(const FileHandle& file, const std::string& name) {
   return content;
 }
 
+// A name that no other process has and none had: process numbers come again, and what the Internet cache keeps of a file
+// goes by the file's path, also when the file is long gone.
+std::string NameOfThisProcess() {
+  FILETIME now;
+  GetSystemTimeAsFileTime(&now);
+  const ULONGLONG milliseconds = (ULONGLONG{now.dwHighDateTime} << 32 | now.dwLowDateTime) / 10000;
+  char name[32];
+  wsprintfA(name, "norvik-%lu-%08lx", GetCurrentProcessId(), static_cast<DWORD>(milliseconds));
+  return name;
+}
+
 }  // namespace
 
 TemporaryFolder::TemporaryFolder() {
+  static const std::string name = NameOfThisProcess();
   static std::atomic<int> count{0};
   char base[MAX_PATH];
   GetTempPathA(MAX_PATH, base);
-  path = std::string(base) + "norvik-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++count);
+  path = base + name + "-" + std::to_string(++count);
   RemoveTree(path);
   if (!CreateDirectoryA(path.c_str(), nullptr))
     ADD_FAILURE() << "cannot create " << path << ", error " << GetLastError();
