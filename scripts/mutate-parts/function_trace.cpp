@@ -1,7 +1,9 @@
-// What the compiler calls at the beginning of every function of the module. It notes each function once in a step, and calls
+// What the compiler calls at the beginning of every function of src/. It notes each function once in a step, and then calls
 // nothing of the system: tests let system calls fail.
 
 #include "function_trace.h"
+
+#include <cstring>
 
 extern "C" IMAGE_DOS_HEADER __ImageBase;
 
@@ -22,11 +24,24 @@ struct Seen {
   LONG step;
 };
 
+ImageKind KindOfThisImage() {
+  char path[MAX_PATH] = "";
+  if (GetModuleFileNameA(reinterpret_cast<HMODULE>(&__ImageBase), path, MAX_PATH) >= MAX_PATH)
+    return ImageKind::kTestProgram;  // none of the others has a path as long
+  const char* const separator = std::strrchr(path, '\\');
+  const char* const name = separator ? separator + 1 : path;
+  if (reinterpret_cast<const void*>(&__ImageBase) != reinterpret_cast<const void*>(GetModuleHandleA(nullptr)))
+    return ImageKind::kModule;
+  if (!lstrcmpiA(name, "norvik.exe"))
+    return ImageKind::kTool;
+  return lstrcmpiA(name, "norvikopen.exe") ? ImageKind::kTestProgram : ImageKind::kOpen;
+}
+
 struct Image {
-  bool isDll = reinterpret_cast<const void*>(&__ImageBase) != reinterpret_cast<const void*>(GetModuleHandleA(nullptr));
-  FunctionTrace* trace = OpenFunctionTrace(!isDll);
-  // A program that a test starts is not the test program: of it only the DLL is looked at.
-  bool isWatched = trace && (isDll || IsTestProgram());
+  ImageKind kind = KindOfThisImage();
+  FunctionTrace* trace = OpenFunctionTrace(kind == ImageKind::kTestProgram);
+  // A program for tests that a test program starts has functions of its own at the same positions.
+  bool isWatched = trace && (kind != ImageKind::kTestProgram || IsTestProgram());
   Seen seen[kSeenFunctions] = {};
 
   bool IsTestProgram() {
@@ -46,7 +61,7 @@ struct Image {
     const LONG number = InterlockedIncrement(&trace->count) - 1;
     if (number < kMostFunctions) {
       const UINT_PTR position = reinterpret_cast<UINT_PTR>(function) - reinterpret_cast<UINT_PTR>(&__ImageBase);
-      trace->functions[number] = {isDll, static_cast<LONG>(position)};
+      trace->functions[number] = {kind, static_cast<LONG>(position)};
     }
   }
 };

@@ -2,11 +2,14 @@
 
 #include <windows.h>
 
-// What the test program and the DLLs that it loads share: which functions of the module were entered since the last step of
-// the test program.
+// What the test program shares with the DLLs that it loads and the programs that it starts: which functions of src/ were entered
+// since its last step.
+
+// Of what a function is a part. A trace calls them "test", "norvik.dll", "norvik.exe" and "norvikopen.exe".
+enum class ImageKind : LONG { kTestProgram, kModule, kTool, kOpen };
 
 struct EnteredFunction {
-  LONG isInDll;   // or in the test program
+  ImageKind image;
   LONG position;  // of the function behind the beginning of its image
 };
 

@@ -19,9 +19,9 @@ KILLS_PER_PROOF = 8
 # How often a program is tried again without a test that fails by itself, or with what runs have left taken away.
 MOST_ATTEMPTS = 4
 
-# The suites that judge the DLL as a whole come last, the longest behind the others.
-LAST_PROGRAMS = ["docs_tests", "control_tests", "names_tests", "hostile_tests", "machine_tests", "long_run_tests",
-                 "torture_tests"]
+# The suites that judge the DLL or the programs as a whole come last, the longest behind the others.
+LAST_PROGRAMS = ["docs_tests", "control_tests", "names_tests", "open_tests", "tool_tests", "hostile_tests", "machine_tests",
+                 "decisions_tests", "long_run_tests", "torture_tests"]
 
 
 @dataclass

@@ -16,7 +16,7 @@ from judge import Judge, Verdict
 from mutants import Draw, all_mutants
 from workplace import ROOT, ToolError, Workplace, fingerprint, project_files
 
-FOLDERS = ("common", "log", "xml", "transfer", "permissions", "engine", "control")
+FOLDERS = ("common", "log", "xml", "transfer", "permissions", "engine", "control", "advice", "tool", "open")
 VERDICTS = preparation.FOLDER / "verdicts.jsonl"
 
 

@@ -35,11 +35,13 @@ def read_trace(folder, program, path):
     for line in path.read_text().splitlines():
         name, *words = line.split()
         entered.setdefault(name, set()).update(words)
-    images = {"exe": folder / BUILD / "tests" / f"{program}.exe", "dll": folder / BUILD / "norvik.dll"}
-    places = {}
-    for kind, image in images.items():
-        mine = {int(word[4:], 16) for words in entered.values() for word in words if word.startswith(kind)}
-        places.update({f"{kind}+{position:x}": place for position, place in places_in(image, mine).items()})
+    images = {"test": folder / BUILD / "tests" / f"{program}.exe",
+              **{name: folder / BUILD / name for name in ("norvik.dll", "norvik.exe", "norvikopen.exe")}}
+    positions = {image: set() for image in images}
+    for image, position in (word.split("+") for words in entered.values() for word in words):
+        positions[image].add(int(position, 16))
+    places = {f"{image}+{position:x}": place for image, path in images.items()
+              for position, place in places_in(path, positions[image]).items()}
     return {name: sorted({places[word] for word in words if word in places}) for name, words in entered.items()}
 
 

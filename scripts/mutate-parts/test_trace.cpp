@@ -1,6 +1,6 @@
 // Part of every test program: writes which functions of the module each test case entered into the file that
 // NORVIK_FUNCTION_TRACE names. A line is a test case, "SUITE.*" for what a suite does beside its cases or "*" for what the
-// program does beside its suites, then "exe+POSITION" and "dll+POSITION" in hexadecimal.
+// program does beside its suites, then words "IMAGE+POSITION", the position in hexadecimal.
 
 #include <gtest/gtest.h>
 
@@ -11,6 +11,8 @@
 #include "function_trace.h"
 
 namespace {
+
+constexpr const char* kImageNames[] = {"test", "norvik.dll", "norvik.exe", "norvikopen.exe"};
 
 class TestTrace : public testing::EmptyTestEventListener {
  public:
@@ -27,7 +29,7 @@ class TestTrace : public testing::EmptyTestEventListener {
     std::fprintf(file, "%s", name.c_str());
     for (LONG number = 0; number < trace->count && number < kMostFunctions; ++number) {
       const EnteredFunction& entered = trace->functions[number];
-      std::fprintf(file, " %s+%lx", entered.isInDll ? "dll" : "exe", entered.position);
+      std::fprintf(file, " %s+%lx", kImageNames[static_cast<LONG>(entered.image)], entered.position);
     }
     std::fprintf(file, "\n");
     std::fflush(file);

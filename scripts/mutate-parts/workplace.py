@@ -2,6 +2,7 @@
 
 import functools
 import hashlib
+import itertools
 import json
 import os
 import pathlib
@@ -125,9 +126,9 @@ class Workplace:
 
     def keep_unchanged(self):
         (self.folder / UNCHANGED / "tests").mkdir(parents=True, exist_ok=True)
-        for path in [self.folder / BUILD / "norvik.dll", *(self.folder / BUILD / "tests").glob("*.exe")]:
-            copy = self.folder / UNCHANGED / path.relative_to(self.folder / BUILD)
-            copy.write_bytes(path.read_bytes())
+        built = self.folder / BUILD
+        for path in itertools.chain(built.glob("*.dll"), built.glob("*.exe"), (built / "tests").glob("*.exe")):
+            (self.folder / UNCHANGED / path.relative_to(built)).write_bytes(path.read_bytes())
 
     @functools.cached_property
     def programs(self):
