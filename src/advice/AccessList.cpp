@@ -83,14 +83,11 @@ bool IsCallerAdministrator() {
 }
 
 // Empty when the caller is no administrator.
-const std::wstring& AdministratingCaller() {
-  static const std::wstring caller = [] {
-    const std::vector<BYTE> information = TokenInformation(TokenUser);
-    if (information.empty() || !IsCallerAdministrator())
-      return std::wstring();
-    return TextOf(reinterpret_cast<const TOKEN_USER*>(information.data())->User.Sid);
-  }();
-  return caller;
+std::wstring AdministratingCaller() {
+  const std::vector<BYTE> information = TokenInformation(TokenUser);
+  if (information.empty() || !IsCallerAdministrator())
+    return {};
+  return TextOf(reinterpret_cast<const TOKEN_USER*>(information.data())->User.Sid);
 }
 
 bool IsTrusted(const std::wstring& account) {

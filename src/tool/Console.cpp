@@ -95,13 +95,12 @@ void PrintError(const std::string& text) {
 }
 
 std::string InColour(Colour colour, const std::string& text) {
-  static const bool isColoured = !std::getenv("NO_COLOR") && UnderstandsSequences(STD_OUTPUT_HANDLE);
-  return isColoured && colour != Colour::None ? Sequence(colour) + text + "\x1b[0m" : text;
+  const bool isColoured = colour != Colour::None && !std::getenv("NO_COLOR") && UnderstandsSequences(STD_OUTPUT_HANDLE);
+  return isColoured ? Sequence(colour) + text + "\x1b[0m" : text;
 }
 
 void ShowProgress(const std::string& text) {
-  static const bool isShown = UnderstandsSequences(STD_ERROR_HANDLE);
-  if (!isShown)
+  if (!UnderstandsSequences(STD_ERROR_HANDLE))
     return;
   WriteText(STD_ERROR_HANDLE, kEraseLine + text.substr(0, kColumns - 1));
   isProgressShown = true;

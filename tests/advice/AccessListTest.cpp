@@ -82,6 +82,21 @@ TEST(AccessListTest, WithoutAListEveryoneWrites) {
   EXPECT_EQ(L"S-1-1-0", WriterByAccessList(nullptr, nullptr));
 }
 
+// The number of the account that runs this program.
+std::string TextOfCaller() {
+  HANDLE token = nullptr;
+  EXPECT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token));
+  alignas(TOKEN_USER) BYTE user[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
+  DWORD size = 0;
+  EXPECT_TRUE(GetTokenInformation(token, TokenUser, user, sizeof(user), &size));
+  CloseHandle(token);
+  char* text = nullptr;
+  EXPECT_TRUE(ConvertSidToStringSidA(reinterpret_cast<const TOKEN_USER*>(user)->User.Sid, &text));
+  const std::string number = text;
+  LocalFree(text);
+  return number;
+}
+
 void LetEveryoneWrite(const std::string& path) {
   Descriptor descriptor("O:BAD:(A;;FA;;;WD)");
   std::string name = path;
@@ -109,6 +124,20 @@ std::string Everyone() {
 
 // What a caller makes belongs to the caller, who has to be an administrator here: an ordinary user writes everything that
 // these tests make.
+// The caller of a test is an administrator, unless the system does not say so.
+TEST(AccessListTest, TheCallerIsTrustedAsAnAdministratorOnly) {
+  const std::string caller = TextOfCaller();
+  const Descriptor others("O:BAD:(A;;FA;;;" + caller + ")");
+  const auto writer = [&others] { return Utf8(WriterByAccessList(others.AccessList(), others.Owner())); };
+  EXPECT_EQ("", writer());
+  for (const TOKEN_INFORMATION_CLASS hidden : {TokenGroups, TokenUser}) {
+    PATCH_IMPORT(information, GetTokenInformation, [hidden](auto original, HANDLE token, auto wanted, auto... rest) -> BOOL {
+      return wanted != hidden && original(token, wanted, rest...);
+    });
+    EXPECT_EQ(caller, writer()) << hidden;
+  }
+}
+
 class WriterOfPathTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -131,6 +160,16 @@ TEST_F(WriterOfPathTest, WhatIsMissingIsMadeByWhoMayWriteAbove) {
   EXPECT_EQ(Everyone(), WriterAt(folder.File("missing\\sub\\a")));
   EXPECT_EQ(Everyone(), WriterAt(folder.File("missing\\sub\\")));
   EXPECT_EQ("", WriterAt(folder.File("a\\below")));
+}
+
+TEST_F(WriterOfPathTest, WhatIsMissingOnADriveIsMadeByWhoMayWriteToItsRoot) {
+  static std::wstring asked;
+  PATCH_IMPORT(information, GetNamedSecurityInfoW, [](auto, auto path, auto...) -> DWORD {
+    asked = path;
+    return ERROR_ACCESS_DENIED;
+  });
+  WriterAt("C:\\no-such-folder\\a");
+  EXPECT_EQ(L"C:\\", asked);
 }
 
 TEST_F(WriterOfPathTest, WhatCannotBeReadHasNoWriter) {

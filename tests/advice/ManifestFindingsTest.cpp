@@ -85,6 +85,30 @@ INSTANTIATE_TEST_SUITE_P(
                     "<Temp/><Attributes><FileTime>2026-06-25 15:45:00Z</FileTime></Attributes>", "time-shifted"}),
     NameOfCase);
 
+class ProfilesBelow : public FakeSurroundings {
+ public:
+  explicit ProfilesBelow(const std::string& path) : folder(WideFromAnsi(path.c_str())) {}
+
+  std::wstring ProfilesFolder() const override { return folder; }
+
+ private:
+  const std::wstring folder;
+};
+
+TEST(ManifestFindingsTest, ARelativePathLiesInNobodysProfile) {
+  const TemporaryFolder profiles;
+  char before[MAX_PATH];
+  ASSERT_NE(0u, GetCurrentDirectoryA(MAX_PATH, before));
+  ASSERT_TRUE(SetCurrentDirectoryA(profiles.Path().c_str()));
+  const auto codesOf = [&](const std::string& path) {
+    const ManifestFile file(ManifestOf(Copy("https://host/a.txt", "<Path>" + path + "</Path>")));
+    return CodesOf(FindingsOf(ManifestDocument(file.Path()), ProfilesBelow(profiles.Path())));
+  };
+  EXPECT_EQ("path-of-one-user", codesOf(profiles.File("Bob\\x")));
+  EXPECT_EQ("", codesOf("Bob\\x"));
+  SetCurrentDirectoryA(before);
+}
+
 TEST(ManifestFindingsTest, AWebSourceWithoutNotFoundTextIsNoted) {
   const Findings findings =
       Found(ManifestOf(Copy("https://host/a.txt", "<Temp/>", "") + Copy("C:\\x\\b.txt", "<Temp/>", "") +

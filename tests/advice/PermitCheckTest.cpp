@@ -42,6 +42,15 @@ TEST_F(PermitCheckTest, TheWorstFindingDecidesAndIsShown) {
               CheckNamed("permit-sound", Check({kWarning, kNote, kError, kOtherError})));
 }
 
+TEST_F(PermitCheckTest, TheFirstLineIsALineAndAFileHasNone) {
+  Finding finding = kWarning;
+  finding.line = 1;
+  ExpectCheck(
+      "permit-sound", DoctorStatus::Warning, "1 warning. Line 1: This", CheckNamed("permit-sound", Check({finding})));
+  finding.line = 0;
+  ExpectCheck("permit-sound", DoctorStatus::Warning, "1 warning. This", CheckNamed("permit-sound", Check({finding})));
+}
+
 TEST_F(PermitCheckTest, AFileThatUsersMayWriteIsSoundAndNotSafe) {
   const DoctorChecks checks = Check({kNote, kWritable});
   ExpectCheck("permit-sound", DoctorStatus::Ok, "Nothing", CheckNamed("permit-sound", checks));

@@ -58,7 +58,10 @@ TEST(SurroundingsTest, TheFoldersOfTheMachineAreKnown) {
   const auto isWindows = [&windows](const NamedFolder& folder) { return _wcsicmp(folder.path.c_str(), windows) == 0; };
   EXPECT_TRUE(std::any_of(guarded.begin(), guarded.end(), isWindows));
   EXPECT_GE(guarded.size(), 4u);
-  EXPECT_EQ(2u, machine.StartupFolders().size());
+  const std::vector<NamedFolder> startup = machine.StartupFolders();
+  ASSERT_EQ(2u, startup.size());
+  EXPECT_EQ("the user's startup folder", startup[0].words);
+  EXPECT_EQ("the startup folder of all users", startup[1].words);
   const std::wstring profiles = machine.ProfilesFolder();
   const auto isProfile = [&profiles](const NamedFolder& folder) { return folder.path.rfind(profiles + L"\\", 0) == 0; };
   EXPECT_FALSE(profiles.empty());

@@ -2,7 +2,156 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "support/ImportPatch.h"
+
 namespace {
+
+// Standard output and standard error as consoles or as files, and what the program writes to them.
+class StreamsTest : public testing::Test {
+ protected:
+  struct Stream {
+    bool isConsole = true;
+    bool knowsSequences = true;
+    DWORD mode = 3;
+    std::vector<std::wstring> written;  // as to a console
+    std::string bytes;                  // as to a file
+    std::size_t mostBytes = 1000000;    // that a file takes at once
+    bool isRead = true;
+  };
+
+  template <class Action>
+  void Do(Action action) {
+    PATCH_IMPORT(
+        handles, GetStdHandle, [&](auto, DWORD number) -> HANDLE { return number == STD_OUTPUT_HANDLE ? &output : &error; });
+    PATCH_IMPORT(modes, GetConsoleMode, [](auto, HANDLE stream, DWORD* mode) -> BOOL {
+      *mode = Of(stream).mode;
+      return Of(stream).isConsole;
+    });
+    PATCH_IMPORT(changes, SetConsoleMode, [](auto, HANDLE stream, DWORD mode) -> BOOL {
+      Of(stream).mode = mode;
+      return Of(stream).knowsSequences;
+    });
+    PATCH_IMPORT(
+        consoles, WriteConsoleW, [](auto, HANDLE stream, const void* text, DWORD length, DWORD* written, void*) -> BOOL {
+          Of(stream).written.emplace_back(static_cast<const wchar_t*>(text), length);
+          *written = length;
+          return TRUE;
+        });
+    PATCH_IMPORT(files, WriteFile, [](auto, HANDLE handle, const void* data, DWORD length, DWORD* written, auto) -> BOOL {
+      Stream& stream = Of(handle);
+      *written = stream.isRead ? static_cast<DWORD>(std::min<std::size_t>(length, stream.mostBytes)) : 0;
+      stream.bytes.append(static_cast<const char*>(data), *written);
+      return stream.isRead;
+    });
+    action();
+    PrintError("");  // takes away what shows progress
+  }
+
+  static Stream& Of(HANDLE stream) { return *static_cast<Stream*>(stream); }
+
+  Stream output;
+  Stream error;
+};
+
+using Pieces = std::vector<std::wstring>;
+
+TEST_F(StreamsTest, AConsoleIsGivenCharacters) {
+  Do([] {
+    Print("\xC3\xA4");
+    PrintError("b");
+  });
+  EXPECT_EQ(Pieces{L"\xE4"}, output.written);
+  EXPECT_EQ(L"b", error.written.at(0));
+  EXPECT_EQ("", output.bytes + error.bytes);
+}
+
+TEST_F(StreamsTest, AConsoleIsGivenALongTextInPieces) {
+  Do([] { Print(std::string(8000, 'a') + std::string(8000, 'b') + "c"); });
+  EXPECT_EQ((Pieces{std::wstring(8000, L'a'), std::wstring(8000, L'b'), L"c"}), output.written);
+}
+
+TEST_F(StreamsTest, AFileIsGivenItsBytesHoweverFewItTakes) {
+  output.isConsole = false;
+  output.mostBytes = 3;
+  Do([] { Print("\xC3\xA4 b c d"); });
+  EXPECT_EQ("\xC3\xA4 b c d", output.bytes);
+  EXPECT_EQ(Pieces{}, output.written);
+}
+
+TEST_F(StreamsTest, WhatNobodyReadsComesToAnEnd) {
+  output.isConsole = false;
+  output.isRead = false;
+  error.isConsole = false;
+  error.mostBytes = 0;
+  Do([] {
+    Print("a");
+    PrintError("b");
+  });
+  EXPECT_EQ("", output.bytes + error.bytes);
+}
+
+TEST_F(StreamsTest, AConsoleThatUnderstandsItShowsColours) {
+  Do([] {
+    EXPECT_EQ("\x1b[32ma\x1b[0m", InColour(Colour::Green, "a"));
+    EXPECT_EQ("\x1b[33ma\x1b[0m", InColour(Colour::Yellow, "a"));
+    EXPECT_EQ("\x1b[31ma\x1b[0m", InColour(Colour::Red, "a"));
+    EXPECT_EQ("\x1b[90ma\x1b[0m", InColour(Colour::Grey, "a"));
+    EXPECT_EQ("a", InColour(Colour::None, "a"));
+  });
+  EXPECT_EQ(7u, output.mode) << "it was not told to, or lost what else it does";
+  EXPECT_EQ(3u, error.mode);
+}
+
+TEST_F(StreamsTest, NothingElseShowsColours) {
+  output.knowsSequences = false;
+  Do([] { EXPECT_EQ("a", InColour(Colour::Red, "a")); });
+  output.knowsSequences = true;
+  output.isConsole = false;
+  Do([] { EXPECT_EQ("a", InColour(Colour::Red, "a")); });
+  output.isConsole = true;
+  _putenv("NO_COLOR=1");
+  Do([] { EXPECT_EQ("a", InColour(Colour::Red, "a")); });
+  _putenv("NO_COLOR=");
+  Do([] { EXPECT_NE("a", InColour(Colour::Red, "a")); });
+}
+
+TEST_F(StreamsTest, ProgressIsALineThatTheNextTextTakesAway) {
+  const std::wstring erased = L"\r\x1b[K";
+  Do([] {
+    ShowProgress("1 of 2");
+    ShowProgress(std::string(120, 'x'));
+    Print("done");
+    Print("more");
+  });
+  EXPECT_EQ((Pieces{erased + L"1 of 2", erased + std::wstring(99, L'x'), erased}), error.written);
+  EXPECT_EQ((Pieces{L"done", L"more"}), output.written);
+  EXPECT_EQ(7u, error.mode);
+  error.written.clear();
+  Do([] {
+    ShowProgress("1 of 2");
+    PrintError("failed");
+  });
+  EXPECT_EQ((Pieces{erased + L"1 of 2", erased, L"failed"}), error.written);
+}
+
+TEST_F(StreamsTest, AFileHasNoProgress) {
+  error.isConsole = false;
+  Do([] {
+    ShowProgress("1 of 2");
+    Print("done");
+  });
+  EXPECT_EQ("", error.bytes);
+  EXPECT_EQ(Pieces{}, error.written);
+  error.isConsole = true;
+  error.knowsSequences = false;
+  Do([] { ShowProgress("1 of 2"); });
+  EXPECT_EQ(Pieces{}, error.written);
+}
 
 TEST(ConsoleTest, ParagraphsAreIndentedAndFitIntoAHundredColumns) {
   EXPECT_EQ("  a b\n", Paragraph(2, " a\r\n\tb "));

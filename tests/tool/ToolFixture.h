@@ -4,14 +4,12 @@
 
 #include <gtest/gtest.h>
 
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "support/Files.h"
 #include "support/Program.h"
-
-using Json = nlohmann::json;
+#include "tool/Json.h"
 
 // The built program in a folder of its own, beside the module, with a permission file and a manifest:
 //

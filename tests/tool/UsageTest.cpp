@@ -13,6 +13,7 @@ using UsageTest = ToolTest;
 struct WrongRow {
   const char* name;
   std::vector<std::wstring> arguments;
+  const char* told;
 };
 
 class WrongUsageTest : public ToolTest, public testing::WithParamInterface<WrongRow> {};
@@ -21,29 +22,47 @@ TEST_P(WrongUsageTest, IsToldOnStandardErrorAlone) {
   const ProgramResult result = Run(GetParam().arguments);
   EXPECT_EQ(2u, result.code);
   EXPECT_EQ("", result.output);
-  EXPECT_EQ(0u, result.errors.find("norvik: ")) << result.errors;
+  EXPECT_EQ(0u, result.errors.find(std::string("norvik: ") + GetParam().told + "\n")) << result.errors;
   EXPECT_GE(2u, LinesOf(result.errors).size()) << result.errors;
 }
 
 INSTANTIATE_TEST_SUITE_P(
     , WrongUsageTest,
     testing::Values(
-        WrongRow{"Nothing", {}}, WrongRow{"AnUnknownCommand", {L"bogus"}},
-        WrongRow{"AnUnknownOption", {L"check", L"--bogus"}}, WrongRow{"AnEmptyCommand", {L""}},
-        WrongRow{"PlanOfNothing", {L"plan"}}, WrongRow{"RunOfNothing", {L"run"}},
-        WrongRow{"PlanOfTwo", {L"plan", L"a", L"b"}}, WrongRow{"ExplainWithoutAQuestion", {L"explain"}},
-        WrongRow{"AQuestionWithoutText", {L"explain", L"--source"}},
-        WrongRow{"AFolderOfNoKind", {L"explain", L"--folder", L"Nowhere=x"}},
-        WrongRow{"AFolderWithoutAKind", {L"explain", L"--folder", L"=x"}},
-        WrongRow{"TwoCommands", {L"plan", L"a.xml", L"run", L"b.xml"}},
-        WrongRow{"RunWithAPermissionFile", {L"run", L"a.xml", L"--permit", L"b.xml"}},
-        WrongRow{"BrowserWithoutACommand", {L"browser"}}, WrongRow{"BrowserOfAnUnknownCommand", {L"browser", L"bogus"}},
-        WrongRow{"BrowserOnWithAnArgument", {L"browser", L"on", L"a"}},
-        WrongRow{"AKitWithoutAnOrigin", {L"browser", L"kit", L"--out", L"kit"}},
-        WrongRow{"AKitWithoutAFolder", {L"browser", L"kit", L"--origin", L"https://a"}},
-        WrongRow{"AKitForAnEmptyFolder", {L"browser", L"kit", L"--origin", L"https://a", L"--out", L""}},
-        WrongRow{"AnOriginWithoutText", {L"browser", L"kit", L"--out", L"kit", L"--origin"}},
-        WrongRow{"HalfACharacter", {L"check", L"a\xD800.xml"}}),
+        WrongRow{"Nothing", {}, "A subcommand is required"},
+        WrongRow{"AnUnknownCommand", {L"bogus"}, "A subcommand is required"},
+        WrongRow{"AnUnknownOption", {L"check", L"--bogus"}, "The following argument was not expected: --bogus"},
+        WrongRow{"AnEmptyCommand", {L""}, "A subcommand is required"},
+        WrongRow{"PlanOfNothing", {L"plan"}, "URL is required"}, WrongRow{"RunOfNothing", {L"run"}, "URL is required"},
+        WrongRow{"PlanOfTwo", {L"plan", L"a", L"b"}, "The following argument was not expected: b"},
+        WrongRow{"ExplainWithoutAQuestion",
+                 {L"explain"},
+                 "explain needs a question: --manifest, --source, --extension or --folder."},
+        WrongRow{"AQuestionWithoutText", {L"explain", L"--source"}, "--source: 1 required URL missing"},
+        WrongRow{"AFolderOfNoKind",
+                 {L"explain", L"--folder", L"Nowhere=x"},
+                 "'Nowhere' is no kind of folder; 'Personal', 'Temp' and 'Path=C:\\Apps' are examples."},
+        WrongRow{"AFolderWithoutAKind",
+                 {L"explain", L"--folder", L"=x"},
+                 "'' is no kind of folder; 'Personal', 'Temp' and 'Path=C:\\Apps' are examples."},
+        WrongRow{
+            "TwoCommands", {L"plan", L"a.xml", L"run", L"b.xml"}, "The following arguments were not expected: b.xml run"},
+        WrongRow{"RunWithAPermissionFile",
+                 {L"run", L"a.xml", L"--permit", L"b.xml"},
+                 "The following arguments were not expected: b.xml --permit"},
+        WrongRow{"BrowserWithoutACommand", {L"browser"}, "A subcommand is required"},
+        WrongRow{"BrowserOfAnUnknownCommand", {L"browser", L"bogus"}, "A subcommand is required"},
+        WrongRow{"BrowserOnWithAnArgument", {L"browser", L"on", L"a"}, "The following argument was not expected: a"},
+        WrongRow{"AKitWithoutAnOrigin", {L"browser", L"kit", L"--out", L"kit"}, "--origin is required"},
+        WrongRow{"AKitWithoutAFolder", {L"browser", L"kit", L"--origin", L"https://a"}, "--out is required"},
+        WrongRow{"AKitForAnEmptyFolder",
+                 {L"browser", L"kit", L"--origin", L"https://a", L"--out", L""},
+                 "--out names no folder."},
+        WrongRow{"AnOriginWithoutText",
+                 {L"browser", L"kit", L"--out", L"kit", L"--origin"},
+                 "--origin: 1 required ORIGIN missing"},
+        WrongRow{
+            "HalfACharacter", {L"check", L"a\xD800.xml"}, "An argument is not valid text: it has half of a character."}),
     [](const testing::TestParamInfo<WrongRow>& row) { return std::string(row.param.name); });
 
 struct UnansweredRow {
