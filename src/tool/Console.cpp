@@ -2,6 +2,7 @@
 
 #include "common/Windows.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "advice/Words.h"
@@ -73,13 +74,20 @@ const char* Sequence(Colour colour) {
   return "";
 }
 
+bool BeginsCharacter(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
+}
+
 std::size_t CountColumns(const std::string& text) {
-  std::size_t columns = 0;
-  for (const char byte : text) {
-    if ((static_cast<unsigned char>(byte) & 0xC0) != 0x80)
-      ++columns;
-  }
-  return columns;
+  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), BeginsCharacter));
+}
+
+// As much of the text as has no more columns.
+std::string Cut(const std::string& text, std::size_t columns) {
+  std::size_t end = 0;
+  while (end < text.size() && (!BeginsCharacter(text[end]) || columns-- > 0))
+    ++end;
+  return text.substr(0, end);
 }
 
 }  // namespace
@@ -102,7 +110,7 @@ std::string InColour(Colour colour, const std::string& text) {
 void ShowProgress(const std::string& text) {
   if (!UnderstandsSequences(STD_ERROR_HANDLE))
     return;
-  WriteText(STD_ERROR_HANDLE, kEraseLine + text.substr(0, kColumns - 1));
+  WriteText(STD_ERROR_HANDLE, kEraseLine + Cut(text, kColumns - 1));
   isProgressShown = true;
 }
 

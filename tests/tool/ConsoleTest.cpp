@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "support/ImportPatch.h"
+#include "tool/ToolFixture.h"
 
 namespace {
 
@@ -125,10 +126,12 @@ TEST_F(StreamsTest, ProgressIsALineThatTheNextTextTakesAway) {
   Do([] {
     ShowProgress("1 of 2");
     ShowProgress(std::string(120, 'x'));
+    ShowProgress(Repeated("\xC3\xA4", 100));
     Print("done");
     Print("more");
   });
-  EXPECT_EQ((Pieces{erased + L"1 of 2", erased + std::wstring(99, L'x'), erased}), error.written);
+  EXPECT_EQ((Pieces{erased + L"1 of 2", erased + std::wstring(99, L'x'), erased + std::wstring(99, L'\xE4'), erased}),
+            error.written);
   EXPECT_EQ((Pieces{L"done", L"more"}), output.written);
   EXPECT_EQ(7u, error.mode);
   error.written.clear();
@@ -162,9 +165,7 @@ TEST(ConsoleTest, ParagraphsAreIndentedAndFitIntoAHundredColumns) {
 }
 
 TEST(ConsoleTest, AColumnIsACharacterAndNotAByte) {
-  std::string word;
-  for (int i = 0; i < 49; ++i)
-    word += "\xC3\xA4";
+  const std::string word = Repeated("\xC3\xA4", 49);
   EXPECT_EQ(word + " " + word + "\n", Paragraph(0, word + " " + word));
 }
 

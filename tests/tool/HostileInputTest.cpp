@@ -14,13 +14,6 @@ struct HostileRow {
   unsigned long checkCode;
 };
 
-std::string Repeated(const std::string& text, int times) {
-  std::string repeated;
-  for (int i = 0; i < times; ++i)
-    repeated += text;
-  return repeated;
-}
-
 class HostileDocumentTest : public ToolTest, public testing::WithParamInterface<HostileRow> {};
 
 const bool kIsShared = ShareCases("HostileDocumentTest", "GivesADocumentedExitCode");

@@ -82,3 +82,10 @@ std::vector<std::string> LinesOf(const std::string& output) {
     lines.push_back(line);
   return lines;
 }
+
+std::string Repeated(const std::string& text, int times) {
+  std::string repeated;
+  for (int i = 0; i < times; ++i)
+    repeated += text;
+  return repeated;
+}

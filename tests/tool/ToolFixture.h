@@ -34,3 +34,5 @@ class ToolTest : public testing::Test {
 
 // The lines of an output, without their ends.
 std::vector<std::string> LinesOf(const std::string& output);
+
+std::string Repeated(const std::string& text, int times);
