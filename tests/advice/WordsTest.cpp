@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/ImportPatch.h"
+
 namespace {
 
 TEST(WordsTest, GoBetweenTheEncodings) {
@@ -47,6 +49,21 @@ TEST(WordsTest, NameResults) {
   EXPECT_NE("", SystemText(E_ACCESSDENIED));
   EXPECT_EQ("0x80070005, " + SystemText(E_ACCESSDENIED), CodeAndText(E_ACCESSDENIED));
   EXPECT_EQ("0xe0001234", CodeAndText(static_cast<HRESULT>(0xE0001234)));
+}
+
+TEST(WordsTest, TheSystemsTextLosesItsEnd) {
+  std::wstring told;
+  PATCH_IMPORT(messages, FormatMessageW, [&told](auto, auto, auto, auto, auto, wchar_t* text, auto...) -> DWORD {
+    told.copy(text, told.size());
+    return static_cast<DWORD>(told.size());
+  });
+  for (const wchar_t* const text :
+       {L"Access is denied.", L"Access is denied.\r\n", L"Access is denied. ", L"Access is denied. \n \r\n"}) {
+    told = text;
+    EXPECT_EQ("Access is denied.", SystemText(E_ACCESSDENIED));
+  }
+  told = L" \r\n";
+  EXPECT_EQ("0x80070005", CodeAndText(E_ACCESSDENIED));
 }
 
 }  // namespace
