@@ -69,4 +69,27 @@ TEST_F(ReadDocumentTest, AFileMayHave64MiBAndNoByteMore) {
   EXPECT_EQ("", Complaint("a.xml"));
 }
 
+// What PathForModule makes of a path that the code page lacks, when the system gives this short form and its length.
+std::wstring PathByShortForm(const std::wstring& shortForm, DWORD length) {
+  PATCH_IMPORT(forms, GetShortPathNameW, [&](auto, auto, wchar_t* path, DWORD) -> DWORD {
+    shortForm.copy(path, shortForm.size());
+    return length;
+  });
+  try {
+    return PathForModule(L"C:\\\x4E00.xml");
+  } catch (const Unanswered& unanswered) {
+    return WideFromUtf8(unanswered.what());
+  }
+}
+
+TEST(PathForModuleTest, IsThePathOrItsShortForm) {
+  const std::wstring complaint =
+      L"The module cannot open 'C:\\\x4E00.xml': the name has characters that the code page of this machine lacks.";
+  EXPECT_EQ(L"C:\\\xE4.xml", PathForModule(L"C:\\\xE4.xml"));
+  EXPECT_EQ(L"C:\\1~1.XML", PathByShortForm(L"C:\\1~1.XML", 10));
+  EXPECT_EQ(complaint, PathByShortForm(L"C:\\\x4E00.xml", 8)) << "it has no other form";
+  EXPECT_EQ(complaint, PathByShortForm(L"C:\\1~1.XML", 0));
+  EXPECT_EQ(complaint, PathByShortForm(L"C:\\1~1.XML", MAX_PATH));
+}
+
 }  // namespace

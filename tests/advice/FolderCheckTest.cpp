@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "advice/DoctorExpectations.h"
+#include "advice/Words.h"
 #include "support/Files.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
@@ -25,9 +26,10 @@ TEST(LogFolderCheckTest, AFolderThatCanBeWrittenIsLeftAsItWas) {
   const TemporaryFolder folder;
   PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder(folder.Path()));
   int files = 0;
-  PATCH_IMPORT(creates, CreateFileA, [&](auto original, auto... arguments) {
+  PATCH_IMPORT(creates, CreateFileA, [&](auto original, const char* path, auto... arguments) {
     ++files;
-    return original(arguments...);
+    EXPECT_EQ(0u, std::string(path).find(folder.File("Vantor\\Logs\\Norvik\\norvik-doctor-"))) << path;
+    return original(path, arguments...);
   });
   ExpectCheck("log-folder", DoctorStatus::Ok, folder.File("Vantor\\Logs\\Norvik'"), CheckLogFolder());
   EXPECT_EQ(1, files);
@@ -38,7 +40,8 @@ TEST(LogFolderCheckTest, AFolderThatCannotBeWrittenFails) {
   const TemporaryFolder folder;
   PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder(folder.Path()));
   PATCH_IMPORT(denied, CreateFileA, FailWith(INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED));
-  ExpectCheck("log-folder", DoctorStatus::Failed, "Norvik' cannot be written (0x80070005", CheckLogFolder());
+  ExpectCheck("log-folder", DoctorStatus::Failed,
+              "Norvik' cannot be written (" + CodeAndText(E_ACCESSDENIED) + "): runs leave no log.", CheckLogFolder());
 }
 
 TEST(LogFolderCheckTest, ADiskThatIsFullFails) {
@@ -53,7 +56,8 @@ TEST(LogFolderCheckTest, LogsInTheDrivesRootAreAWarning) {
   const TemporaryFolder folder;
   WriteWholeFile(folder.File("Vantor"), "in the way");
   PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder(folder.Path()));
-  ExpectCheck("log-folder", DoctorStatus::Warning, "Logs go to 'C:\\'", CheckLogFolder());
+  ExpectCheck("log-folder", DoctorStatus::Warning,
+              "Logs go to 'C:\\': the folder below the user's local application data cannot be made.", CheckLogFolder());
 }
 
 TEST(FolderCheckTest, AFolderThatIsThereIsOk) {
@@ -75,7 +79,8 @@ TEST(FolderCheckTest, AFileInTheFoldersPlaceFails) {
   const TemporaryFolder folder;
   WriteWholeFile(folder.File("Vantor"), "");
   PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder(folder.Path()));
-  ExpectCheck("folder-VantorUser", DoctorStatus::Failed, "is a file", CheckFolder(FolderKind::VantorUser));
+  ExpectCheck("folder-VantorUser", DoctorStatus::Failed, " is a file, so no file can go there. Move it away.",
+              CheckFolder(FolderKind::VantorUser));
 }
 
 TEST(FolderCheckTest, AFolderOnAnotherMachineIsNotAskedFor) {

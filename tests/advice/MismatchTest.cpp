@@ -83,6 +83,43 @@ TEST(MismatchTest, OfFolders) {
   EXPECT_EQ("path-differs", reason(L"C:\\A", L"C:\\B"));
 }
 
+template <class Item>
+std::string MessageOfAny(const Item& entry, const Item& candidate) {
+  const std::optional<Mismatch> reason = FindMismatch(entry, candidate);
+  return reason ? MessageOf(*reason, entry, candidate) : "";
+}
+
+TEST(MismatchTest, MessagesSayWhatTheEntryPermits) {
+  const auto ofURLs = [](const wchar_t* entry, const wchar_t* candidate) {
+    return MessageOfAny(
+        CSourceURL(entry, SourceRole::PermittedEntry, nullptr), CSourceURL(candidate, SourceRole::Command, nullptr));
+  };
+  EXPECT_EQ("The entry is on this machine, and what is asked for is on the web.", ofURLs(L"C:\\x\\", L"http://a/x/z.txt"));
+  EXPECT_EQ("The entry is on the web, and what is asked for is on this machine.", ofURLs(L"http://a/x/", L"C:\\x\\z.txt"));
+  EXPECT_EQ("The entry permits http:// and not https://.", ofURLs(L"http://a/x/", L"https://a/x/z.txt"));
+  EXPECT_EQ("The entry permits the host 'a'.", ofURLs(L"http://a/x/", L"http://b/x/z.txt"));
+  EXPECT_EQ("The entry permits the host 'a'.", ofURLs(L"http://anna:secret@a/x/", L"http://b/x/z.txt"));
+  EXPECT_EQ("Only the case of letters differs, and it counts on the web: the entry permits 'http://a/X'.",
+            ofURLs(L"http://a/X/", L"http://a/x/z.txt"));
+  EXPECT_EQ("The entry is longer: it permits only what begins with 'http://a/x/y'.",
+            ofURLs(L"http://a/x/y/", L"http://a/x/z.txt"));
+  EXPECT_EQ("The entry permits what begins with 'http://a/x'.", ofURLs(L"http://a/x/", L"http://a/y/z.txt"));
+}
+
+TEST(MismatchTest, MessagesSayWhichExtensionAndFolderTheEntryPermits) {
+  const auto ofExtensions = [](const wchar_t* entry) {
+    return MessageOfAny(CSourceExtension(entry, nullptr), CSourceExtension(L"exe", nullptr));
+  };
+  EXPECT_EQ("The entry begins with a dot, which no extension has: write it without.", ofExtensions(L".exe"));
+  EXPECT_EQ("The entry permits the extension 'txt'.", ofExtensions(L"txt"));
+  const auto ofFolders = [](const wchar_t* entry) {
+    return MessageOfAny(
+        CDestinationFolder(FolderKind::Path, entry, nullptr), CDestinationFolder(FolderKind::Path, L"C:\\A", nullptr));
+  };
+  EXPECT_EQ("The entry is longer: it permits only what begins with 'C:\\A\\B'.", ofFolders(L"C:\\A\\B"));
+  EXPECT_EQ("The entry permits what begins with 'C:\\B'.", ofFolders(L"C:\\B"));
+}
+
 // Texts of few letters, so that many begin with each other.
 std::wstring RandomURL(Dice& dice) {
   static const std::vector<std::wstring> starts = {

@@ -3,11 +3,14 @@
 #include "common/Windows.h"
 
 #include <gtest/gtest.h>
+#include <shlobj.h>
 
 #include <algorithm>
+#include <cwchar>
 
 #include "advice/Words.h"
 #include "support/Files.h"
+#include "support/ImportPatch.h"
 
 namespace {
 
@@ -49,6 +52,36 @@ TEST(SurroundingsTest, ProgramsAreWhatTheListOfTheSystemHasToo) {
   SetEnvironmentVariableW(L"PATHEXT", nullptr);
   EXPECT_FALSE(machine.IsProgram("qq"));
   SetEnvironmentVariableW(L"PATHEXT", before);
+}
+
+TEST(SurroundingsTest, AllGuardedFoldersHaveTheirWords) {
+  PATCH_IMPORT(folders, SHGetFolderPathW, [](auto, HWND, int id, HANDLE, DWORD, wchar_t* path) -> HRESULT {
+    wcscpy(path, (L"C:\\" + std::to_wstring(id & ~CSIDL_FLAG_DONT_VERIFY)).c_str());
+    return S_OK;
+  });
+  wchar_t before[1024] = L"";
+  GetEnvironmentVariableW(L"ProgramW6432", before, 1024);
+  SetEnvironmentVariableW(L"ProgramW6432", L"C:\\64");
+  std::string guarded;
+  for (const NamedFolder& folder : machine.GuardedFolders())
+    guarded += Utf8(folder.path) + " " + folder.words + "\n";
+  SetEnvironmentVariableW(L"ProgramW6432", *before ? before : nullptr);
+  const auto place = [](int id) { return "C:\\" + std::to_string(id); };
+  EXPECT_EQ(place(CSIDL_WINDOWS) + " the Windows folder\n" + place(CSIDL_SYSTEM) + " the system folder\n" +
+                place(CSIDL_SYSTEMX86) + " the system folder\n" + place(CSIDL_PROGRAM_FILES) +
+                " the folder of all programs\nC:\\64 the folder of all programs\n" + place(CSIDL_PROGRAM_FILESX86) +
+                " the folder of all programs\n" + place(CSIDL_PROFILE) + " a user's whole profile\n",
+            guarded);
+}
+
+TEST(SurroundingsTest, ADriveIsAskedForByItsRoot) {
+  std::wstring asked;
+  PATCH_IMPORT(drives, GetDriveTypeW, [&asked](auto, const wchar_t* root) -> UINT {
+    asked = root;
+    return DRIVE_REMOTE;
+  });
+  EXPECT_EQ("", machine.NeighbourOf(L"C:\\Data"));
+  EXPECT_EQ(L"C:\\", asked);
 }
 
 TEST(SurroundingsTest, TheFoldersOfTheMachineAreKnown) {

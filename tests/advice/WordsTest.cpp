@@ -9,6 +9,7 @@ namespace {
 TEST(WordsTest, GoBetweenTheEncodings) {
   EXPECT_EQ("", Utf8(L""));
   EXPECT_EQ("\xE2\x82\xAC\xF0\x9F\x98\x80", Utf8(L"\x20AC\xD83D\xDE00"));
+  EXPECT_EQ("\x7F\xC2\x80", Utf8(L"\x7F\x80"));
   EXPECT_EQ(L"\x20AC\xD83D\xDE00", WideFromUtf8("\xE2\x82\xAC\xF0\x9F\x98\x80"));
   EXPECT_EQ("", Utf8FromAnsi(nullptr));
   EXPECT_EQ("\xC3\xA4", Utf8FromAnsi("\xE4"));  // the tests' code page is 1252
