@@ -149,7 +149,6 @@ def run(options, draw):
     finally:
         for place in places:
             place.abandon()
-            place.end_wine()
         summary = report.write(preparation.FOLDER, work.verdicts, options, state)
     if work.failure:
         raise work.failure

@@ -76,6 +76,11 @@ def fingerprint(names):
     return digest.hexdigest()
 
 
+def shell_command(commands):
+    """The command that runs these in the shell, with what scripts/lib.sh has."""
+    return ["bash", "-c", f"set -euo pipefail; . scripts/lib.sh; {commands}"]
+
+
 def program_of(entry):
     """The name of the test program that an entry of CTest runs, and the variables that are set for it."""
     name = next(pathlib.Path(word).stem for word in entry["command"] if word.endswith(".exe"))
@@ -90,6 +95,7 @@ class Workplace:
         self.folder = ROOT / "build" / "mutate" / str(number)
         self.processors = processors  # to build with
         self.process = None           # that is running
+        self.is_abandoned = False
 
     def take_project(self, names):
         """Makes the copy's files those of the project. What is the same stays untouched, and is not built again."""
@@ -194,13 +200,22 @@ class Workplace:
         return [name for name in names if "DISABLED_" not in name]
 
     def abandon(self):
-        """Ends the program that is running."""
+        """Ends what is running, and lets nothing else begin: another thread may be at work here."""
+        self.is_abandoned = True
         if self.process and self.process.poll() is None:
             self._stop()
+        if (self.folder / "scripts").is_dir():
+            subprocess.run(shell_command("choose_prefix x64; end_wine"), cwd=self.folder, check=False,
+                           stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def _start(self, command, output, folder, environment=None):
-        self.process = subprocess.Popen(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=output,
-                                        stderr=subprocess.STDOUT, start_new_session=True)
+        if not self.is_abandoned:
+            self.process = subprocess.Popen(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=output,
+                                            stderr=subprocess.STDOUT, start_new_session=True)
+        if self.is_abandoned:  # before, or meanwhile
+            if self.process and self.process.poll() is None:
+                self._stop()
+            raise ToolError("interrupted")
 
     def _stop(self):
         os.killpg(self.process.pid, signal.SIGTERM)
@@ -224,4 +239,4 @@ class Workplace:
 
     def _shell(self, commands):
         """Commands of scripts/lib.sh. Their output goes to a file: Wine's services would keep a pipe open."""
-        self._run(["bash", "-c", f"set -euo pipefail; . scripts/lib.sh; {commands}"], "wine.log")
+        self._run(shell_command(commands), "wine.log")

@@ -1,6 +1,10 @@
+import pathlib
+import tempfile
+import threading
+import time
 import unittest
 
-from workplace import Run, program_of
+from workplace import Run, ToolError, Workplace, program_of
 
 OUTPUT = """[==========] Running 3 tests from 2 test suites.
 [ RUN      ] ATest.Passes
@@ -39,6 +43,26 @@ class ProgramTest(unittest.TestCase):
     def test_an_entry_may_have_no_variables(self):
         entry = {"name": "a_tests", "command": ["run", "a_tests.exe"], "properties": []}
         self.assertEqual(("a_tests", {}), program_of(entry))
+
+
+class AbandonTest(unittest.TestCase):
+    def test_what_runs_ends_and_nothing_else_begins(self):
+        with tempfile.TemporaryDirectory() as folder:
+            place = Workplace(1, 1)
+            place.folder = pathlib.Path(folder)
+            (place.folder / "build").mkdir()
+            codes = []
+            thread = threading.Thread(target=lambda: codes.append(place._call(["sleep", "60"], "sleep.log")))
+            begun = time.monotonic()
+            thread.start()
+            while not place.process:
+                time.sleep(0.01)
+            place.abandon()
+            thread.join()
+            self.assertNotEqual([0], codes)
+            self.assertLess(time.monotonic() - begun, 30)
+            with self.assertRaises(ToolError):
+                place._call(["true"], "true.log")
 
 
 if __name__ == "__main__":
