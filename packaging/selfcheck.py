@@ -22,7 +22,7 @@ COMPANIONS = ("interrupted_host.exe", "other_host.exe", "selfcheck.exe")
 
 # What the test programs read of the project (NORVIK_PROJECT_FOLDER).
 READ_BY_TESTS = ("README.md", "docs/*.md", "docs/*.json", "samples/**/*", "share/dtd/*", "share/page/*",
-                 "tests/decisions/*.json", "tests/fuzz/corpus/*/*", "tests/page/cases.js",
+                 "tests/advice/messages.txt", "tests/decisions/*.json", "tests/fuzz/corpus/*/*", "tests/page/cases.js",
                  "tests/transfer/data/*.txt")
 
 # What is opened with an editor, or read by the command interpreter, on Windows.

@@ -12,6 +12,7 @@
 #include "ManifestSupport.h"
 #include "advice/ManifestFindings.h"
 #include "advice/PermitFindings.h"
+#include "advice/Words.h"
 #include "support/PermitFile.h"
 
 namespace {
@@ -121,6 +122,30 @@ TEST(FindingsPageTest, TheExamplesHaveWhatTheyShow) {
     }
   }
   EXPECT_GE(examples, 50);
+}
+
+// Paths of the user who runs the tests are not written down.
+std::string WithoutProfiles(std::string message) {
+  const std::string start = "'" + Utf8(ThisMachinesSurroundings().ProfilesFolder()) + "\\";
+  for (std::size_t place = 0; (place = message.find('\'', place)) != std::string::npos; ++place) {
+    if (_strnicmp(message.c_str() + place, start.c_str(), start.size()) == 0)
+      message.replace(place, message.find('\'', place + 1) + 1 - place, "PATH");
+  }
+  return message;
+}
+
+// messages.txt has what is said of the first example of each section.
+TEST(FindingsPageTest, TheMessagesAreThoseThatAreWrittenDown) {
+  std::string said;
+  for (const Section& section : Sections()) {
+    if (!section.examples.empty()) {
+      for (const Finding& finding : OfCode(FindingsOfExample(section.examples[0]), section.code))
+        said += section.code + "\n  " + WithoutProfiles(finding.message) + "\n";
+    }
+  }
+  std::string written = ReadWholeFile(ProjectFile("tests/advice/messages.txt"));
+  written.erase(std::remove(written.begin(), written.end(), '\r'), written.end());
+  EXPECT_EQ(written, said);
 }
 
 // These need a machine or a document that no short example can show.
