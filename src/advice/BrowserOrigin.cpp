@@ -72,8 +72,7 @@ std::string WhyNoScheme(const std::string& text) {
   const std::size_t end = text.find(kSeparator);
   if (end == std::string::npos)
     return "It has no scheme: Edge and Chrome would take it for every host below that name as well, and Firefox would "
-           "ignore "
-           "it. Write 'https://' in front of the host.";
+           "ignore it. Write 'https://' in front of the host.";
   const std::string scheme = text.substr(0, end);
   if (scheme != "http" && scheme != "https")
     return "Only sites with 'https://' or 'http://' can be listed.";

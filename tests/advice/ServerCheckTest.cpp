@@ -4,6 +4,7 @@
 #include <wininet.h>
 
 #include "advice/DoctorExpectations.h"
+#include "advice/Words.h"
 #include "support/Files.h"
 #include "support/ImportPatch.h"
 #include "support/LogCapture.h"
@@ -105,22 +106,48 @@ struct Words {
 class RequestWordsTest : public testing::TestWithParam<Words> {};
 
 TEST_P(RequestWordsTest, SayWhatItMeans) {
-  const std::string words = WordsForRequest(HRESULT_FROM_WIN32(GetParam().error));
-  EXPECT_NE(std::string::npos, words.find(GetParam().words)) << words;
+  EXPECT_EQ(GetParam().words, WordsForRequest(HRESULT_FROM_WIN32(GetParam().error)));
+}
+
+TEST(OtherRequestWordsTest, SayTheCode) {
+  EXPECT_EQ("The request failed (" + CodeAndText(HRESULT_FROM_WIN32(ERROR_DISK_FULL)) + ").",
+            WordsForRequest(HRESULT_FROM_WIN32(ERROR_DISK_FULL)));
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Failures, RequestWordsTest,
-    testing::Values(Words{"Revoked", ERROR_INTERNET_SEC_CERT_REVOKED, "has been revoked"},
-                    Words{"RevocationUnknown", ERROR_INTERNET_SEC_CERT_REV_FAILED, "Nobody could be asked"},
-                    Words{"NoRevocation", ERROR_INTERNET_SEC_CERT_NO_REV, "does not say where to ask"},
-                    Words{"Date", ERROR_INTERNET_SEC_CERT_DATE_INVALID, "expired"},
-                    Words{"Name", ERROR_INTERNET_SEC_CERT_CN_INVALID, "another name"},
-                    Words{"Authority", ERROR_INTERNET_INVALID_CA, "does not trust"},
-                    Words{"Faults", ERROR_INTERNET_SEC_CERT_ERRORS, "several faults"},
-                    Words{"Invalid", ERROR_INTERNET_SEC_INVALID_CERT, "is not valid"},
-                    Words{"Channel", ERROR_INTERNET_SECURITY_CHANNEL_ERROR, "no encryption"},
-                    Words{"Timeout", ERROR_INTERNET_TIMEOUT, "in time"}, Words{"Other", ERROR_DISK_FULL, "0x80070070"}),
+    testing::Values(
+        Words{"Name", ERROR_INTERNET_NAME_NOT_RESOLVED,
+              "The name of the server is not known. Check the name, the network and the proxy."},
+        Words{"NoConnection", ERROR_INTERNET_CANNOT_CONNECT,
+              "No connection to the server. Check that it runs, the firewall and the proxy."},
+        Words{"Aborted", ERROR_INTERNET_CONNECTION_ABORTED, "The server ended the connection before it answered."},
+        Words{"Reset", ERROR_INTERNET_CONNECTION_RESET, "The server ended the connection before it answered."},
+        Words{"Timeout", ERROR_INTERNET_TIMEOUT, "The server did not answer in time."},
+        Words{"NoWebServer", ERROR_HTTP_INVALID_SERVER_RESPONSE, "What answered is no web server."},
+        Words{"NoURL", ERROR_INTERNET_INVALID_URL, "The system does not understand the URL."},
+        Words{"NoScheme", ERROR_INTERNET_UNRECOGNIZED_SCHEME, "The system does not understand the URL."},
+        Words{"Redirect", ERROR_HTTP_REDIRECT_FAILED, "The server leads elsewhere, and the system does not follow."},
+        Words{"CertificateDate", ERROR_INTERNET_SEC_CERT_DATE_INVALID,
+              "The server's certificate has expired or is not valid yet. Renew it, or set the clock of this machine."},
+        Words{"CertificateName", ERROR_INTERNET_SEC_CERT_CN_INVALID,
+              "The server's certificate is for another name. Use the name that it was made for, or give the server one for "
+              "this name."},
+        Words{"CertificateAuthority", ERROR_INTERNET_INVALID_CA,
+              "The server's certificate comes from an authority that this machine does not trust. Install the authority's "
+              "certificate."},
+        Words{"CertificateRevoked", ERROR_INTERNET_SEC_CERT_REVOKED,
+              "The server's certificate has been revoked. Give the server a new one."},
+        Words{"NoRevocation", ERROR_INTERNET_SEC_CERT_NO_REV,
+              "The server's certificate does not say where to ask whether it has been revoked."},
+        Words{"RevocationUnknown", ERROR_INTERNET_SEC_CERT_REV_FAILED,
+              "Nobody could be asked whether the server's certificate has been revoked."},
+        Words{"CertificateInvalid", ERROR_INTERNET_SEC_INVALID_CERT, "The server's certificate is not valid."},
+        Words{"CertificateFaults", ERROR_INTERNET_SEC_CERT_ERRORS, "The server's certificate has several faults."},
+        Words{"Channel", ERROR_INTERNET_SECURITY_CHANNEL_ERROR,
+              "The server and this machine agree on no encryption. Enable a version of TLS that both have."},
+        Words{"UsersCertificate", ERROR_INTERNET_CLIENT_AUTH_CERT_NEEDED,
+              "The server asks for a certificate of the user, which the module never gives."}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(ProxyCheckTest, WithoutAProxyServersAreAskedDirectly) {
