@@ -1,4 +1,4 @@
-// Part of every test program: writes which functions of the module each test case entered into the file that
+// Part of every test program: writes which functions of src/ each test case entered into the file that
 // NORVIK_FUNCTION_TRACE names. A line is a test case, "SUITE.*" for what a suite does beside its cases or "*" for what the
 // program does beside its suites, then words "IMAGE+POSITION", the position in hexadecimal.
 

@@ -1,5 +1,6 @@
 """A copy of the whole project in which mutants are built and run. It shares nothing with the project or another copy."""
 
+import contextlib
 import functools
 import hashlib
 import itertools
@@ -218,12 +219,16 @@ class Workplace:
             raise ToolError("interrupted")
 
     def _stop(self):
-        os.killpg(self.process.pid, signal.SIGTERM)
+        self._signal(signal.SIGTERM)
         try:
             return self.process.wait(20)
         except subprocess.TimeoutExpired:
-            os.killpg(self.process.pid, signal.SIGKILL)
+            self._signal(signal.SIGKILL)
             return self.process.wait()
+
+    def _signal(self, number):
+        with contextlib.suppress(ProcessLookupError):  # it has ended meanwhile, and another thread was told so
+            os.killpg(self.process.pid, number)
 
     def _build(self, targets):
         return self._call(["ninja", "-C", str(BUILD), "-j", str(self.processors), *targets], "build.log")
