@@ -33,7 +33,5 @@ std::wstring CacheFile::Path() const {
 }
 
 void CannotFetch(const std::wstring& place, HRESULT hr) {
-  const std::string reason = SystemText(hr);
-  throw Unanswered(
-      "'" + WithoutCredentials(Utf8(place)) + "' cannot be fetched: " + (reason.empty() ? HexCode(hr) : reason));
+  throw Unanswered("'" + WithoutCredentials(Utf8(place)) + "' cannot be fetched: " + ReasonText(hr));
 }

@@ -16,8 +16,7 @@ constexpr wchar_t kFileScheme[] = L"file:";
 constexpr LONGLONG kMaximumBytes = 64LL * 1024 * 1024;
 
 [[noreturn]] void CannotRead(const std::wstring& path, HRESULT hr) {
-  const std::string reason = SystemText(hr);
-  throw Unanswered("'" + Utf8(path) + "' cannot be read: " + (reason.empty() ? HexCode(hr) : reason));
+  throw Unanswered("'" + Utf8(path) + "' cannot be read: " + ReasonText(hr));
 }
 
 }  // namespace

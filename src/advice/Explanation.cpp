@@ -16,7 +16,7 @@ void MustBeMade(const std::unique_ptr<Object>& object, HRESULT hr, const std::st
   if (hr == E_OUTOFMEMORY)  // what the module says of a path that is too long
     throw Unanswered("'" + asked + "' is longer than the module can use.");
   if (FAILED(hr))
-    throw Unanswered("'" + asked + "' cannot be understood: " + SystemText(hr));
+    throw Unanswered("'" + asked + "' cannot be understood: " + ReasonText(hr));
 }
 
 // The nearest of the entries of one kind; the first one of those that are equally near.

@@ -127,9 +127,8 @@ Finding InvalidFinding(const RefusedDocument& document) {
     return NotValid(document, complaint);
   if (document.complaint.rfind("Invalid XML document", 0) == 0 || document.complaint.rfind("Not an XML document", 0) == 0)
     return HeadRefused(document);
-  const std::string reason = document.complaint.empty() ? SystemText(document.code) : document.complaint;
-  return Invalid(0, std::string("The module refuses this ") + NameOf(document.kind) + ": " +
-                        (reason.empty() ? HexCode(document.code) : reason));
+  const std::string reason = document.complaint.empty() ? ReasonText(document.code) : document.complaint;
+  return Invalid(0, std::string("The module refuses this ") + NameOf(document.kind) + ": " + reason);
 }
 
 Finding WhyInvalid(const PermitDocument& permit) {

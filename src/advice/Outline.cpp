@@ -169,7 +169,7 @@ Outline OutlineOf(const std::string& document) {
   if (SUCCEEDED(hr))
     hr = reader->putErrorHandler(&errors);
   if (FAILED(hr))
-    throw Unanswered("The XML parser of this system cannot be had: " + SystemText(hr));
+    throw Unanswered("The XML parser of this system cannot be had: " + ReasonText(hr));
   if (!stream)
     throw std::bad_alloc();
   VARIANT input;

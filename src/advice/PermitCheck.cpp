@@ -21,7 +21,7 @@ DoctorCheck ValidityOf(const PermitDocument& permit) {
   const std::string path = "'" + Utf8(permit.Location()) + "'";
   if (permit.IsUsable())
     return {kValid, DoctorStatus::Ok, path + " has " + std::to_string(permit.Entries().size()) + " entries."};
-  const std::string reason = permit.Complaint().empty() ? HexCode(permit.Code()) : permit.Complaint();
+  const std::string reason = permit.Complaint().empty() ? ReasonText(permit.Code()) : permit.Complaint();
   return {kValid, DoctorStatus::Failed, path + " is not valid, so every run is refused. " + reason};
 }
 

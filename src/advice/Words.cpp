@@ -128,6 +128,11 @@ std::string SystemText(HRESULT hr) {
   return Utf8(found);
 }
 
+std::string ReasonText(HRESULT hr) {
+  const std::string text = SystemText(hr);
+  return text.empty() ? HexCode(hr) : text;
+}
+
 std::string CodeAndText(HRESULT hr) {
   const std::string text = SystemText(hr);
   return text.empty() ? HexCode(hr) : HexCode(hr) + ", " + text;

@@ -32,5 +32,8 @@ std::string HexCode(HRESULT hr);
 // What the system says of the code, without a line end; empty when it says nothing.
 std::string SystemText(HRESULT hr);
 
+// What the system says of the code; the code itself, in digits, when the system says nothing.
+std::string ReasonText(HRESULT hr);
+
 // "0x80070005, Access is denied."; the code alone when the system says nothing.
 std::string CodeAndText(HRESULT hr);

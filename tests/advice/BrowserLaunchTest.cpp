@@ -167,12 +167,15 @@ TEST_F(BrowserLaunchCheckTest, OnIsAsItShouldBeWithTheProgramBesideThisOne) {
 // The same file by another text.
 TEST_F(BrowserLaunchCheckTest, TheProgramIsComparedAsAFile) {
   const std::string longWay = folder.Path() + "\\.\\NORVIKOPEN.EXE";
-  ExpectState(DoctorStatus::Ok, "'" + longWay + "'", CheckBrowserLaunch(LaunchOf(longWay), Wide(program)));
+  ExpectState(DoctorStatus::Ok, "Links in browsers start manifests, with '" + longWay + "'.",
+              CheckBrowserLaunch(LaunchOf(longWay), Wide(program)));
 }
 
 TEST_F(BrowserLaunchCheckTest, AProgramThatIsNotThereIsAWarning) {
   const std::string missing = folder.File("missing.exe");
-  ExpectState(DoctorStatus::Warning, "Links in browsers are to start '" + missing + "', which is not there.",
+  ExpectState(DoctorStatus::Warning,
+              "Links in browsers are to start '" + missing +
+                  "', which is not there. Run 'norvik browser on' or 'norvik browser off' as an administrator.",
               CheckBrowserLaunch(LaunchOf(missing), Wide(program)));
 }
 
@@ -184,7 +187,8 @@ TEST_F(BrowserLaunchCheckTest, AnotherProgramIsAWarning) {
 TEST_F(BrowserLaunchCheckTest, TheUsersChoiceGoesBeforeAllElse) {
   for (BrowserLaunch launch : {LaunchOf(program), BrowserLaunch()}) {
     launch.usersChoice = L"Mine.Links";
-    ExpectState(DoctorStatus::Warning, "This user has chosen 'Mine.Links' for links that begin with 'norvik:'",
+    ExpectState(DoctorStatus::Warning,
+                "This user has chosen 'Mine.Links' for links that begin with 'norvik:', whatever is set for the machine.",
                 CheckBrowserLaunch(launch, Wide(program)));
   }
 }

@@ -6,6 +6,7 @@
 #include <regex>
 
 #include "advice/DoctorExpectations.h"
+#include "advice/ModuleFile.h"
 #include "host/InstalledModule.h"
 #include "host/RegistryKeys.h"
 #include "support/HResult.h"
@@ -60,7 +61,9 @@ TEST(DoctorTest, WhatIsNotNamedLiesInTheModulesFolder) {
   PermitFile permit;
   permit.URL("http://host/").Extension("txt").Write();
   const DoctorChecks checks = Examine({});
-  ExpectCheck("module", DoctorStatus::Failed, "'" + permit.ModuleFolder() + "\\norvik.dll'", CheckNamed("module", checks));
+  const std::string problem = ReadModuleFile(Wide(permit.ModuleFolder() + "\\norvik.dll")).problem;
+  EXPECT_NE(std::string::npos, problem.find(permit.ModuleFolder() + "\\norvik.dll")) << problem;
+  ExpectCheck("module", DoctorStatus::Failed, problem + " Put norvik.dll beside norvik.exe.", CheckNamed("module", checks));
   ExpectCheck(
       "permit-valid", DoctorStatus::Ok, "'" + permit.Path() + "' has 2 entries.", CheckNamed("permit-valid", checks));
 }

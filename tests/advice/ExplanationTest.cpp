@@ -1,10 +1,12 @@
 #include "advice/Explanation.h"
 
 #include <gtest/gtest.h>
+#include <shlobj.h>
 
 #include "advice/Document.h"
 #include "advice/KeptLog.h"
 #include "advice/Words.h"
+#include "support/ImportPatch.h"
 #include "support/LogCapture.h"
 #include "support/PermitFile.h"
 #include "support/Seed.h"
@@ -24,6 +26,16 @@ class ExplanationTest : public testing::Test {
   std::string NearestTo(const std::wstring& url) {
     const Answer answer = Ask(QuestionKind::Source, url);
     return answer.nearest ? answer.nearest->entry->text + " " + NameOf(answer.nearest->reason) : "";
+  }
+
+  // What is said of a folder for which there is no answer; empty when there is one.
+  std::string WhyUnanswered(const std::wstring& asked, FolderKind folderKind) {
+    try {
+      Ask(QuestionKind::Folder, asked, folderKind);
+      return {};
+    } catch (const Unanswered& reason) {
+      return reason.what();
+    }
   }
 
   PermitFile permit;
@@ -83,7 +95,10 @@ TEST_F(ExplanationTest, WithoutEntriesNothingIsNearest) {
 
 TEST_F(ExplanationTest, AFolderThatCannotBeResolvedIsAnUnansweredQuestion) {
   permit.URL("http://a/").Extension("txt").Folder("Temp");
-  EXPECT_THROW(Ask(QuestionKind::Folder, std::wstring(300, L'x'), FolderKind::Temp), Unanswered);
+  EXPECT_EQ("'Temp=" + std::string(300, 'x') + "' is longer than the module can use.",
+            WhyUnanswered(std::wstring(300, L'x'), FolderKind::Temp));
+  PATCH_IMPORT(none, SHGetFolderPathA, [](auto, auto...) -> HRESULT { return E_FAIL; });
+  EXPECT_EQ("'Personal' cannot be understood: " + ReasonText(E_FAIL), WhyUnanswered(L"", FolderKind::Personal));
 }
 
 TEST_F(ExplanationTest, UserNamesAndPasswordsAreNotShown) {

@@ -22,6 +22,10 @@ auto SpecialFolder(const std::string& path) {
   };
 }
 
+std::string CannotBeWritten(const std::string& folder, HRESULT hr) {
+  return "'" + folder + "' cannot be written (" + CodeAndText(hr) + "): runs leave no log.";
+}
+
 TEST(LogFolderCheckTest, AFolderThatCanBeWrittenIsLeftAsItWas) {
   const TemporaryFolder folder;
   PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder(folder.Path()));
@@ -31,7 +35,7 @@ TEST(LogFolderCheckTest, AFolderThatCanBeWrittenIsLeftAsItWas) {
     EXPECT_EQ(0u, std::string(path).find(folder.File("Vantor\\Logs\\Norvik\\norvik-doctor-"))) << path;
     return original(path, arguments...);
   });
-  ExpectCheck("log-folder", DoctorStatus::Ok, folder.File("Vantor\\Logs\\Norvik'"), CheckLogFolder());
+  ExpectCheck("log-folder", DoctorStatus::Ok, "'" + folder.File("Vantor\\Logs\\Norvik") + "'", CheckLogFolder());
   EXPECT_EQ(1, files);
   EXPECT_EQ("", NamesIn(folder.File("Vantor\\Logs\\Norvik")));
 }
@@ -40,15 +44,16 @@ TEST(LogFolderCheckTest, AFolderThatCannotBeWrittenFails) {
   const TemporaryFolder folder;
   PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder(folder.Path()));
   PATCH_IMPORT(denied, CreateFileA, FailWith(INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED));
-  ExpectCheck("log-folder", DoctorStatus::Failed,
-              "Norvik' cannot be written (" + CodeAndText(E_ACCESSDENIED) + "): runs leave no log.", CheckLogFolder());
+  ExpectCheck("log-folder", DoctorStatus::Failed, CannotBeWritten(folder.File("Vantor\\Logs\\Norvik"), E_ACCESSDENIED),
+              CheckLogFolder());
 }
 
 TEST(LogFolderCheckTest, ADiskThatIsFullFails) {
   const TemporaryFolder folder;
   PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder(folder.Path()));
   PATCH_IMPORT(full, WriteFile, FailWith(FALSE, ERROR_DISK_FULL));
-  ExpectCheck("log-folder", DoctorStatus::Failed, "cannot be written (0x80070070", CheckLogFolder());
+  ExpectCheck("log-folder", DoctorStatus::Failed,
+              CannotBeWritten(folder.File("Vantor\\Logs\\Norvik"), HRESULT_FROM_WIN32(ERROR_DISK_FULL)), CheckLogFolder());
   EXPECT_EQ("", NamesIn(folder.File("Vantor\\Logs\\Norvik")));
 }
 
@@ -63,15 +68,15 @@ TEST(LogFolderCheckTest, LogsInTheDrivesRootAreAWarning) {
 TEST(FolderCheckTest, AFolderThatIsThereIsOk) {
   const TemporaryFolder folder;
   PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder(folder.Path()));
-  EXPECT_EQ("'" + folder.Path() + "'", CheckFolder(FolderKind::Personal).detail);
-  ExpectCheck("folder-Personal", DoctorStatus::Ok, "", CheckFolder(FolderKind::Personal));
+  ExpectCheck("folder-Personal", DoctorStatus::Ok, "'" + folder.Path() + "'", CheckFolder(FolderKind::Personal));
 }
 
 TEST(FolderCheckTest, AFolderThatIsNotThereIsMadeLater) {
   const TemporaryFolder folder;
   PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder(folder.Path()));
-  ExpectCheck(
-      "folder-VantorUser", DoctorStatus::Ok, folder.File("Vantor', not there yet"), CheckFolder(FolderKind::VantorUser));
+  ExpectCheck("folder-VantorUser", DoctorStatus::Ok,
+              "'" + folder.File("Vantor") + "', not there yet: it is made when a file goes there.",
+              CheckFolder(FolderKind::VantorUser));
   EXPECT_EQ("", NamesIn(folder.Path()));
 }
 
@@ -79,7 +84,8 @@ TEST(FolderCheckTest, AFileInTheFoldersPlaceFails) {
   const TemporaryFolder folder;
   WriteWholeFile(folder.File("Vantor"), "");
   PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder(folder.Path()));
-  ExpectCheck("folder-VantorUser", DoctorStatus::Failed, " is a file, so no file can go there. Move it away.",
+  ExpectCheck("folder-VantorUser", DoctorStatus::Failed,
+              "'" + folder.File("Vantor") + "' is a file, so no file can go there. Move it away.",
               CheckFolder(FolderKind::VantorUser));
 }
 
@@ -89,23 +95,29 @@ TEST(FolderCheckTest, AFolderOnAnotherMachineIsNotAskedFor) {
     ADD_FAILURE() << path;
     return INVALID_FILE_ATTRIBUTES;
   });
-  ExpectCheck("folder-Personal", DoctorStatus::Ok, "server.invalid\\home' lies on another machine",
+  ExpectCheck("folder-Personal", DoctorStatus::Ok, "'\\\\server.invalid\\home' lies on another machine, which is not asked.",
               CheckFolder(FolderKind::Personal));
 }
 
 TEST(FolderCheckTest, ANameThatTheCodePageLacksFails) {
   PATCH_IMPORT(special, SHGetFolderPathA, SpecialFolder("C:\\users\\?????\\Documents"));
   ExpectCheck(
-      "folder-Personal", DoctorStatus::Failed, "the code page of this machine lacks", CheckFolder(FolderKind::Personal));
+      "folder-Personal", DoctorStatus::Failed,
+      "'C:\\users\\?????\\Documents' is what the module sees: the folder's name has characters that the code page of "
+      "this machine lacks.",
+      CheckFolder(FolderKind::Personal));
 }
 
 TEST(FolderCheckTest, AFolderThatCannotBeFoundOutIsAWarning) {
   const LogCapture log;
   PATCH_IMPORT(none, SHGetFolderPathA, [](auto, auto...) -> HRESULT { return E_FAIL; });
-  ExpectCheck(
-      "folder-Personal", DoctorStatus::Warning, "cannot be found out (0x80004005", CheckFolder(FolderKind::Personal));
+  ExpectCheck("folder-Personal", DoctorStatus::Warning,
+              "It cannot be found out (" + CodeAndText(E_FAIL) +
+                  "). A manifest's file for it goes to the Internet cache, if that is permitted.",
+              CheckFolder(FolderKind::Personal));
   PATCH_IMPORT(noTemp, GetTempPathA, FailWith(DWORD{0}, ERROR_ACCESS_DENIED));
-  ExpectCheck("folder-Personal", DoctorStatus::Warning, "'C:\\' stands in for it", CheckFolder(FolderKind::Personal));
+  ExpectCheck("folder-Personal", DoctorStatus::Warning, "It cannot be found out. 'C:\\' stands in for it.",
+              CheckFolder(FolderKind::Personal));
   EXPECT_EQ("", log.Text());
 }
 
@@ -117,7 +129,7 @@ TEST(FolderCheckTest, AllThirteenAreChecked) {
   const PermitFile permit;
   const DoctorChecks checks = CheckFolders();
   EXPECT_EQ(13u, checks.size());
-  ExpectCheck("folder-Path", DoctorStatus::Ok, permit.ModuleFolder(), CheckNamed("folder-Path", checks));
+  ExpectCheck("folder-Path", DoctorStatus::Ok, "'" + permit.ModuleFolder() + "'", CheckNamed("folder-Path", checks));
   for (const char* const name :
        {"Cookie", "InternetCache", "Temp", "VantorUser", "Personal", "Documents", "LocalApplicationData", "LocalVantorData",
         "CommonApplicationData", "CommonVantorData", "ApplicationData", "VantorData"})

@@ -13,6 +13,8 @@ namespace {
 
 constexpr int kBits = static_cast<int>(sizeof(void*)) * 8;
 
+constexpr char kAdvice[] = " Put norvik.dll beside norvik.exe.";
+
 std::wstring WidePath(const std::string& path) {
   return WideFromAnsi(path.c_str());
 }
@@ -24,6 +26,11 @@ ModuleFile Program(const std::string& version = "", int bits = kBits) {
   return program;
 }
 
+// What is said of the built module in front of its hash.
+std::string Described(const InstalledModule& installed) {
+  return "'" + installed.Path() + "', version 1.0.0.0, " + std::to_string(kBits) + " bit";
+}
+
 TEST(ModuleFileTest, TheBuiltModuleTellsWhatItIs) {
   const InstalledModule installed;
   const ModuleFile module = ReadModuleFile(WidePath(installed.Path()));
@@ -32,9 +39,9 @@ TEST(ModuleFileTest, TheBuiltModuleTellsWhatItIs) {
   EXPECT_EQ("Norvik", module.product);
   EXPECT_EQ("1.0.0.0", module.version);
   EXPECT_EQ(64u, module.hash.size());
-  ExpectCheck("module", DoctorStatus::Ok, "version 1.0.0.0, " + std::to_string(kBits) + " bit, SHA-256 " + module.hash,
-              CheckModule(module, Program()));
-  ExpectCheck("module", DoctorStatus::Ok, "1.0.0.0", CheckModule(module, Program("1.0.0.0")));
+  const std::string detail = Described(installed) + ", SHA-256 " + module.hash + ".";
+  ExpectCheck("module", DoctorStatus::Ok, detail, CheckModule(module, Program()));
+  ExpectCheck("module", DoctorStatus::Ok, detail, CheckModule(module, Program("1.0.0.0")));
 }
 
 TEST(ModuleFileTest, TheHashIsThatOfTheBytes) {
@@ -51,9 +58,8 @@ TEST(ModuleFileTest, WithoutAHashTheRestIsTold) {
   const InstalledModule installed;
   {
     PATCH_IMPORT(none, CryptAcquireContextW, FailWith(FALSE, static_cast<DWORD>(NTE_BAD_KEYSET)));
-    const DoctorCheck check = CheckModule(ReadModuleFile(WidePath(installed.Path())), Program());
-    ExpectCheck("module", DoctorStatus::Ok, "version 1.0.0.0", check);
-    EXPECT_EQ(std::string::npos, check.detail.find("SHA"));
+    ExpectCheck("module", DoctorStatus::Ok, Described(installed) + ".",
+                CheckModule(ReadModuleFile(WidePath(installed.Path())), Program()));
   }
   PATCH_IMPORT(none, CryptGetHashParam, FailWith(FALSE, static_cast<DWORD>(NTE_BAD_HASH)));
   EXPECT_EQ("", ReadModuleFile(WidePath(installed.Path())).hash);
@@ -64,7 +70,7 @@ TEST(ModuleFileTest, AMissingModuleFails) {
   const ModuleFile module = ReadModuleFile(WidePath(folder.File("norvik.dll")));
   EXPECT_NE("", module.problem);
   EXPECT_EQ(0, module.bits);
-  ExpectCheck("module", DoctorStatus::Failed, "norvik.dll' cannot be read", CheckModule(module, Program()));
+  ExpectCheck("module", DoctorStatus::Failed, module.problem + kAdvice, CheckModule(module, Program()));
 }
 
 // Heads of programs that end too early, or lead elsewhere.
@@ -82,22 +88,29 @@ TEST(ModuleFileTest, WhatIsNoProgramIsNotTheModule) {
     WriteWholeFile(folder.File("norvik.dll"), bytes);
     const ModuleFile module = ReadModuleFile(WidePath(folder.File("norvik.dll")));
     EXPECT_EQ(0, module.bits) << bytes.size();
-    ExpectCheck("module", DoctorStatus::Failed, "is not the module", CheckModule(module, Program()));
+    ExpectCheck("module", DoctorStatus::Failed, "'" + folder.File("norvik.dll") + "' is not the module." + kAdvice,
+                CheckModule(module, Program()));
   }
 }
 
 TEST(ModuleFileTest, AnotherProgramIsNotTheModule) {
   const ModuleFile program = ReadModuleFile(ThisProgram().path);
   EXPECT_EQ(kBits, program.bits);
-  ExpectCheck("module", DoctorStatus::Failed, "is not the module", CheckModule(program, Program()));
+  ExpectCheck("module", DoctorStatus::Failed, "'" + Utf8(program.path) + "' is not the module." + kAdvice,
+              CheckModule(program, Program()));
 }
 
 TEST(ModuleFileTest, AnotherWidthOrVersionThanTheProgramsIsAWarning) {
   const InstalledModule installed;
   const ModuleFile module = ReadModuleFile(WidePath(installed.Path()));
-  ExpectCheck("module", DoctorStatus::Warning, "This program has " + std::to_string(96 - kBits) + " bit",
+  const std::string described = Described(installed) + ", SHA-256 " + module.hash;
+  ExpectCheck("module", DoctorStatus::Warning,
+              described + ". This program has " + std::to_string(96 - kBits) +
+                  " bit; the norvik.exe of the module's width sees the machine as the module's hosts do.",
               CheckModule(module, Program("1.0.0.0", 96 - kBits)));
-  ExpectCheck("module", DoctorStatus::Warning, "This program is version 1.0.1.0", CheckModule(module, Program("1.0.1.0")));
+  ExpectCheck("module", DoctorStatus::Warning,
+              described + ". This program is version 1.0.1.0 and may decide otherwise than the module.",
+              CheckModule(module, Program("1.0.1.0")));
 }
 
 TEST(ModuleFileTest, ThisProgramHasAPathAndAWidth) {

@@ -1,9 +1,17 @@
 #include "advice/Outline.h"
 
 #include <gtest/gtest.h>
+#include <shlwapi.h>
 
 #include <algorithm>
+#include <functional>
+#include <new>
 
+#include "advice/Document.h"
+#include "advice/Words.h"
+#include "support/FakeReader.h"
+#include "support/HResult.h"
+#include "support/ImportPatch.h"
 #include "support/WebServer.h"
 
 namespace {
@@ -124,6 +132,113 @@ TEST(OutlineTest, ADocumentOfWideCharactersIsNotRead) {
     EXPECT_NE(std::string::npos, outline.errorReason.find("UTF-16")) << outline.errorReason;
   }
   EXPECT_TRUE(OutlineOf("\xEF\xBB\xBF<!DOCTYPE A><A/>").isWellFormed);
+}
+
+class FakeLocator final : public ISAXLocator {
+ public:
+  virtual ~FakeLocator() = default;
+  HRESULT WINAPI QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+  ULONG WINAPI AddRef() override { return 1; }
+  ULONG WINAPI Release() override { return 1; }
+  HRESULT WINAPI getColumnNumber(int* column) override {
+    *column = 7;
+    return S_OK;
+  }
+  HRESULT WINAPI getLineNumber(int* line) override {
+    *line = 3;
+    return S_OK;
+  }
+  FAKE_METHOD_REFUSED(getPublicId, const wchar_t**)
+  FAKE_METHOD_REFUSED(getSystemId, const wchar_t**)
+};
+
+// Tells the handler of errors what the test wants it to hear, in place of reading.
+class ComplainingReader final : public FakeReaderMethods {
+ public:
+  using Complain = std::function<void(ISAXErrorHandler&, ISAXLocator&)>;
+
+  explicit ComplainingReader(Complain saidInParsing) : complain(std::move(saidInParsing)) {}
+
+  HRESULT WINAPI putContentHandler(ISAXContentHandler*) override { return S_OK; }
+  HRESULT WINAPI putErrorHandler(ISAXErrorHandler* errorHandler) override {
+    handler = errorHandler;
+    return S_OK;
+  }
+  HRESULT WINAPI parse(VARIANT) override {
+    FakeLocator locator;
+    complain(*handler, locator);
+    return E_FAIL;
+  }
+
+ private:
+  Complain complain;
+  ISAXErrorHandler* handler = nullptr;
+};
+
+Outline OutlineWithComplaints(ComplainingReader::Complain complain) {
+  ComplainingReader reader(std::move(complain));
+  PATCH_IMPORT(readers, CoCreateInstance, [&](auto, auto, auto, auto, auto, void** object) -> HRESULT {
+    *object = static_cast<ISAXXMLReader*>(&reader);
+    return S_OK;
+  });
+  return OutlineOf("<A/>");
+}
+
+TEST(OutlineTest, TheFirstErrorIsToldWithItsPlace) {
+  const Outline outline = OutlineWithComplaints([](ISAXErrorHandler& errors, ISAXLocator& locator) {
+    EXPECT_HRESULT(S_OK, errors.ignorableWarning(nullptr, L"nothing to mend", S_OK));
+    EXPECT_HRESULT(S_OK, errors.error(&locator, L"End tag missing. \r\n", E_FAIL));
+    EXPECT_HRESULT(S_OK, errors.fatalError(nullptr, L"another", E_FAIL));
+  });
+  EXPECT_FALSE(outline.isWellFormed);
+  EXPECT_EQ("End tag missing.", outline.errorReason);
+  EXPECT_EQ(3, outline.errorLine);
+  EXPECT_EQ(7, outline.errorColumn);
+}
+
+TEST(OutlineTest, AnErrorMayHaveNeitherPlaceNorText) {
+  const Outline outline = OutlineWithComplaints([](ISAXErrorHandler& errors, ISAXLocator& locator) {
+    EXPECT_HRESULT(S_OK, errors.fatalError(nullptr, nullptr, E_FAIL));
+    EXPECT_HRESULT(S_OK, errors.fatalError(&locator, L"another", E_FAIL));
+  });
+  EXPECT_FALSE(outline.isWellFormed);
+  EXPECT_EQ("", outline.errorReason);
+  EXPECT_EQ(0, outline.errorLine);
+}
+
+// Some readers ask the handler for its interface before they take it.
+TEST(OutlineTest, TheHandlerOfErrorsHasItsInterfaceAndNoOther) {
+  constexpr IID kErrorHandler = {0xA60511C4, 0xCCF5, 0x479E, {0x98, 0xA3, 0xDC, 0x8D, 0xC5, 0x45, 0xB7, 0xD0}};
+  bool wasAsked = false;
+  OutlineWithComplaints([&](ISAXErrorHandler& errors, ISAXLocator&) {
+    void* found = nullptr;
+    for (const IID& known : {IID_IUnknown, kErrorHandler}) {
+      EXPECT_HRESULT(S_OK, errors.QueryInterface(known, &found));
+      EXPECT_EQ(&errors, found);
+    }
+    EXPECT_HRESULT(E_NOINTERFACE, errors.QueryInterface(IID_IDispatch, &found));
+    EXPECT_EQ(nullptr, found);
+    EXPECT_HRESULT(E_POINTER, errors.QueryInterface(IID_IUnknown, nullptr));
+    wasAsked = true;
+  });
+  EXPECT_TRUE(wasAsked);
+}
+
+TEST(OutlineTest, WithoutAReaderNothingIsKnown) {
+  for (const HRESULT hr : {E_ACCESSDENIED, static_cast<HRESULT>(0xE0001234)}) {
+    PATCH_IMPORT(noReader, CoCreateInstance, [=](auto, auto...) -> HRESULT { return hr; });
+    try {
+      OutlineOf("<A/>");
+      ADD_FAILURE() << "it was read";
+    } catch (const Unanswered& reason) {
+      EXPECT_EQ("The XML parser of this system cannot be had: " + ReasonText(hr), reason.what());
+    }
+  }
+}
+
+TEST(OutlineTest, WithoutMemoryNothingIsKnown) {
+  PATCH_IMPORT(noStream, SHCreateMemStream, [](auto, auto...) -> IStream* { return nullptr; });
+  EXPECT_THROW(OutlineOf("<A/>"), std::bad_alloc);
 }
 
 }  // namespace

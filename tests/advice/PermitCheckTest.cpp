@@ -22,43 +22,48 @@ class PermitCheckTest : public testing::Test {
     return CheckPermit(WideFromAnsi(permit.Path().c_str()), [=](const PermitDocument&) { return findings; });
   }
 
+  const std::string kSafe = "Only administrators and the system may write the file, its folder and the module.";
   PermitFile permit;
 };
 
 TEST_F(PermitCheckTest, AFileWithoutFindingsIsWell) {
   const DoctorChecks checks = Check({});
   ASSERT_EQ(3u, checks.size());
-  ExpectCheck("permit-valid", DoctorStatus::Ok, "permit.xml' has 3 entries.", checks[0]);
+  ExpectCheck("permit-valid", DoctorStatus::Ok, "'" + permit.Path() + "' has 3 entries.", checks[0]);
   ExpectCheck("permit-sound", DoctorStatus::Ok, "Nothing to mend.", checks[1]);
-  ExpectCheck("permit-safe", DoctorStatus::Ok, "Only administrators", checks[2]);
+  ExpectCheck("permit-safe", DoctorStatus::Ok, kSafe, checks[2]);
 }
 
 TEST_F(PermitCheckTest, TheWorstFindingDecidesAndIsShown) {
-  ExpectCheck("permit-sound", DoctorStatus::Ok, "Nothing", CheckNamed("permit-sound", Check({kNote})));
+  ExpectCheck("permit-sound", DoctorStatus::Ok, "Nothing to mend.", CheckNamed("permit-sound", Check({kNote})));
   ExpectCheck("permit-sound", DoctorStatus::Warning,
               "0 errors, 1 warning. Line 3: This can be read on the way. 'norvik check' shows all.",
               CheckNamed("permit-sound", Check({kNote, kWarning})));
-  ExpectCheck("permit-sound", DoctorStatus::Failed, "2 errors, 1 warning. Line 4: This permits everything.",
+  ExpectCheck("permit-sound", DoctorStatus::Failed,
+              "2 errors, 1 warning. Line 4: This permits everything. 'norvik check' shows all.",
               CheckNamed("permit-sound", Check({kWarning, kNote, kError, kOtherError})));
 }
 
 TEST_F(PermitCheckTest, TheFirstLineIsALineAndAFileHasNone) {
   Finding finding = kWarning;
   finding.line = 1;
-  ExpectCheck(
-      "permit-sound", DoctorStatus::Warning, "1 warning. Line 1: This", CheckNamed("permit-sound", Check({finding})));
+  ExpectCheck("permit-sound", DoctorStatus::Warning,
+              "0 errors, 1 warning. Line 1: This can be read on the way. 'norvik check' shows all.",
+              CheckNamed("permit-sound", Check({finding})));
   finding.line = 0;
-  ExpectCheck("permit-sound", DoctorStatus::Warning, "1 warning. This", CheckNamed("permit-sound", Check({finding})));
+  ExpectCheck(
+      "permit-sound", DoctorStatus::Warning, "0 errors, 1 warning. This can be read on the way. 'norvik check' shows all.",
+      CheckNamed("permit-sound", Check({finding})));
 }
 
 TEST_F(PermitCheckTest, AFileThatUsersMayWriteIsSoundAndNotSafe) {
   const DoctorChecks checks = Check({kNote, kWritable});
-  ExpectCheck("permit-sound", DoctorStatus::Ok, "Nothing", CheckNamed("permit-sound", checks));
+  ExpectCheck("permit-sound", DoctorStatus::Ok, "Nothing to mend.", CheckNamed("permit-sound", checks));
   ExpectCheck("permit-safe", DoctorStatus::Failed, "Users may write the file.", CheckNamed("permit-safe", checks));
 }
 
 TEST_F(PermitCheckTest, AnUnsoundFileIsSafe) {
-  ExpectCheck("permit-safe", DoctorStatus::Ok, "Only", CheckNamed("permit-safe", Check({kError})));
+  ExpectCheck("permit-safe", DoctorStatus::Ok, kSafe, CheckNamed("permit-safe", Check({kError})));
 }
 
 TEST_F(PermitCheckTest, TheExaminerSeesTheFile) {
@@ -73,18 +78,22 @@ TEST_F(PermitCheckTest, TheExaminerSeesTheFile) {
 TEST_F(PermitCheckTest, WithoutAnExaminerValidityIsAllThatIsKnown) {
   const DoctorChecks checks = CheckPermit(WideFromAnsi(permit.Path().c_str()), nullptr);
   ASSERT_EQ(3u, checks.size());
-  ExpectCheck("permit-valid", DoctorStatus::Ok, "3 entries", checks[0]);
-  ExpectCheck("permit-sound", DoctorStatus::Skipped, "", checks[1]);
-  ExpectCheck("permit-safe", DoctorStatus::Skipped, "", checks[2]);
+  ExpectCheck("permit-valid", DoctorStatus::Ok, "'" + permit.Path() + "' has 3 entries.", checks[0]);
+  ExpectCheck("permit-sound", DoctorStatus::Skipped, "Nobody looked.", checks[1]);
+  ExpectCheck("permit-safe", DoctorStatus::Skipped, "Nobody looked.", checks[2]);
 }
 
 TEST_F(PermitCheckTest, AnInvalidFileFailsAndMayStillBeUnsafe) {
   permit.Write("<?xml version=\"1.0\"?><!DOCTYPE VantorPermissions SYSTEM \"permit.dtd\"><VantorPermissions/>");
   const DoctorChecks checks = Check({kError, kWritable});
   ASSERT_EQ(3u, checks.size());
-  ExpectCheck("permit-valid", DoctorStatus::Failed, "is not valid, so every run is refused.", checks[0]);
-  ExpectCheck("permit-sound", DoctorStatus::Skipped, "not valid", checks[1]);
-  ExpectCheck("permit-safe", DoctorStatus::Failed, "Users may write", checks[2]);
+  const std::string start =
+      "'" + permit.Path() +
+      "' is not valid, so every run is refused. XML Parsing Error in '";  // in the copy that was parsed
+  EXPECT_EQ(DoctorStatus::Failed, checks[0].status);
+  EXPECT_EQ(start, checks[0].detail.substr(0, start.size()));
+  ExpectCheck("permit-sound", DoctorStatus::Skipped, "The permission file is not valid.", checks[1]);
+  ExpectCheck("permit-safe", DoctorStatus::Failed, "Users may write the file.", checks[2]);
 }
 
 TEST_F(PermitCheckTest, AMissingFileFails) {
@@ -94,9 +103,12 @@ TEST_F(PermitCheckTest, AMissingFileFails) {
         return {};
       });
   ASSERT_EQ(3u, checks.size());
-  ExpectCheck("permit-valid", DoctorStatus::Failed, "Without a permission file every run is refused. '", checks[0]);
-  ExpectCheck("permit-sound", DoctorStatus::Skipped, "cannot be read", checks[1]);
-  ExpectCheck("permit-safe", DoctorStatus::Skipped, "cannot be read", checks[2]);
+  ExpectCheck("permit-valid", DoctorStatus::Failed,
+              "Without a permission file every run is refused. '" + permit.ModuleFolder() +
+                  "\\none.xml' cannot be read: " + SystemText(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND)),
+              checks[0]);
+  ExpectCheck("permit-sound", DoctorStatus::Skipped, "The permission file cannot be read.", checks[1]);
+  ExpectCheck("permit-safe", DoctorStatus::Skipped, "The permission file cannot be read.", checks[2]);
 }
 
 }  // namespace

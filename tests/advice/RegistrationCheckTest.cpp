@@ -184,14 +184,25 @@ class RegistrationCheckTest : public testing::Test {
   RegisteredView& Own() { return registration.views[0]; }
   RegisteredView& Other() { return registration.views[1]; }
 
-  void Expect(const std::string& name, DoctorStatus status, const std::string& part) const {
-    ExpectCheck(name, status, part, CheckNamed(name, CheckRegistration(registration, module)));
+  void Expect(const std::string& name, DoctorStatus status, const std::string& detail) const {
+    ExpectCheck(name, status, detail, CheckNamed(name, CheckRegistration(registration, module)));
   }
-  void ExpectOwn(DoctorStatus status, const std::string& part) const { Expect(Named("registered", kBits), status, part); }
-  void ExpectOther(DoctorStatus status, const std::string& part) const {
-    Expect(Named("registered", kOtherBits), status, part);
+  void ExpectOwn(DoctorStatus status, const std::string& detail) const {
+    Expect(Named("registered", kBits), status, detail);
+  }
+  void ExpectOther(DoctorStatus status, const std::string& detail) const {
+    Expect(Named("registered", kOtherBits), status, detail);
   }
 
+  void ExpectNoneRegistered() const {
+    ExpectOwn(DoctorStatus::Failed, "The module is not registered for " + kOwnPrograms + "." + kAdvice);
+    ExpectOther(DoctorStatus::Skipped,
+                "No module is registered for " + kOtherPrograms + ". It is needed only where such hosts are in use.");
+  }
+
+  const std::string kOwnPrograms = std::to_string(kBits) + "-bit programs";
+  const std::string kOtherPrograms = std::to_string(kOtherBits) + "-bit programs";
+  const std::string kAdvice = " Run regsvr32 of that width with the module's path, as an administrator.";
   InstalledModule installed;
   TemporaryFolder folder;
   ModuleFile module;
@@ -200,60 +211,65 @@ class RegistrationCheckTest : public testing::Test {
 };
 
 TEST_F(RegistrationCheckTest, AllIsWell) {
-  ExpectOwn(DoctorStatus::Ok, "norvik.dll' is registered for " + std::to_string(kBits) + "-bit programs.");
-  ExpectOther(DoctorStatus::Ok, "other.dll' is registered for " + std::to_string(kOtherBits) + "-bit programs.");
+  ExpectOwn(DoctorStatus::Ok, "'" + installed.Path() + "' is registered for " + kOwnPrograms + ".");
+  ExpectOther(DoctorStatus::Ok, "'" + other + "' is registered for " + kOtherPrograms + ".");
   Expect("threading-model", DoctorStatus::Ok, "Apartment.");
-  Expect("type-library", DoctorStatus::Ok, "norvik.dll' is registered.");
-  Expect("kill-bit", DoctorStatus::Ok, "not set");
+  Expect("type-library", DoctorStatus::Ok, "'" + installed.Path() + "' is registered.");
+  Expect("kill-bit", DoctorStatus::Ok, "It is not set.");
 }
 
 TEST_F(RegistrationCheckTest, TheModulesWidthMustBeRegisteredAndTheOtherNeedNot) {
   registration.views = {NotRegistered(kBits), NotRegistered(kOtherBits)};
-  ExpectOwn(DoctorStatus::Failed, "is not registered for " + std::to_string(kBits) + "-bit programs. Run regsvr32");
-  ExpectOther(DoctorStatus::Skipped, "No module is registered for " + std::to_string(kOtherBits) + "-bit programs.");
-  Expect("threading-model", DoctorStatus::Skipped, "not registered");
-  Expect("type-library", DoctorStatus::Skipped, "not registered");
-  Expect("kill-bit", DoctorStatus::Ok, "not set");
+  ExpectNoneRegistered();
+  Expect("threading-model", DoctorStatus::Skipped, "The control is not registered.");
+  Expect("type-library", DoctorStatus::Skipped, "The control is not registered.");
+  Expect("kill-bit", DoctorStatus::Ok, "It is not set.");
 }
 
 TEST_F(RegistrationCheckTest, WithoutAModuleTheProgramsWidthCounts) {
   registration.views = {NotRegistered(kBits), NotRegistered(kOtherBits)};
   module = ReadModuleFile(Wide(folder.File("none.dll")));
-  ExpectOwn(DoctorStatus::Failed, "is not registered");
-  ExpectOther(DoctorStatus::Skipped, "No module");
+  ExpectNoneRegistered();
 }
 
 TEST_F(RegistrationCheckTest, ARegistrationWithoutAPathFails) {
   Own().server.clear();
-  ExpectOwn(DoctorStatus::Failed, "without the path of a module");
+  ExpectOwn(
+      DoctorStatus::Failed, "The control is registered for " + kOwnPrograms + " without the path of a module." + kAdvice);
   Other().server.clear();
-  ExpectOther(DoctorStatus::Failed, "without the path of a module");
+  ExpectOther(
+      DoctorStatus::Failed, "The control is registered for " + kOtherPrograms + " without the path of a module." + kAdvice);
 }
 
 TEST_F(RegistrationCheckTest, APathThatIsNotFullFails) {
   Own().server = L"norvik.dll";
-  ExpectOwn(DoctorStatus::Failed, "'norvik.dll' is registered, which is no full path");
+  ExpectOwn(DoctorStatus::Failed, "For " + kOwnPrograms + " 'norvik.dll' is registered, which is no full path." + kAdvice);
 }
 
 TEST_F(RegistrationCheckTest, AModuleThatIsGoneFails) {
   Own().server = Other().server = Wide(folder.File("gone.dll"));
-  ExpectOwn(DoctorStatus::Failed, "cannot be loaded. '" + folder.File("gone.dll") + "' cannot be read");
-  ExpectOther(DoctorStatus::Failed, "cannot be loaded.");
+  const std::string reason = " a module is registered that cannot be loaded. " + ReadModuleFile(Own().server).problem;
+  ExpectOwn(DoctorStatus::Failed, "For " + kOwnPrograms + reason + kAdvice);
+  ExpectOther(DoctorStatus::Failed, "For " + kOtherPrograms + reason + kAdvice);
 }
 
 TEST_F(RegistrationCheckTest, AModuleOfTheWrongWidthFails) {
   Own().server = Wide(other);
-  ExpectOwn(DoctorStatus::Failed, "which is not a " + std::to_string(kBits) + "-bit module");
+  ExpectOwn(DoctorStatus::Failed, "For " + kOwnPrograms + " '" + other + "' is registered, which is not a " +
+                                      std::to_string(kBits) + "-bit module." + kAdvice);
   Other().server = Wide(installed.Path());
-  ExpectOther(DoctorStatus::Failed, "which is not a " + std::to_string(kOtherBits) + "-bit module");
+  ExpectOther(DoctorStatus::Failed, "For " + kOtherPrograms + " '" + installed.Path() + "' is registered, which is not a " +
+                                        std::to_string(kOtherBits) + "-bit module." + kAdvice);
 }
 
 TEST_F(RegistrationCheckTest, AnotherModuleOfTheSameWidthFails) {
   const InstalledModule second("second");
   Own().server = Wide(second.Path());
-  ExpectOwn(DoctorStatus::Failed, "not the module that is examined here");
-  Own().server = Wide(installed.Folder() + "\\.\\NORVIK.dll");
-  ExpectOwn(DoctorStatus::Ok, "is registered");
+  ExpectOwn(DoctorStatus::Failed, "For " + kOwnPrograms + " '" + second.Path() +
+                                      "' is registered, not the module that is examined here." + kAdvice);
+  const std::string longWay = installed.Folder() + "\\.\\NORVIK.dll";
+  Own().server = Wide(longWay);
+  ExpectOwn(DoctorStatus::Ok, "'" + longWay + "' is registered for " + kOwnPrograms + ".");
 }
 
 // Nobody is asked for what is not on this machine.
@@ -263,15 +279,18 @@ TEST_F(RegistrationCheckTest, AModuleOnAnotherMachineIsAWarning) {
     EXPECT_NE(L'\\', path[0]);
     return original(path, arguments...);
   });
-  ExpectOwn(DoctorStatus::Warning, "It lies on another machine, which is not asked");
-  ExpectOther(DoctorStatus::Warning, "It lies on another machine, which is not asked");
-  Expect("type-library", DoctorStatus::Warning, "It lies on another machine, which is not asked");
+  const std::string path = "'\\\\server.invalid\\share\\norvik.dll' is registered";
+  const std::string advice = ". It lies on another machine, which is not asked; install the module on this one.";
+  ExpectOwn(DoctorStatus::Warning, path + " for " + kOwnPrograms + advice);
+  ExpectOther(DoctorStatus::Warning, path + " for " + kOtherPrograms + advice);
+  Expect("type-library", DoctorStatus::Warning, path + advice);
 }
 
 TEST_F(RegistrationCheckTest, ARegistrationOfTheUserIsAWarning) {
   Own().isForUserOnly = Other().isForUserOnly = true;
-  ExpectOwn(DoctorStatus::Warning, "of this user only");
-  ExpectOther(DoctorStatus::Warning, "of this user only");
+  const std::string advice = " of this user only, who can change that. Register it for the machine, as an administrator.";
+  ExpectOwn(DoctorStatus::Warning, "'" + installed.Path() + "' is registered for " + kOwnPrograms + advice);
+  ExpectOther(DoctorStatus::Warning, "'" + other + "' is registered for " + kOtherPrograms + advice);
 }
 
 TEST_F(RegistrationCheckTest, TheThreadingModelIsApartmentInEveryView) {
@@ -280,8 +299,7 @@ TEST_F(RegistrationCheckTest, TheThreadingModelIsApartmentInEveryView) {
   Own().threadingModel = L"Both";
   Other().threadingModel = L"";
   Expect("threading-model", DoctorStatus::Failed,
-         "It is 'Both' for " + std::to_string(kBits) + "-bit programs and '' for " + std::to_string(kOtherBits) +
-             "-bit programs");
+         "It is 'Both' for " + kOwnPrograms + " and '' for " + kOtherPrograms + " and must be Apartment." + kAdvice);
   Own().threadingModel = L"Apartment";
   Other() = NotRegistered(kOtherBits);
   Expect("threading-model", DoctorStatus::Ok, "Apartment.");
@@ -289,17 +307,21 @@ TEST_F(RegistrationCheckTest, TheThreadingModelIsApartmentInEveryView) {
 
 TEST_F(RegistrationCheckTest, ATypeLibraryThatIsMissingOrAnotherIsAWarning) {
   registration.libraryPath = Wide(other);
-  Expect("type-library", DoctorStatus::Warning, "other.dll' is registered, not the module");
+  Expect("type-library", DoctorStatus::Warning,
+         "'" + other + "' is registered, not the module that is examined here." + kAdvice);
   registration.libraryPath.clear();
-  Expect("type-library", DoctorStatus::Warning, "It is not registered.");
+  Expect("type-library", DoctorStatus::Warning,
+         "It is not registered. Scripts run, but hosts that ask for the control's types fail." + kAdvice);
 }
 
 TEST_F(RegistrationCheckTest, AKillBitFails) {
+  const std::string advice =
+      " hosts: they do not create the control. Ask who set it before you clear the control's Compatibility Flags.";
   Other().isKilled = true;
-  Expect("kill-bit", DoctorStatus::Failed, "It is set for " + std::to_string(kOtherBits) + "-bit hosts");
+  Expect("kill-bit", DoctorStatus::Failed, "It is set for " + std::to_string(kOtherBits) + "-bit" + advice);
   Own().isKilled = true;
   Expect("kill-bit", DoctorStatus::Failed,
-         "It is set for " + std::to_string(kBits) + "-bit and " + std::to_string(kOtherBits) + "-bit hosts");
+         "It is set for " + std::to_string(kBits) + "-bit and " + std::to_string(kOtherBits) + "-bit" + advice);
 }
 
 }  // namespace

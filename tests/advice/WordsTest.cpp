@@ -50,6 +50,8 @@ TEST(WordsTest, NameResults) {
   EXPECT_NE("", SystemText(E_ACCESSDENIED));
   EXPECT_EQ("0x80070005, " + SystemText(E_ACCESSDENIED), CodeAndText(E_ACCESSDENIED));
   EXPECT_EQ("0xe0001234", CodeAndText(static_cast<HRESULT>(0xE0001234)));
+  EXPECT_EQ(SystemText(E_ACCESSDENIED), ReasonText(E_ACCESSDENIED));
+  EXPECT_EQ("0xe0001234", ReasonText(static_cast<HRESULT>(0xE0001234)));
 }
 
 TEST(WordsTest, TheSystemsTextLosesItsEnd) {

@@ -3,6 +3,7 @@
 #include <wrl/client.h>
 
 #include "control/Registrar.h"
+#include "support/FakeReader.h"
 #include "support/FakeXml.h"
 
 using Microsoft::WRL::ComPtr;
@@ -228,32 +229,7 @@ HRESULT FailingList::nextNode(IXMLDOMNode** item) {
   return HandOn<FailingNode>("nextNode", item, [&](auto** node) { return real->nextNode(node); });
 }
 
-class ReaderMethods : public ISAXXMLReader {
- public:
-  virtual ~ReaderMethods() = default;
-  HRESULT WINAPI QueryInterface(REFIID, void** object) override {
-    *object = nullptr;
-    return E_NOINTERFACE;
-  }
-  FAKE_METHOD_REFUSED(getFeature, const wchar_t*, VARIANT_BOOL*)
-  FAKE_METHOD_REFUSED(putFeature, const wchar_t*, VARIANT_BOOL)
-  FAKE_METHOD_REFUSED(getProperty, const wchar_t*, VARIANT*)
-  FAKE_METHOD_REFUSED(putProperty, const wchar_t*, VARIANT)
-  FAKE_METHOD_REFUSED(getEntityResolver, ISAXEntityResolver**)
-  FAKE_METHOD_REFUSED(putEntityResolver, ISAXEntityResolver*)
-  FAKE_METHOD_REFUSED(getContentHandler, ISAXContentHandler**)
-  FAKE_METHOD_REFUSED(getDTDHandler, ISAXDTDHandler**)
-  FAKE_METHOD_REFUSED(putDTDHandler, ISAXDTDHandler*)
-  FAKE_METHOD_REFUSED(getErrorHandler, ISAXErrorHandler**)
-  FAKE_METHOD_REFUSED(putErrorHandler, ISAXErrorHandler*)
-  FAKE_METHOD_REFUSED(getBaseURL, const wchar_t**)
-  FAKE_METHOD_REFUSED(putBaseURL, const wchar_t*)
-  FAKE_METHOD_REFUSED(getSecureBaseURL, const wchar_t**)
-  FAKE_METHOD_REFUSED(putSecureBaseURL, const wchar_t*)
-  FAKE_METHOD_REFUSED(parse, VARIANT)
-};
-
-class FailingReader : public Failing<ReaderMethods, ISAXXMLReader> {
+class FailingReader : public Failing<FakeReaderMethods, ISAXXMLReader> {
  public:
   using Failing::Failing;
   HRESULT WINAPI putContentHandler(ISAXContentHandler* handler) override {
