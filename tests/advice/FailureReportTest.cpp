@@ -80,6 +80,47 @@ TEST_F(FailureReportTest, AManifestThatIsNotValidIsExplained) {
   EXPECT_EQ(0u, report.details[1].find("Line 3: This is no XML document")) << report.details[1];
 }
 
+TEST_F(FailureReportTest, WhatWasToBeOpenedIsSaidSo) {
+  RunOutcome outcome;
+  outcome.result = S_FALSE;
+  outcome.commands.resize(3);
+  outcome.commands[0].result = S_OK;
+  outcome.commands[1].number = 2;
+  outcome.commands[1].command = "Open";
+  outcome.commands[1].source = "http://host/a.txt";
+  outcome.commands[1].result = outcome.commands[2].result = E_FAIL;
+  outcome.commands[1].reason = "It is not there";
+  const FailureReport report = ReportOfFailure(outcome, {});
+  EXPECT_EQ("2 of 3 steps failed.", report.headline);
+  const std::vector<std::string> details = {"Step 2. To be fetched and opened: http://host/a.txt", "It is not there."};
+  EXPECT_EQ(details, report.details);
+}
+
+TEST_F(FailureReportTest, WithoutAFailedStepThereIsNoDetail) {
+  RunOutcome outcome;
+  outcome.result = S_FALSE;
+  outcome.commands.resize(1);
+  outcome.commands[0].result = S_OK;
+  const FailureReport report = ReportOfFailure(outcome, {});
+  EXPECT_EQ("Not everything was done.", report.headline);
+  EXPECT_TRUE(report.details.empty());
+}
+
+TEST_F(FailureReportTest, WhereNothingOfTheKindIsPermittedNothingIsNearest) {
+  PermitFile other;
+  other.URL("C:\\a\\").Extension("txt").Write();
+  RunOutcome outcome;
+  outcome.result = E_ACCESSDENIED;
+  outcome.manifest = "m.xml";
+  outcome.reason = "It is refused.";
+  outcome.questions = {
+      {QuestionKind::Source, L"C:\\a\\b.txt", FolderKind::Path}, {QuestionKind::Folder, L"", FolderKind::Temp}};
+  const FailureReport report = ReportOfFailure(outcome, WideFromAnsi(other.Path().c_str()));
+  const std::vector<std::string> details = {
+      "To be carried out: m.xml", "It is refused.", "The permission file of this computer permits nothing of this kind."};
+  EXPECT_EQ(details, report.details);
+}
+
 TEST_F(FailureReportTest, APermissionFileThatIsGoneIsNoFailureOfTheReport) {
   const RunOutcome outcome = RunManifest(L"http://elsewhere/m.xml", {}, nullptr);
   permit.Write("no markup");

@@ -185,8 +185,8 @@ struct StrangerCase {
   const char* name;
   const char* entry;
   const char* code;
-  const char* stranger;  // as it is shown
-  const char* url;       // as it is asked
+  const char* message;
+  const char* url;  // as it is asked
 };
 
 class StrangerTest : public testing::TestWithParam<StrangerCase> {};
@@ -196,24 +196,63 @@ TEST_P(StrangerTest, GetsThrough) {
   permit.URL(GetParam().entry).Extension("txt").Folder("InternetCache");
   const Findings findings = OfCode(FoundIn(permit), GetParam().code);
   ASSERT_EQ(1u, findings.size());
-  EXPECT_TRUE(Says(findings[0], GetParam().stranger)) << findings[0].message;
+  EXPECT_EQ(GetParam().message, findings[0].message);
   const LogCapture log(false);
   EXPECT_HRESULT(S_OK, permit.Read()->IsManifestURLPermitted(Wide(GetParam().url).c_str()));
 }
 
+#define NO_SEPARATOR(folder, stranger, separator)                                                                \
+  "Without a separator at its end this names a file, and permits all that begins with the folder above, " folder \
+  ", and with it also " stranger ". If it is a folder, end it with '" separator "'."
+#define NO_BOUNDARY(server, stranger)                                                                             \
+  "The name of a server is no boundary: this permits all that begins with " server ", and with it also " stranger \
+  ". Name a folder of the server as well."
+#define ANOTHER_SERVER "an address that goes on with '@' and another server"
+
 INSTANTIATE_TEST_SUITE_P(
     Strangers, StrangerTest,
     testing::Values(
-        StrangerCase{"OtherServer", "https://host/apps", "url-no-separator", "'https://host.example.net/'",
-                     "https://host.example.net/x.xml"},
-        StrangerCase{"OtherServerAfterASeparator", "https://host/", "url-no-boundary", "'https://host.example.net/'",
-                     "https://host.example.net/x.xml"},
+        StrangerCase{"OtherServer", "https://host/apps", "url-no-separator",
+                     NO_SEPARATOR("'https://host'", "'https://host.example.net/'", "/"), "https://host.example.net/x.xml"},
+        StrangerCase{"OtherServerAfterASeparator", "https://host/", "url-no-boundary",
+                     NO_BOUNDARY("'https://host'", "'https://host.example.net/'"), "https://host.example.net/x.xml"},
+        StrangerCase{"Neighbour", "https://host/a/b", "url-no-separator",
+                     NO_SEPARATOR("'https://host/a'", "'https://host/a-other/'", "/"), "https://host/a-other/x.xml"},
+        StrangerCase{"BehindAPort", "https://host:80/", "url-no-boundary", NO_BOUNDARY("'https://host:80'", ANOTHER_SERVER),
+                     "https://host:80@example.net/x.xml"},
+        StrangerCase{"AnyPort", "https://host:80", "url-no-separator", NO_SEPARATOR("'https://host:'", ANOTHER_SERVER, "/"),
+                     "https://host:@example.net/x.xml"},
+        StrangerCase{"LocalNeighbour", "C:\\a\\b", "url-no-separator", NO_SEPARATOR("'C:\\a'", "'C:\\a-other\\'", "\\"),
+                     "C:\\a-other\\x.xml"},
         StrangerCase{
-            "Neighbour", "https://host/a/b", "url-no-separator", "'https://host/a-other/'", "https://host/a-other/x.xml"},
-        StrangerCase{"BehindAPort", "https://host:80/", "url-no-boundary", "'@'", "https://host:80@example.net/x.xml"},
-        StrangerCase{"AnyPort", "https://host:80", "url-no-separator", "'@'", "https://host:@example.net/x.xml"},
-        StrangerCase{"LocalNeighbour", "C:\\a\\b", "url-no-separator", "'C:\\a-other\\'", "C:\\a-other\\x.xml"},
-        StrangerCase{"WholeDrive", "C:\\a", "url-no-separator", "'C:\\other\\'", "C:\\other\\x.xml"}),
+            "WholeDrive", "C:\\a", "url-no-separator", NO_SEPARATOR("'C:'", "'C:\\other\\'", "\\"), "C:\\other\\x.xml"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+// What is said of an entry that permits all of a kind.
+struct WholeKindCase {
+  const char* name;
+  const char* entry;
+  const char* words;
+};
+
+class WholeKindTest : public testing::TestWithParam<WholeKindCase> {};
+
+TEST_P(WholeKindTest, IsSaidInWords) {
+  PermitFile permit;
+  permit.URL(GetParam().entry).Extension("txt").Folder("InternetCache");
+  const Findings findings = OfCode(FoundIn(permit), "url-everything");
+  ASSERT_EQ(1u, findings.size());
+  EXPECT_EQ(
+      std::string("This permits ") + GetParam().words + ". Name one server or one folder, with a separator at the end.",
+      findings[0].message);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, WholeKindTest,
+    testing::Values(WholeKindCase{"Http", "http://host", "every address that begins with 'http:'"},
+                    WholeKindCase{"Https", "https://host", "every address that begins with 'https:'"},
+                    WholeKindCase{"Files", "file:", "every file on this machine and every shared folder"},
+                    WholeKindCase{"Shares", "\\\\server", "every shared folder of every server"}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(PermitFindingsTest, UserNamesAndPasswordsAreNotShown) {
@@ -289,8 +328,14 @@ TEST(PermitFindingsTest, NamesTheNeighbourThatIsThere) {
   permit.URL("https://host/apps/").Extension("txt").Folder("Path", "C:\\Data").Folder("Path", "C:\\Other");
   const Findings findings = OfCode(FoundIn(permit, surroundings), "folder-no-boundary");
   ASSERT_EQ(2u, findings.size());
-  EXPECT_TRUE(Says(findings[0], "'Database'")) << findings[0].message;
-  EXPECT_TRUE(Says(findings[1], "none at the moment")) << findings[1].message;
+  EXPECT_EQ(
+      "The entry is a beginning without a boundary: it permits the folder 'Database' beside 'C:\\Data' too. Choose a name "
+      "that no other folder begins with.",
+      findings[0].message);
+  EXPECT_EQ(
+      "The entry is a beginning without a boundary: it permits every folder whose path begins with 'C:\\Other', also one "
+      "beside it. There is none at the moment.",
+      findings[1].message);
 }
 
 TEST(PermitFindingsTest, AnEntryThatIsLeftOutPermitsNothing) {
@@ -300,22 +345,55 @@ TEST(PermitFindingsTest, AnEntryThatIsLeftOutPermitsNothing) {
   const Findings findings = OfCode(FoundIn(permit), "folder-unresolved");
   ASSERT_EQ(2u, findings.size());
   EXPECT_EQ(10, findings[0].line);
+  EXPECT_EQ(
+      "This folder cannot be found out on this machine, or its path is too long. The entry permits nothing, and neither do "
+      "those of the same name behind it.",
+      findings[0].message);
   EXPECT_EQ("b", findings[1].entry);
-  EXPECT_TRUE(Says(findings[1], "on line 10")) << findings[1].message;
+  EXPECT_EQ("This entry permits nothing, because the one of the same name on line 10 cannot be resolved. Mend that one.",
+            findings[1].message);
+}
+
+TEST(PermitFindingsTest, SaysWhatAFolderReaches) {
+  const struct {
+    const char* path;
+    const char* message;
+  } rows[] = {
+      {"d:\\",
+       "'d:\\' reaches the whole drive 'D:\\'. A manifest could replace what others rely on there. Name a folder of its "
+       "own."},
+      {"\\\\",
+       "'\\\\' reaches every shared folder of every server: '\\\\'. A manifest could replace what others rely on there. "
+       "Name a folder of its own."},
+      {"C:\\a\\..\\b",
+       "Dots in a path are not resolved: this permits only what is written with the same dots. Write the path without "
+       "them."},
+  };
+  for (const auto& row : rows) {
+    PermitFile permit;
+    permit.URL("https://host/apps/").Extension("txt").Folder("Path", row.path);
+    EXPECT_EQ(row.message, FoundIn(permit).at(0).message);
+  }
 }
 
 TEST(PermitFindingsTest, TellsWhoElseMayChangeWhatIsPermitted) {
   PermitFile permit;
   permit.URL("https://host/apps/").Extension("txt").Folder("InternetCache");
   const std::wstring folder = WideFromAnsi(permit.ModuleFolder().c_str());
-  for (const std::wstring& path : {folder + L"\\permit.xml", folder, folder + L"\\norvik.dll"}) {
+  const struct {
+    std::wstring path;
+    std::string name;
+  } rows[] = {{folder + L"\\permit.xml", "this file"}, {folder, "its folder"}, {folder + L"\\norvik.dll", "the module"}};
+  for (const auto& row : rows) {
     FakeSurroundings surroundings;
-    surroundings.writers = {{path, "Users"}};
+    surroundings.writers = {{row.path, "Users"}};
     const Findings findings = FoundIn(permit, surroundings);
     ASSERT_EQ("file-writable", CodesOf(findings));
     EXPECT_EQ(0, findings[0].line);
     EXPECT_EQ("", findings[0].entry);
-    EXPECT_TRUE(Says(findings[0], "'" + Utf8(path) + "'")) << findings[0].message;
+    EXPECT_EQ("'Users' may change " + row.name + ", '" + Utf8(row.path) +
+                  "', and with it what every page may do here. Let only administrators and the system write there.",
+              findings[0].message);
   }
   FakeSurroundings surroundings;
   surroundings.writers = {{folder + L"\\other.xml", "Users"}};
@@ -437,6 +515,8 @@ INSTANTIATE_TEST_SUITE_P(
         InvalidCase{"Empty", "", -1, "no XML document that"}, InvalidCase{"Text", "hello", -1, "no XML document that"},
         InvalidCase{
             "Broken", HEAD "<VantorPermissions version=\"1.0\">\n<Source></Destination>", -1, "no XML document that"},
+        InvalidCase{"WideCharacters", kWideDocument, 1, "it is in UTF-16 or UTF-32, which the module does not read. Mend"},
+        InvalidCase{"LongHead", kLongHead, 1, "document type declaration"},
         InvalidCase{"WithoutDocumentType", "<?xml version=\"1.0\"?>\n<VantorPermissions version=\"1.0\"/>", 1,
                     "document type declaration"},
         InvalidCase{"MissingPart", HEAD "<VantorPermissions version=\"1.0\">\n<Source/></VantorPermissions>", -1,
