@@ -90,13 +90,6 @@ std::vector<Question> QuestionsOf(const CLI::App& explain) {
   return questions;
 }
 
-// The command whose arguments were read last: the program itself, a command, or a command of a command.
-const CLI::App* Chosen(const CLI::App* app) {
-  for (auto chosen = app->get_subcommands(); !chosen.empty(); chosen = app->get_subcommands())
-    app = chosen.front();
-  return app;
-}
-
 Arguments::Command CommandOf(const std::vector<std::pair<const CLI::App*, Arguments::Command>>& commands) {
   for (const auto& [app, command] : commands) {
     if (app->parsed())
@@ -185,7 +178,7 @@ Arguments ReadArguments(const std::vector<std::wstring>& arguments) {
   } catch (const CLI::CallForVersion& version) {
     throw UsageText{std::string(version.what()) + "\n", false};
   } catch (const CLI::CallForHelp&) {
-    throw UsageText{Chosen(&app)->help(), false};
+    throw UsageText{app.help(), false};  // of the command whose arguments were read last
   } catch (const CLI::ParseError& error) {
     throw UsageText{WithoutCredentials(error.what()) + "\nRun 'norvik --help' for the commands and their options.\n", true};
   }
