@@ -11,10 +11,8 @@ namespace {
 
 template <class Object>
 void MustBeMade(const std::unique_ptr<Object>& object, HRESULT hr, const std::string& asked) {
-  if (!object)
+  if (!object || hr == E_OUTOFMEMORY)
     throw std::bad_alloc();
-  if (hr == E_OUTOFMEMORY)  // what the module says of a path that is too long
-    throw Unanswered("'" + asked + "' is longer than the module can use.");
   if (FAILED(hr))
     throw Unanswered("'" + asked + "' cannot be understood: " + ReasonText(hr));
 }
@@ -71,6 +69,8 @@ void ExplainFolder(const PermitDocument& permit, Answer& answer) {
   HRESULT hr = S_OK;
   const std::unique_ptr<CDestinationFolder> folder(
       new (std::nothrow) CDestinationFolder(answer.question.folderKind, answer.question.asked.c_str(), &hr));
+  if (folder && hr == E_OUTOFMEMORY)  // what the module says of a path that is too long
+    throw Unanswered("'" + answer.asked + "' is longer than the module can use.");
   MustBeMade(folder, hr, answer.asked);
   answer.understood = Utf8FromAnsi(folder->GetPath());
   Conclude(permit, EntryKind::Folder, permit.Permissions()->GetDestinations()->FindFolder(*folder), *folder, answer);

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <shlobj.h>
 
+#include <new>
+
 #include "advice/Document.h"
 #include "advice/KeptLog.h"
 #include "advice/Words.h"
@@ -99,6 +101,15 @@ TEST_F(ExplanationTest, AFolderThatCannotBeResolvedIsAnUnansweredQuestion) {
             WhyUnanswered(std::wstring(300, L'x'), FolderKind::Temp));
   PATCH_IMPORT(none, SHGetFolderPathA, [](auto, auto...) -> HRESULT { return E_FAIL; });
   EXPECT_EQ("'Personal' cannot be understood: " + ReasonText(E_FAIL), WhyUnanswered(L"", FolderKind::Personal));
+}
+
+// A URL of any length is no trouble; without memory there is no answer.
+TEST_F(ExplanationTest, WithoutMemoryForAURLThereIsNoAnswer) {
+  permit.URL("http://a/").Extension("txt");
+  EXPECT_TRUE(Ask(QuestionKind::Source, L"http://a/" + std::wstring(100000, L'x')).isPermitted);
+  PATCH_IMPORT(none, WideCharToMultiByte, FailWith(0, ERROR_NOT_ENOUGH_MEMORY));
+  for (const QuestionKind kind : {QuestionKind::Manifest, QuestionKind::Source, QuestionKind::Extension})
+    EXPECT_THROW(Ask(kind, L"http://b/c"), std::bad_alloc) << NameOf(kind);
 }
 
 TEST_F(ExplanationTest, UserNamesAndPasswordsAreNotShown) {
