@@ -120,6 +120,37 @@ TEST(MismatchTest, MessagesSayWhichExtensionAndFolderTheEntryPermits) {
   EXPECT_EQ("The entry permits what begins with 'C:\\B'.", ofFolders(L"C:\\B"));
 }
 
+// What an administrator most likely meant comes first.
+TEST(MismatchTest, WhatDiffersLeastIsNearest) {
+  const CSourceURL entry(L"http://a/x/", SourceRole::PermittedEntry, nullptr);
+  const auto nearness = [&](Mismatch reason, const wchar_t* candidate) {
+    return NearnessOf(reason, entry, CSourceURL(candidate, SourceRole::Command, nullptr));
+  };
+  const auto rank = [&](Mismatch reason) { return nearness(reason, L"http://b/x/").first; };
+  EXPECT_GT(rank(Mismatch::CaseDiffers), rank(Mismatch::EntryLonger));
+  EXPECT_GT(rank(Mismatch::EntryLonger), rank(Mismatch::PathDiffers));
+  const Nearness sameHost = nearness(Mismatch::SchemeDiffers, L"https://a/y/f");
+  EXPECT_GT(rank(Mismatch::PathDiffers), sameHost.first);
+  EXPECT_EQ(2u, sameHost.second);
+  EXPECT_GT(sameHost.first, rank(Mismatch::HostDiffers));
+  EXPECT_GT(rank(Mismatch::HostDiffers), rank(Mismatch::ClassDiffers));
+  EXPECT_EQ(rank(Mismatch::CaseDiffers), rank(Mismatch::DotInEntry));
+  EXPECT_EQ(rank(Mismatch::HostDiffers), rank(Mismatch::ExtensionDiffers));
+  EXPECT_EQ(Nearness(rank(Mismatch::CaseDiffers), 3), nearness(Mismatch::SchemeDiffers, L"https://a/x/f"));
+  EXPECT_EQ(Nearness(rank(Mismatch::HostDiffers), 0), nearness(Mismatch::SchemeDiffers, L"https://b/x/f"));
+}
+
+// Of what differs alike, the longer common beginning is the nearer.
+TEST(MismatchTest, TheBytesThatBothBeginWithAreCounted) {
+  const CSourceURL entry(L"http://a/xy/", SourceRole::PermittedEntry, nullptr);
+  EXPECT_EQ(
+      10u, NearnessOf(Mismatch::PathDiffers, entry, CSourceURL(L"http://a/xz/f", SourceRole::Command, nullptr)).second);
+  const CSourceExtension extension(L"txt", nullptr);
+  EXPECT_EQ(2u, NearnessOf(Mismatch::ExtensionDiffers, extension, CSourceExtension(L"txe", nullptr)).second);
+  const CDestinationFolder folder(FolderKind::Path, L"C:\\abc", nullptr);
+  EXPECT_EQ(4u, NearnessOf(Mismatch::PathDiffers, folder, CDestinationFolder(FolderKind::Path, L"C:\\ax", nullptr)).second);
+}
+
 // Texts of few letters, so that many begin with each other.
 std::wstring RandomURL(Dice& dice) {
   static const std::vector<std::wstring> starts = {

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <wincrypt.h>
 
+#include <cwchar>
+
 #include "advice/DoctorExpectations.h"
 #include "advice/Words.h"
 #include "common/Handles.h"
@@ -78,13 +80,14 @@ TEST(ModuleFileTest, WhatIsNoProgramIsNotTheModule) {
   const TemporaryFolder folder;
   const InstalledModule installed;
   const std::string whole = ReadWholeFile(installed.Path());
-  std::string elsewhere = whole.substr(0, 1024), before = elsewhere, otherMachine = elsewhere;
+  std::string elsewhere = whole.substr(0, 1024), before = elsewhere, otherMachine = elsewhere, otherStart = elsewhere;
+  otherStart.replace(0, 2, "ZM");
   elsewhere.replace(0x3C, 4, std::string("\xFF\xFF\xFF\x7F", 4));
   before.replace(0x3C, 4, std::string("\xFF\xFF\xFF\xFF", 4));
   otherMachine.replace(static_cast<unsigned char>(whole[0x3C]) + std::size_t{4}, 2, std::string("\x64\xAA", 2));
-  for (const std::string& bytes :
-       {std::string(), std::string("MZ"), std::string("no program"), whole.substr(0, 0x40),
-        whole.substr(0, static_cast<unsigned char>(whole[0x3C]) + std::size_t{6}), elsewhere, before, otherMachine}) {
+  for (const std::string& bytes : {std::string(), std::string("MZ"), std::string("no program"), whole.substr(0, 0x40),
+                                   whole.substr(0, static_cast<unsigned char>(whole[0x3C]) + std::size_t{6}), elsewhere,
+                                   before, otherMachine, otherStart}) {
     WriteWholeFile(folder.File("norvik.dll"), bytes);
     const ModuleFile module = ReadModuleFile(WidePath(folder.File("norvik.dll")));
     EXPECT_EQ(0, module.bits) << bytes.size();
@@ -116,6 +119,17 @@ TEST(ModuleFileTest, AnotherWidthOrVersionThanTheProgramsIsAWarning) {
 TEST(ModuleFileTest, ThisProgramHasAPathAndAWidth) {
   EXPECT_EQ(kBits, ThisProgram().bits);
   EXPECT_NE(std::wstring::npos, ThisProgram().path.find(L"advice_tests.exe"));
+}
+
+TEST(ModuleFileTest, AProgramWhosePathIsCutHasNone) {
+  DWORD told = MAX_PATH - 1;
+  PATCH_IMPORT(names, GetModuleFileNameW, [&told](auto, HMODULE, LPWSTR path, DWORD size) -> DWORD {
+    std::wmemset(path, L'x', size);
+    return told;
+  });
+  EXPECT_EQ(std::wstring(MAX_PATH - 1, L'x'), ThisProgram().path);
+  told = MAX_PATH;
+  EXPECT_EQ(L"", ThisProgram().path);
 }
 
 TEST(ModuleFileTest, OneFileIsTheSameByAnyName) {
