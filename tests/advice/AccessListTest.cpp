@@ -66,6 +66,7 @@ INSTANTIATE_TEST_SUITE_P(
         AccessCase{"WhoIsLoggedOn", "O:BAD:(A;;GW;;;IU)", "S-1-5-4"},
         AccessCase{"WhoIsKnown", "O:BAD:(A;;GW;;;AU)", "S-1-5-11"},
         AccessCase{"OnlyHandedOn", "O:BAD:(A;OICIIO;GA;;;BU)(A;OICIIO;GA;;;CO)", ""},
+        AccessCase{"OnlyHandedOnBehindAnother", "O:BAD:(A;;FA;;;BA)(A;OICIIO;GA;;;BU)", ""},
         AccessCase{"HandedOnToo", "O:BAD:(A;OICI;GA;;;BU)", "S-1-5-32-545"},
         AccessCase{"DeniedBefore", "O:BAD:(D;;GA;;;BU)(A;;GA;;;BU)", ""},
         AccessCase{"DeniedInPart", "O:BAD:(D;;LC;;;BU)(A;;GA;;;BU)", "S-1-5-32-545"},
@@ -75,6 +76,14 @@ INSTANTIATE_TEST_SUITE_P(
         AccessCase{"OwnedBySomebody", "O:S-1-5-21-1-2-3-1001D:(A;;FA;;;BA)", "S-1-5-21-1-2-3-1001"},
         AccessCase{"OwnedByTheSystem", "O:SYD:(A;;FA;;;BA)", ""}),
     [](const auto& row) { return std::string(row.param.name); });
+
+TEST(AccessListTest, EntriesThatNeitherAllowNorDenyGiveNoRights) {
+  const Descriptor descriptor("O:BAD:(A;;FA;;;BA)(A;;GA;;;WD)");
+  void* entry = nullptr;
+  ASSERT_TRUE(GetAce(descriptor.AccessList(), 1, &entry));
+  static_cast<ACE_HEADER*>(entry)->AceType = SYSTEM_AUDIT_ACE_TYPE;
+  EXPECT_EQ(L"", WriterByAccessList(descriptor.AccessList(), descriptor.Owner()));
+}
 
 TEST(AccessListTest, WithoutAListEveryoneWrites) {
   const Descriptor descriptor("O:BAD:");
