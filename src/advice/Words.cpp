@@ -90,15 +90,11 @@ std::string WithoutCredentials(const std::string& text) {
       break;
     const std::size_t start = slashes + 2;
     const std::size_t end = text.find_first_of("/\\?#'\" \t\r\n", start);
-    const std::size_t at = text.rfind('@', end == std::string::npos ? end : end - (end > 0 ? 1 : 0));
+    const std::size_t at = text.rfind('@', end);  // none of the characters that end it is one
     const bool isScheme = slashes > 0 && text[slashes - 1] == ':';
-    if (isScheme && at != std::string::npos && at >= start) {
-      shown.append(text, position, start - position);
-      position = at + 1;
-    } else {
-      shown.append(text, position, start - position);
-      position = start;
-    }
+    const bool hasCredentials = isScheme && at != std::string::npos && at >= start;
+    shown.append(text, position, start - position);
+    position = hasCredentials ? at + 1 : start;
   }
   return shown.append(text, position, std::string::npos);
 }

@@ -28,4 +28,21 @@ TEST(KeptLogTest, OneWithinAnotherTakesItsPlaceForItsLife) {
   EXPECT_NE("", file.Text());
 }
 
+// Who keeps the log for a reader wants what is said, and not what helps to find mistakes of the module.
+TEST(KeptLogTest, OnlyALogThatIsWrittenHasDebugLines) {
+  const LONG before = GetDebugLogging();
+  SetDebugLogging(1);
+  {
+    const KeptLog quiet;
+    EXPECT_EQ(0, GetDebugLogging());
+  }
+  EXPECT_EQ(1, GetDebugLogging());
+  {
+    const KeptLog written(KeptLog::Also::LogFile);
+    EXPECT_EQ(1, GetDebugLogging());
+  }
+  EXPECT_EQ(1, GetDebugLogging());
+  SetDebugLogging(before);
+}
+
 }  // namespace

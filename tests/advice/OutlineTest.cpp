@@ -152,36 +152,44 @@ class FakeLocator final : public ISAXLocator {
   FAKE_METHOD_REFUSED(getSystemId, const wchar_t**)
 };
 
-// Tells the handler of errors what the test wants it to hear, in place of reading.
-class ComplainingReader final : public FakeReaderMethods {
+// Tells the handlers what the test wants them to hear, in place of reading.
+class FakeReader final : public FakeReaderMethods {
  public:
-  using Complain = std::function<void(ISAXErrorHandler&, ISAXLocator&)>;
+  using Parse = std::function<HRESULT(ISAXContentHandler&, ISAXErrorHandler&)>;
 
-  explicit ComplainingReader(Complain saidInParsing) : complain(std::move(saidInParsing)) {}
+  explicit FakeReader(Parse parseInstead) : parseAs(std::move(parseInstead)) {}
 
-  HRESULT WINAPI putContentHandler(ISAXContentHandler*) override { return S_OK; }
-  HRESULT WINAPI putErrorHandler(ISAXErrorHandler* errorHandler) override {
-    handler = errorHandler;
+  HRESULT WINAPI putContentHandler(ISAXContentHandler* contentHandler) override {
+    content = contentHandler;
     return S_OK;
   }
-  HRESULT WINAPI parse(VARIANT) override {
-    FakeLocator locator;
-    complain(*handler, locator);
-    return E_FAIL;
+  HRESULT WINAPI putErrorHandler(ISAXErrorHandler* errorHandler) override {
+    errors = errorHandler;
+    return S_OK;
   }
+  HRESULT WINAPI parse(VARIANT) override { return parseAs(*content, *errors); }
 
  private:
-  Complain complain;
-  ISAXErrorHandler* handler = nullptr;
+  Parse parseAs;
+  ISAXContentHandler* content = nullptr;
+  ISAXErrorHandler* errors = nullptr;
 };
 
-Outline OutlineWithComplaints(ComplainingReader::Complain complain) {
-  ComplainingReader reader(std::move(complain));
+Outline OutlineBy(FakeReader::Parse parse) {
+  FakeReader reader(std::move(parse));
   PATCH_IMPORT(readers, CoCreateInstance, [&](auto, auto, auto, auto, auto, void** object) -> HRESULT {
     *object = static_cast<ISAXXMLReader*>(&reader);
     return S_OK;
   });
   return OutlineOf("<A/>");
+}
+
+Outline OutlineWithComplaints(const std::function<void(ISAXErrorHandler&, ISAXLocator&)>& complain) {
+  return OutlineBy([&complain](ISAXContentHandler&, ISAXErrorHandler& errors) -> HRESULT {
+    FakeLocator locator;
+    complain(errors, locator);
+    return E_FAIL;
+  });
 }
 
 TEST(OutlineTest, TheFirstErrorIsToldWithItsPlace) {
@@ -222,6 +230,27 @@ TEST(OutlineTest, TheHandlerOfErrorsHasItsInterfaceAndNoOther) {
     wasAsked = true;
   });
   EXPECT_TRUE(wasAsked);
+}
+
+// The reader need not give what it has no text for, nor a place.
+TEST(OutlineTest, WhatTheReaderLeavesOutIsEmpty) {
+  const Outline outline = OutlineBy([](ISAXContentHandler& content, ISAXErrorHandler&) -> HRESULT {
+    EXPECT_HRESULT(S_OK, content.characters(L"before", 6));
+    EXPECT_HRESULT(S_OK, content.startElement(nullptr, 0, nullptr, 0, L"AB", 1, nullptr));
+    EXPECT_HRESULT(S_OK, content.characters(nullptr, 3));
+    EXPECT_HRESULT(S_OK, content.characters(L"x", -1));
+    EXPECT_HRESULT(S_OK, content.startElement(nullptr, 0, nullptr, 0, nullptr, 1, nullptr));
+    EXPECT_HRESULT(S_OK, content.endElement(nullptr, 0, nullptr, 0, nullptr, 0));
+    EXPECT_HRESULT(S_OK, content.endElement(nullptr, 0, nullptr, 0, L"AB", 1));
+    EXPECT_HRESULT(S_OK, content.endElement(nullptr, 0, nullptr, 0, L"AB", 1));
+    return S_OK;
+  });
+  EXPECT_TRUE(outline.isWellFormed);
+  EXPECT_EQ("A", outline.root.name);
+  EXPECT_EQ(0, outline.root.line);
+  EXPECT_EQ("", outline.root.text);
+  ASSERT_EQ(1u, outline.root.children.size());
+  EXPECT_EQ("", outline.root.children[0].name);
 }
 
 TEST(OutlineTest, WithoutAReaderNothingIsKnown) {
