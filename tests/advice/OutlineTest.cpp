@@ -134,24 +134,6 @@ TEST(OutlineTest, ADocumentOfWideCharactersIsNotRead) {
   EXPECT_TRUE(OutlineOf("\xEF\xBB\xBF<!DOCTYPE A><A/>").isWellFormed);
 }
 
-class FakeLocator final : public ISAXLocator {
- public:
-  virtual ~FakeLocator() = default;
-  HRESULT WINAPI QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-  ULONG WINAPI AddRef() override { return 1; }
-  ULONG WINAPI Release() override { return 1; }
-  HRESULT WINAPI getColumnNumber(int* column) override {
-    *column = 7;
-    return S_OK;
-  }
-  HRESULT WINAPI getLineNumber(int* line) override {
-    *line = 3;
-    return S_OK;
-  }
-  FAKE_METHOD_REFUSED(getPublicId, const wchar_t**)
-  FAKE_METHOD_REFUSED(getSystemId, const wchar_t**)
-};
-
 // Tells the handlers what the test wants them to hear, in place of reading.
 class FakeReader final : public FakeReaderMethods {
  public:
@@ -186,7 +168,7 @@ Outline OutlineBy(FakeReader::Parse parse) {
 
 Outline OutlineWithComplaints(const std::function<void(ISAXErrorHandler&, ISAXLocator&)>& complain) {
   return OutlineBy([&complain](ISAXContentHandler&, ISAXErrorHandler& errors) -> HRESULT {
-    FakeLocator locator;
+    FakeLocator locator(3, 7);
     complain(errors, locator);
     return E_FAIL;
   });

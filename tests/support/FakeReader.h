@@ -33,3 +33,28 @@ class FakeReaderMethods : public ISAXXMLReader {
   FAKE_METHOD_REFUSED(parse, VARIANT)
   FAKE_METHOD_REFUSED(parseURL, const wchar_t*)
 };
+
+// What tells a reader's place: the one that its test gives.
+class FakeLocator final : public ISAXLocator {
+ public:
+  FakeLocator(int givenLine, int givenColumn, HRESULT answer = S_OK) : line(givenLine), column(givenColumn), hr(answer) {}
+  virtual ~FakeLocator() = default;
+  HRESULT WINAPI QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+  ULONG WINAPI AddRef() override { return 1; }
+  ULONG WINAPI Release() override { return 1; }
+  HRESULT WINAPI getColumnNumber(int* number) override {
+    *number = column;
+    return hr;
+  }
+  HRESULT WINAPI getLineNumber(int* number) override {
+    *number = line;
+    return hr;
+  }
+  FAKE_METHOD_REFUSED(getPublicId, const wchar_t**)
+  FAKE_METHOD_REFUSED(getSystemId, const wchar_t**)
+
+ private:
+  int line;
+  int column;
+  HRESULT hr;
+};
