@@ -147,10 +147,10 @@ class UnexpectedFailureTest : public FakeStreamsTest {
   std::string ToldOf(const Failure& failure) {
     output.isConsole = error.isConsole = false;
     error.bytes.clear();
-    PATCH_IMPORT(program, GetModuleFileNameA, [&](auto original, HMODULE module, auto... arguments) -> DWORD {
-      if (!module)
+    PATCH_IMPORT(texts, WideCharToMultiByte, [&](auto original, UINT codePage, DWORD flags, auto... rest) -> int {
+      if (flags & WC_ERR_INVALID_CHARS)  // as the arguments are read
         throw failure;
-      return original(module, arguments...);
+      return original(codePage, flags, rest...);
     });
     Do([] { EXPECT_EQ(3, RunTool({L"--version"})); });
     EXPECT_EQ("", output.bytes);
