@@ -35,10 +35,17 @@ TEST(SurroundingsTest, NothingIsSearchedOnServersAndForPatterns) {
 }
 
 TEST(SurroundingsTest, ProgramsAreWhatTheSystemRunsInAnyCase) {
-  for (const char* const extension : {"exe", "EXE", "cmd", "vbs", "lnk", "msi", "dll"})
+  wchar_t before[1024] = L"";
+  GetEnvironmentVariableW(L"PATHEXT", before, 1024);
+  SetEnvironmentVariableW(L"PATHEXT", nullptr);
+  for (const char* const extension :
+       {"appref-ms", "bat", "chm", "cmd", "com", "cpl", "dll", "exe", "gadget", "hta",  "inf", "iso",  "jar", "js",  "jse",
+        "lnk",       "msc", "msi", "msp", "mst", "ocx", "pif", "ps1", "ps2",    "psc1", "reg", "scf",  "scr", "sct", "shb",
+        "shs",       "sys", "url", "vb",  "vbe", "vbs", "vhd", "ws",  "wsc",    "wsf",  "wsh", "xbap", "xll", "EXE", "Cmd"})
     EXPECT_TRUE(machine.IsProgram(extension)) << extension;
   for (const char* const extension : {"", "txt", "xml", "ex", ".exe", "exe;"})
     EXPECT_FALSE(machine.IsProgram(extension)) << extension;
+  SetEnvironmentVariableW(L"PATHEXT", *before ? before : nullptr);
 }
 
 TEST(SurroundingsTest, ProgramsAreWhatTheListOfTheSystemHasToo) {

@@ -1,4 +1,7 @@
+#include "common/Windows.h"
+
 #include <gtest/gtest.h>
+#include <shlwapi.h>
 
 #include <string>
 #include <vector>
@@ -7,6 +10,7 @@
 #include "support/Files.h"
 #include "support/GuardedHeap.h"
 #include "support/HResult.h"
+#include "support/ImportPatch.h"
 #include "support/LogCapture.h"
 #include "transfer/Transfer.h"
 
@@ -130,6 +134,10 @@ TEST_F(NotFoundSearchTest, ACarriedEndThatBeginsWithAZeroByteIsLeftOut) {
 }
 
 TEST_F(NotFoundSearchTest, WithoutATextNothingIsSearched) {
+  PATCH_IMPORT(search, StrStrA, [](auto original, auto... texts) {
+    ADD_FAILURE() << "it was searched";
+    return original(texts...);
+  });
   ExpectBrought({"not found", "a"}, 0, nullptr);
   ExpectBrought({"not found", "a"}, 0, "");
 }
