@@ -29,8 +29,9 @@ class ImportPatch {
 //   PATCH_IMPORT(diskFull, WriteFile, FailWith(FALSE, ERROR_DISK_FULL));
 //
 // The code under test is linked into the test program, so the program's own import table is patched; a module handle can be
-// given for a loaded DLL. A handler that calls the patched function itself gets the original,
-// or the handler of the patch that was made before it.
+// given for a loaded DLL. A handler that calls the patched function itself gets the original, or the handler of the patch
+// that was made before it. A handler may throw where the programs' own code calls it; the module's has no exceptions, and in
+// 32 bit none passes through it.
 template <class Tag, class Function>
 class ImportedFunction;
 
