@@ -28,6 +28,14 @@ TEST(KeptLogTest, OneWithinAnotherTakesItsPlaceForItsLife) {
   EXPECT_NE("", file.Text());
 }
 
+TEST(KeptLogTest, AThousandEntriesAreKept) {
+  const KeptLog log;
+  for (int i = 0; i < 1001; ++i)
+    LogError(HERE, E_FAIL, "%d", i);
+  ASSERT_EQ(1000u, log.Entries().size());
+  EXPECT_EQ("999", log.Entries().back().message);
+}
+
 // Who keeps the log for a reader wants what is said, and not what helps to find mistakes of the module.
 TEST(KeptLogTest, OnlyALogThatIsWrittenHasDebugLines) {
   const LONG before = GetDebugLogging();

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <wincrypt.h>
+#include <winver.h>
 
 #include <cwchar>
 
@@ -54,6 +55,37 @@ TEST(ModuleFileTest, TheHashIsThatOfTheBytes) {
   WriteWholeFile(folder.File("empty"), "");
   EXPECT_EQ("e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855",
             ReadModuleFile(WidePath(folder.File("empty"))).hash);
+}
+
+TEST(ModuleFileTest, WhatTheHashTakesIsGivenBack) {
+  int taken = 0;
+  PATCH_IMPORT(takes, CryptAcquireContextW, [&](auto original, auto... arguments) -> BOOL {
+    ++taken;
+    return original(arguments...);
+  });
+  PATCH_IMPORT(givesBack, CryptReleaseContext, [&](auto original, HCRYPTPROV provider, DWORD flags) -> BOOL {
+    --taken;
+    EXPECT_EQ(0u, flags) << "the system refuses others";
+    return original(provider, flags);
+  });
+  const TemporaryFolder folder;
+  WriteWholeFile(folder.File("abc"), "abc");
+  EXPECT_NE("", ReadModuleFile(WidePath(folder.File("abc"))).hash);
+  EXPECT_EQ(0, taken);
+}
+
+// What a name without a length points to is nobody's.
+TEST(ModuleFileTest, AProductWithoutANameIsNone) {
+  PATCH_IMPORT(names, VerQueryValueW, [](auto original, LPCVOID block, LPCWSTR name, LPVOID* found, PUINT length) -> BOOL {
+    const BOOL isFound = original(block, name, found, length);
+    if (std::wcslen(name) > 1)
+      *length = 0;
+    return isFound;
+  });
+  const InstalledModule installed;
+  const ModuleFile module = ReadModuleFile(WidePath(installed.Path()));
+  EXPECT_EQ("1.0.0.0", module.version);
+  EXPECT_EQ("", module.product);
 }
 
 TEST(ModuleFileTest, WithoutAHashTheRestIsTold) {

@@ -120,6 +120,25 @@ TEST_F(ProgressWindowTest, ALongOneShowsWhatItIsAt) {
   EXPECT_EQ(1, dialog.stops);
 }
 
+// Windows, the dialog's among them, are dead without it.
+TEST_F(ProgressWindowTest, MessagesAreServedMeanwhile) {
+  std::vector<std::string> served;
+  PATCH_IMPORT(translations, TranslateMessage, [&served](auto, const MSG* message) -> BOOL {
+    served.push_back("translated " + std::to_string(message->message - WM_APP));
+    return FALSE;
+  });
+  PATCH_IMPORT(dispatches, DispatchMessageW, [this, &served](auto, const MSG* message) -> LRESULT {
+    served.push_back("dispatched " + std::to_string(message->message - WM_APP));
+    if (message->message == WM_APP + 1)
+      EndThread();
+    return 0;
+  });
+  PostThreadMessageW(GetCurrentThreadId(), WM_APP, 0, 0);
+  PostThreadMessageW(GetCurrentThreadId(), WM_APP + 1, 0, 0);
+  Wait();
+  EXPECT_EQ((std::vector<std::string>{"translated 0", "dispatched 0", "translated 1", "dispatched 1"}), served);
+}
+
 TEST_F(ProgressWindowTest, WithoutAWindowItIsWaitedForAllTheSame) {
   createResult = E_FAIL;
   std::thread later = EndThreadLater(1300);

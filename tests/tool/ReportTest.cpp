@@ -4,6 +4,7 @@
 
 #include "advice/Words.h"
 #include "support/PermitFile.h"
+#include "tool/FakeStreams.h"
 #include "tool/Json.h"
 
 namespace {
@@ -201,6 +202,45 @@ TEST(ReportTest, TheDocumentsOfChecksHaveAllThatIsKnown) {
       ToJson(std::vector<CheckedFile>{file}));
   EXPECT_EQ((Json{{"schema", 1}, {"checks", {{{"name", "proxy"}, {"status", "warning"}, {"detail", "a"}}}}}),
             ToJson(DoctorChecks{{"proxy", DoctorStatus::Warning, "a"}}));
+}
+
+// On a console that shows them.
+class ReportColourTest : public FakeStreamsTest {
+ protected:
+  // The sequence that a report begins with, without its end.
+  template <class Item>
+  std::string ColourOf(const Item& item) {
+    std::string report;
+    Do([&] { report = ReportOf(item); });
+    const std::string start = "\x1b[";
+    return report.compare(0, start.size(), start) == 0 ? report.substr(start.size(), report.find('m') - start.size()) : "";
+  }
+
+  static DoctorCheck CheckWith(DoctorStatus status) { return {"proxy", status, ""}; }
+  static Finding FindingWith(FindingLevel level) { return {level, "url-query", 1, "a", "b"}; }
+};
+
+constexpr char kRed[] = "31";
+constexpr char kGreen[] = "32";
+constexpr char kYellow[] = "33";
+constexpr char kGrey[] = "90";
+
+TEST_F(ReportColourTest, TellsHowBadItIs) {
+  EXPECT_EQ(kGreen, ColourOf(CheckWith(DoctorStatus::Ok)));
+  EXPECT_EQ(kYellow, ColourOf(CheckWith(DoctorStatus::Warning)));
+  EXPECT_EQ(kRed, ColourOf(CheckWith(DoctorStatus::Failed)));
+  EXPECT_EQ(kGrey, ColourOf(CheckWith(DoctorStatus::Skipped)));
+  EXPECT_EQ(kRed, ColourOf(FindingWith(FindingLevel::Error)));
+  EXPECT_EQ(kYellow, ColourOf(FindingWith(FindingLevel::Warning)));
+  EXPECT_EQ(kGrey, ColourOf(FindingWith(FindingLevel::Note)));
+  Answer answer = AnswerOf(QuestionKind::Source, "a");
+  EXPECT_EQ(kRed, ColourOf(answer));
+  answer.isPermitted = true;
+  EXPECT_EQ(kGreen, ColourOf(answer));
+  CommandOutcome command = Command(CommandAction::Write);
+  EXPECT_EQ(kGreen, ColourOf(command));
+  command.result = E_FAIL;
+  EXPECT_EQ(kRed, ColourOf(command));
 }
 
 }  // namespace
