@@ -74,6 +74,34 @@ TEST(ModuleFileTest, WhatTheHashTakesIsGivenBack) {
   EXPECT_EQ(0, taken);
 }
 
+// What was not handed out is neither used nor given back.
+TEST(ModuleFileTest, WithoutAHashNothingIsHashed) {
+  PATCH_IMPORT(hashes, CryptHashData, [](auto, auto...) -> BOOL {
+    ADD_FAILURE() << "there is nothing to hash with";
+    return FALSE;
+  });
+  PATCH_IMPORT(destructions, CryptDestroyHash, [](auto, auto...) -> BOOL {
+    ADD_FAILURE() << "there is no hash to give back";
+    return FALSE;
+  });
+  const TemporaryFolder folder;
+  WriteWholeFile(folder.File("abc"), "abc");
+  {
+    PATCH_IMPORT(none, CryptCreateHash, FailWith(FALSE, static_cast<DWORD>(NTE_BAD_ALGID)));
+    EXPECT_EQ("", ReadModuleFile(WidePath(folder.File("abc"))).hash);
+  }
+  PATCH_IMPORT(none, CryptAcquireContextW, FailWith(FALSE, static_cast<DWORD>(NTE_BAD_KEYSET)));
+  PATCH_IMPORT(releases, CryptReleaseContext, [](auto, auto...) -> BOOL {
+    ADD_FAILURE() << "there is no provider to give back";
+    return FALSE;
+  });
+  PATCH_IMPORT(creations, CryptCreateHash, [](auto, auto...) -> BOOL {
+    ADD_FAILURE() << "there is no provider to ask";
+    return FALSE;
+  });
+  EXPECT_EQ("", ReadModuleFile(WidePath(folder.File("abc"))).hash);
+}
+
 // What a name without a length points to is nobody's.
 TEST(ModuleFileTest, AProductWithoutANameIsNone) {
   PATCH_IMPORT(names, VerQueryValueW, [](auto original, LPCVOID block, LPCWSTR name, LPVOID* found, PUINT length) -> BOOL {
