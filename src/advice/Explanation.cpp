@@ -69,7 +69,7 @@ void ExplainFolder(const PermitDocument& permit, Answer& answer) {
   HRESULT hr = S_OK;
   const std::unique_ptr<CDestinationFolder> folder(
       new (std::nothrow) CDestinationFolder(answer.question.folderKind, answer.question.asked.c_str(), &hr));
-  if (folder && hr == E_OUTOFMEMORY)  // what the module says of a path that is too long
+  if (hr == E_OUTOFMEMORY)  // what the module says of a path that is too long
     throw Unanswered("'" + answer.asked + "' is longer than the module can use.");
   MustBeMade(folder, hr, answer.asked);
   answer.understood = Utf8FromAnsi(folder->GetPath());

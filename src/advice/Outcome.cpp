@@ -103,7 +103,7 @@ class Recorder final : public RunObserver, public TransferObserver {
       if (FAILED(result) && current.reason.empty())
         current.reason = log.FirstComplaint();
       if (FAILED(result) && current.reason.empty())
-        current.reason = SystemText(result);
+        current.reason = ReasonText(result);
       if (watcher)
         watcher->CommandEnded(current);
     });
