@@ -131,8 +131,6 @@ std::string Everyone() {
   return Utf8(*domain ? std::wstring(domain) + L"\\" + name : std::wstring(name));
 }
 
-// What a caller makes belongs to the caller, who has to be an administrator here: an ordinary user writes everything that
-// these tests make.
 // The caller of a test is an administrator, unless the system does not say so.
 TEST(AccessListTest, TheCallerIsTrustedAsAnAdministratorOnly) {
   const std::string caller = TextOfCaller();
@@ -147,6 +145,8 @@ TEST(AccessListTest, TheCallerIsTrustedAsAnAdministratorOnly) {
   }
 }
 
+// What a caller makes belongs to the caller, who has to be an administrator here: an ordinary user writes everything that
+// these tests make.
 class WriterOfPathTest : public testing::Test {
  protected:
   void SetUp() override {

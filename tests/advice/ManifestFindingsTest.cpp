@@ -133,13 +133,6 @@ TEST(ManifestFindingsTest, TwoCommandsThatWriteOneNameAreFound) {
   EXPECT_TRUE(Says(findings[1], "line 4 ")) << findings[1].message;
 }
 
-// What cannot be stored at all is not stored twice.
-TEST(ManifestFindingsTest, PathsThatAreTooLongAreNotTheSame) {
-  const std::string folder = "<Temp>" + std::string(300, 'x') + "</Temp>";
-  EXPECT_EQ("", CodesOf(Found(ManifestOf(
-                    Copy("https://host/long-name-1.txt", folder) + Copy("https://host/long-name-2.txt", folder)))));
-}
-
 // A finding stands where it can be mended, with what stands there.
 TEST(ManifestFindingsTest, PlacesAreThoseOfTheElements) {
   const Findings findings = Found(ManifestOf(
